@@ -1,0 +1,26 @@
+# Tarlox: `make run` starts the program, `make test` runs the whole suite.
+# Both install what they need on a Debian 12 machine first.
+BUILD_DIR ?= build
+JOBS ?= $(shell nproc)
+CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+.PHONY: run test build deps clean bench
+
+run: build
+	$(BUILD_DIR)/src/app/tarlox
+
+test: build
+	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
+
+bench: build
+	bash bench/run.sh $(BUILD_DIR)
+
+build: deps
+	cmake -S . -B $(BUILD_DIR) -G Ninja $(CMAKE_FLAGS) $(shell command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+	cmake --build $(BUILD_DIR) -j$(JOBS)
+
+deps:
+	bash scripts/install-deps.sh
+
+clean:
+	rm -rf $(BUILD_DIR)

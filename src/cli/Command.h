@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdio>
+#include <memory>
+
+namespace tarlox {
+class Session;
+}
+
+namespace tarlox::cli {
+
+// Exit codes of tarlox-cli.
+enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
+
+struct CommandContext {
+    tarlox::Session& session;
+    QStringList arguments;  // after the command's name
+};
+
+// One subcommand of tarlox-cli.
+class Command {
+public:
+    virtual ~Command() = default;
+    virtual QString name() const = 0;
+    virtual QString usage() const = 0;
+    // Whether the command needs a started session (settings and database).
+    virtual bool needsSession() const { return true; }
+    virtual int run(CommandContext& context) = 0;
+};
+
+std::unique_ptr<Command> makeInitCommand();
+std::unique_ptr<Command> makeInfoCommand();
+std::unique_ptr<Command> makeSettingsCommand();
+
+// Output helpers: stdout for results, stderr for one-line failures.
+void printLine(const QString& text);
+int fail(const QString& message);
+int badUsage(const QString& message);
+
+}  // namespace tarlox::cli

@@ -1,0 +1,23 @@
+#include "cli/Command.h"
+
+namespace tarlox::cli {
+
+void printLine(const QString& text)
+{
+    std::fputs(qUtf8Printable(text), stdout);
+    std::fputc('\n', stdout);
+}
+
+int fail(const QString& message)
+{
+    std::fprintf(stderr, "tarlox-cli: %s\n", qUtf8Printable(message));
+    return Failure;
+}
+
+int badUsage(const QString& message)
+{
+    std::fprintf(stderr, "tarlox-cli: %s\n", qUtf8Printable(message));
+    return BadUsage;
+}
+
+}  // namespace tarlox::cli

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QSqlQuery>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+
+#include <functional>
+#include <optional>
+
+namespace tarlox {
+
+class Session;
+class Dialect;
+
+struct SqlFailure {
+    qint32 number = 0;
+    QString text;
+    bool locked = false;
+    bool duplicateKey = false;
+    bool connectionLost = false;
+};
+
+// The one shape of a data operation: open the connection if needed, run
+// statements with bound values, report unexpected errors through the shared
+// error report (with the connection and the statement), and close the
+// connection at the end unless the caller keeps it open.
+//
+// A locking error (another workstation holds the rows) asks Retry/Cancel;
+// Retry runs the statement again, or inside a transaction the whole
+// transaction.
+class DataOp {
+public:
+    enum class OnError { Report, Quiet };
+
+    DataOp(Session& session, const QString& procedure, bool keepOpen, const QStringList& traceArguments = {});
+    ~DataOp();
+    DataOp(const DataOp&) = delete;
+    DataOp& operator=(const DataOp&) = delete;
+
+    // The step under way, shown as "Extra Info" when something fails.
+    void step(const QString& text) { step_ = text; }
+    const QString& currentStep() const { return step_; }
+
+    // Opens the connection; a failure is reported and kept as the failure.
+    bool connect();
+
+    // Runs one statement. Reads are forward-only. nullopt on failure.
+    std::optional<QSqlQuery> exec(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
+    // First column of the first row, or an invalid variant.
+    std::optional<QVariant> scalar(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
+
+    // Runs body in one transaction (SQLite: BEGIN IMMEDIATE). The body
+    // returns false to roll back; the result is true only after a commit.
+    bool transaction(const std::function<bool()>& body);
+    bool inTransaction() const { return inTransaction_; }
+
+    // Reports a failure that did not come from a statement.
+    void report(qint64 number, const QString& description);
+
+    const SqlFailure& failure() const { return failure_; }
+    template <class Record> void storeStatus(Record& record) const
+    {
+        record.errorNumber = failure_.number;
+        record.errorText = failure_.text;
+    }
+    template <class Record> static void clearStatus(Record& record)
+    {
+        record.errorNumber = 0;
+        record.errorText.clear();
+    }
+
+    bool keepOpen() const { return keepOpen_; }
+    Session& session() { return session_; }
+    const Dialect& dialect() const;
+    const QString& lastStatement() const { return lastSql_; }
+
+private:
+    struct LockedInTransaction {};
+    bool askLockRetry();
+    void reportFailure();
+    void fillFailure(const class QSqlError& error);
+
+    Session& session_;
+    QString procedure_;
+    QString step_;
+    bool keepOpen_;
+    bool inTransaction_ = false;
+    bool connectFailed_ = false;
+    QString lastSql_;
+    SqlFailure failure_;
+};
+
+}  // namespace tarlox

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "data/Dialect.h"
+
+#include <QSqlDatabase>
+#include <QString>
+
+namespace tarlox {
+
+// The one connection of a session. Opened on demand by each data operation
+// and closed again unless the caller keeps it open.
+class Database {
+public:
+    Database();
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    // Takes the settings that SetConnection built. Closes any open connection.
+    void configure(DatabaseKind kind, const QString& connectionString, const QString& display, int timeoutSeconds);
+    // Allows the next open of the file database to create a missing file.
+    void allowCreate(bool allow) { allowCreate_ = allow; }
+
+    // Opens the connection when it is not open. On failure the error text is kept.
+    bool open();
+    void close();
+    bool isOpen() const;
+
+    DatabaseKind kind() const { return dialect_.kind(); }
+    const Dialect& dialect() const { return dialect_; }
+    QSqlDatabase connection() const;
+    const QString& connectionString() const { return connectionString_; }
+    const QString& connectionDisplay() const { return display_; }
+    const QString& lastOpenError() const { return openError_; }
+    int opensSoFar() const { return opens_; }
+    // The SQLite file, or empty for the server.
+    QString fileName() const;
+
+private:
+    bool openSqlite(QSqlDatabase& db);
+    bool openPostgres(QSqlDatabase& db);
+
+    QString name_;
+    Dialect dialect_{DatabaseKind::Access};
+    QString connectionString_;
+    QString display_;
+    int timeoutSeconds_ = 0;
+    bool allowCreate_ = false;
+    QString openError_;
+    int opens_ = 0;
+};
+
+// libpq's "key=value key='quoted value'" form, also accepting ";" between pairs.
+QList<QPair<QString, QString>> ParseConnInfo(const QString& conninfo);
+
+}  // namespace tarlox

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "data/GridData.h"
+
+#include <QString>
+
+namespace tarlox {
+
+class Session;
+
+// The machine rows of TarloxUsers; the one in work is session.machine.
+bool ReadUser(Session& session, const QString& where, bool keepOpen);
+bool AddUser(Session& session, bool retry, bool keepOpen);
+bool UpdateUser(Session& session, bool keepOpen);
+bool DeleteUser(Session& session, const QString& name, bool keepOpen);
+// Head "Machine", "Name", "Scanner", "Create", "Login", "Interface"; ordered by machine.
+bool LoadUsers(Session& session, GridData& grid, bool keepOpen);
+
+}  // namespace tarlox

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace tarlox {
+
+class Session;
+
+// Settings access for the whole program. A file that can't be read or
+// written goes through the shared error report; reading then gives "".
+QString GetIni(Session& session, const QString& file, const QString& section, const QString& key);
+bool PutIni(Session& session, const QString& file, const QString& section, const QString& key, const QString& value);
+
+// Shorthands for the local settings file.
+QString GetLocal(Session& session, const QString& section, const QString& key);
+bool PutLocal(Session& session, const QString& section, const QString& key, const QString& value);
+bool GetLocalBool(Session& session, const QString& section, const QString& key);
+
+}  // namespace tarlox

@@ -1,0 +1,306 @@
+#include "startup/Startup.h"
+
+#include "data/DataOp.h"
+#include "data/OptionsData.h"
+#include "data/Schema.h"
+#include "data/UserData.h"
+#include "startup/Connection.h"
+#include "startup/ErrorReport.h"
+#include "startup/FileTools.h"
+#include "startup/Prompter.h"
+#include "startup/Session.h"
+#include "startup/Settings.h"
+#include "startup/TextTools.h"
+#include "startup/VersionUpgrade.h"
+#include "startup/VolumeName.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+namespace tarlox {
+
+namespace {
+
+const QString Info = QStringLiteral("Info");
+const QString Data = QStringLiteral("Data");
+
+QString notRespondingText(const Session& s)
+{
+    return QStringLiteral("The assigned database - Connection String = '") + s.connectionDisplay
+        + QStringLiteral(" - is not responding!\r\nThis may be the result of the Tarlox server machine being offline.\r\n\r\n"
+                         "  To end Tarlox, hit 'Cancel'.\r\n\r\n  To retry, make sure the server is running  then hit 'Retry'.");
+}
+
+bool checkPrinter(Session& s, QString& name, int& bin)
+{
+    if (name.isEmpty() || !s.installedPrinters)
+        return true;
+    if (!s.installedPrinters().contains(name)) {
+        name.clear();
+        bin = 0;
+    }
+    return true;
+}
+
+}  // namespace
+
+QString DefaultProgramDirectory()
+{
+    QString dir = qEnvironmentVariable("TARLOX");
+    if (dir.isEmpty())
+        dir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/tarlox");
+    return WithTrailingSeparator(dir);
+}
+
+bool MakeIni(Session& s)
+{
+    s.traceCall(QStringLiteral("MakeIni"));
+    const Answer answer = s.prompter().ask(QStringLiteral("Initialize Tarlox Settings"),
+                                           QStringLiteral("Select 'OK' to initialize your Tarlox setings, 'Cancel' to end"),
+                                           Buttons::OkCancel, Icon::Critical, Answer::Cancel);
+    if (answer != Answer::Ok)
+        return false;
+    const QString dataDir = s.programDir + QStringLiteral("DATA");
+    if (!QDir().mkpath(dataDir)) {
+        ReportError(s.prompter(), ErrorDetails{QStringLiteral("MakeIni"), QStringLiteral("Make directory ") + dataDir, 75,
+                                               QStringLiteral("Path/File access error")});
+        return false;
+    }
+    QSaveFile local(s.localIni);
+    const QString content = QStringLiteral("[Info]\r\nNextName=1\r\nDataDir=") + dataDir + QStringLiteral("\r\nVersion=") + s.programVersion + QStringLiteral("\r\n");
+    if (!local.open(QIODevice::WriteOnly) || local.write(content.toUtf8()) < 0 || !local.commit()) {
+        ReportError(s.prompter(), ErrorDetails{QStringLiteral("MakeIni"), QStringLiteral("Can't open ") + s.localIni + QStringLiteral(" for writing"),
+                                               75, QStringLiteral("Path/File access error")});
+        return false;
+    }
+    s.serverIni = s.localIni;
+    PutIni(s, s.localIni, Info, QStringLiteral("ServerIni"), s.serverIni);
+
+    // The empty database is built by the ladder; no shipped file is needed.
+    s.dataBase = s.programDir + QStringLiteral("Tarlox.db");
+    s.databaseType = QStringLiteral("Access");
+    s.databasePassword.clear();
+    SetConnection(s);
+    s.db().allowCreate(true);
+    const bool built = RevUp(s);
+    s.db().allowCreate(false);
+    if (!built)
+        return false;
+    PutIni(s, s.serverIni, Data, QStringLiteral("DataBase"), s.dataBase);
+    PutIni(s, s.serverIni, Data, QStringLiteral("DatabaseType"), s.databaseType);
+    // This machine is its own server: it also gets the Options row.
+    s.options.version = s.programVersion;
+    s.options.nextName = 1;
+    const bool added = AddOptions(s, true, false);
+    s.db().close();
+    return added;
+}
+
+bool GetIniInfo(Session& s, bool& initialize)
+{
+    s.traceCall(QStringLiteral("GetIniInfo"));
+    s.programVersion = s.programVersion.isEmpty() ? ProgramVersion() : s.programVersion;
+    if (s.localIni.isEmpty()) {
+        if (s.programDir.isEmpty())
+            s.programDir = DefaultProgramDirectory();
+        s.programDir = WithTrailingSeparator(s.programDir);
+        s.localIni = s.programDir + QStringLiteral("TARLOX.INI");
+    } else if (s.programDir.isEmpty()) {
+        s.programDir = WithTrailingSeparator(QFileInfo(s.localIni).absolutePath());
+    }
+    QDir().mkpath(s.programDir);
+
+    if (!QFileInfo::exists(s.localIni)) {
+        if (initialize)
+            initialize = MakeIni(s);
+        if (!initialize) {
+            s.prompter().ask(ProgramTitle(), QStringLiteral("The TARLOX.INI file could not be found!"), Buttons::Ok, Icon::Critical);
+            return false;
+        }
+    }
+
+    s.serverIni = GetIni(s, s.localIni, Info, QStringLiteral("ServerIni"));
+    if (s.serverIni.isEmpty()) {
+        const QString dataBase = GetIni(s, s.localIni, Info, QStringLiteral("DataBase"));
+        s.serverIni = dataBase.left(dataBase.lastIndexOf(QLatin1Char('/')) + 1) + QStringLiteral("tarlox.ini");
+        PutIni(s, s.localIni, Info, QStringLiteral("ServerIni"), s.serverIni);
+    }
+
+    while (!QFileInfo(s.serverIni).isFile()) {
+        const QString text = QStringLiteral("The assigned Server Information File - ") + s.serverIni + QStringLiteral(" - is not found!\r\n")
+            + QStringLiteral("This may be the result of the Tarlox server machine being offline.\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n")
+            + QStringLiteral("  To retry, make sure the server is running and drive '") + s.dataDir.left(1)
+            + QStringLiteral("' is correctly mapped, then hit 'Retry'.");
+        if (s.prompter().ask(QStringLiteral("Invalid Server Information File"), text, Buttons::RetryCancel, Icon::Critical) != Answer::Retry)
+            return false;
+    }
+
+    s.dataDir = GetIni(s, s.localIni, Info, QStringLiteral("DataDir"));
+    if (BoolFromIni(GetIni(s, s.localIni, Info, QStringLiteral("AddYear"))))
+        s.dataDir += QString::number(s.now().date().year());
+    if (!s.dataDir.isEmpty() && !QFileInfo(s.dataDir).isDir()) {
+        QDir().mkpath(s.dataDir);
+        if (!QFileInfo(s.dataDir).isDir())
+            s.prompter().ask(ProgramTitle(),
+                             QStringLiteral("Can't make new data directory: ") + s.dataDir + QStringLiteral("\r\nDon't Change data directory before scanning!"),
+                             Buttons::Ok, Icon::Critical);
+    }
+
+    s.dataBase = GetIni(s, s.serverIni, Data, QStringLiteral("DataBase"));
+    if (s.dataBase.isEmpty()) {
+        s.dataBase = GetIni(s, s.localIni, Info, QStringLiteral("DataBase"));
+        PutIni(s, s.serverIni, Data, QStringLiteral("DataBase"), s.dataBase);
+    }
+    if (!s.dataDir.isEmpty())
+        s.dataVolume = GetVolumeName(s.dataDir);
+
+    if (GetIni(s, s.serverIni, Data, QStringLiteral("DatabaseType")).isEmpty()) {
+        QString type = GetIni(s, s.localIni, Data, QStringLiteral("DatabaseType"));
+        if (type.isEmpty())
+            type = QStringLiteral("Access");
+        PutIni(s, s.serverIni, Data, QStringLiteral("DatabaseType"), type);
+        for (const char* key : {"ConnectionTimeout", "Server", "UserID", "Password", "DatabasePassword"})
+            PutIni(s, s.serverIni, Data, QLatin1String(key), GetIni(s, s.localIni, Data, QLatin1String(key)));
+    }
+    GetServerInfo(s);
+
+    s.tempDir = GetIni(s, s.localIni, Info, QStringLiteral("TempDir"));
+    if (s.tempDir.isEmpty()) {
+        s.tempDir = s.programDir + QStringLiteral("DATA");
+        PutIni(s, s.localIni, Info, QStringLiteral("TempDir"), s.tempDir);
+    }
+
+    s.drvMap = GetIni(s, s.localIni, Info, QStringLiteral("DrvMap"));
+    s.printer = GetIni(s, s.localIni, Info, QStringLiteral("Printer"));
+    s.printerBin = IntVal(GetIni(s, s.localIni, Info, QStringLiteral("PrinterBin")));
+    if (s.defaultPrinter)
+        s.systemPrinter = s.defaultPrinter();
+    checkPrinter(s, s.printer, s.printerBin);
+    s.serverPrinter = GetIni(s, s.localIni, Info, QStringLiteral("ServerPrinter"));
+    s.serverPrinterBin = IntVal(GetIni(s, s.localIni, Info, QStringLiteral("ServerPrinterBin")));
+    checkPrinter(s, s.serverPrinter, s.serverPrinterBin);
+
+    while (!ReadOptions(s, true)) {
+        if (s.options.status == 1)
+            break;
+        QString text;
+        if (s.options.status == 999) {
+            text = notRespondingText(s);
+        } else {
+            text = QStringLiteral("Options table cannot be read!\r\nThe error reported was - ") + s.options.statusText
+                + QStringLiteral("\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n  To retry, make sure the server is running  then hit 'Retry'.");
+        }
+        if (s.prompter().ask(QStringLiteral("Invalid Server Information File"), text, Buttons::RetryCancel, Icon::Critical) != Answer::Retry)
+            return false;
+    }
+    ReadUser(s, QString(), true);
+    return true;
+}
+
+void ReadSessionSettings(Session& s)
+{
+    auto info = [&](const char* key) { return GetIni(s, s.localIni, Info, QLatin1String(key)); };
+    auto draw = [&](const char* key) { return GetIni(s, s.localIni, QStringLiteral("Draw"), QLatin1String(key)); };
+    auto custom = [&](const char* key) { return GetIni(s, s.localIni, QStringLiteral("Custom"), QLatin1String(key)); };
+    s.drvMap = info("DrvMap");
+    s.scannerInterface = BoolFromIni(info("ScannerInterface"));
+    DrawSettings& d = s.draw;
+    d.stampType = draw("StampType");
+    d.stampOvl = BoolFromIni(draw("StampOvl"));
+    d.stampText = draw("StampText");
+    d.stampCenter = BoolFromIni(draw("StampCenter"));
+    d.stampImage = draw("StampImage");
+    d.fontName = draw("FontName");
+    d.fontSize = IntVal(draw("FontSize"));
+    d.fontBold = BoolFromIni(draw("FontBold"));
+    d.fontItalic = BoolFromIni(draw("FontItalic"));
+    d.rectangleWidth = IntVal(draw("RectangleWidth"));
+    d.rectangleFill = BoolFromIni(draw("RectangleFill"));
+    d.rectangleBlack = BoolFromIni(draw("RectangleBlack"));
+    d.lineWidth = IntVal(draw("LineWidth"));
+    s.poShort = custom("POShort");
+    s.vendShort = custom("VendShort");
+    s.mfgShort = custom("MfgShort");
+    s.faxCompanyName = GetIni(s, s.localIni, QStringLiteral("Fax"), QStringLiteral("CompanyName"));
+    s.addMessage = BoolFromIni(GetIni(s, s.localIni, QStringLiteral("Interface"), QStringLiteral("AddMessage")));
+    s.annotate = BoolFromIni(info("Annotate"));
+    s.pdf = BoolFromIni(info("PDF"));
+    s.authorization = info("Authorization");
+    s.authorizationStamp = info("AuthorizationStamp");
+    s.authorizationText = info("AuthorizationText");
+    s.defaultPages = info("DefaultPages");
+}
+
+bool GetInfo(Session& s)
+{
+    s.traceCall(QStringLiteral("GetInfo"));
+    bool initialize = true;
+    if (!GetIniInfo(s, initialize)) {
+        s.db().close();
+        return false;
+    }
+    if (VersionNumber(s.options.version) != VersionNumber(s.programVersion)
+        && DifferentServerVersion(s) == VersionOutcome::EndProgram) {
+        s.db().close();
+        return false;
+    }
+    s.traceCall(QStringLiteral("GetInfo - Data/Prog version = ") + s.options.version + QStringLiteral(" / ") + s.programVersion);
+    if (VersionNumber(s.programVersion) > VersionNumber(s.options.version))
+        s.prompter().ask(QStringLiteral("Bad Data Version"),
+                         QStringLiteral("\r\nData failed to upgrade!\r\nThere may be somthing wrong with the install or the access to the data server"),
+                         Buttons::Ok, Icon::Critical);
+    ReadSessionSettings(s);
+    s.db().close();
+    return true;
+}
+
+TraceSwitch ParseTraceSwitch(const QStringList& arguments)
+{
+    TraceSwitch result;
+    for (const QString& argument : arguments) {
+        if (argument.startsWith(QLatin1String("--trace="))) {
+            result.requested = true;
+            result.path = argument.mid(8);
+            return result;
+        }
+    }
+    const QString line = arguments.join(QLatin1Char(' ')) + QLatin1Char(' ');
+    const qsizetype at = line.indexOf(QLatin1String("/d="));
+    if (at >= 0) {
+        result.requested = true;
+        const qsizetype from = at + 3;
+        result.path = line.mid(from, line.indexOf(QLatin1Char(' '), from) - from);
+    }
+    return result;
+}
+
+void StartTrace(Session& s, const TraceSwitch& traceSwitch)
+{
+    if (!traceSwitch.requested)
+        return;
+    if (!s.trace().open(traceSwitch.path)) {
+        ReportError(s.prompter(), ErrorDetails{QStringLiteral("Main"), QStringLiteral("Can't open ") + traceSwitch.path + QStringLiteral(" for appending"),
+                                               75, QStringLiteral("Path/File access error")});
+        return;
+    }
+    s.trace().write(QStringLiteral("Main"));
+    s.prompter().tell(ProgramTitle(), QStringLiteral("Now adding debug messages to ") + traceSwitch.path);
+}
+
+bool StartSession(Session& s)
+{
+    if (!GetInfo(s))
+        return false;
+    if (s.machine.errorNumber == 1) {
+        // A machine without a row gets one, named after the person logged on.
+        s.machine.userName = qEnvironmentVariable("USER");
+        s.machine.createDate = s.now();
+        if (!AddUser(s, true, false) && !ReadUser(s, QString(), false))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace tarlox

@@ -1,0 +1,133 @@
+#include "startup/IniFile.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtConcurrent>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+
+namespace {
+
+QString readAll(const QString& path)
+{
+    QFile f(path);
+    f.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(f.readAll());
+}
+
+void writeAll(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(bytes);
+}
+
+class IniFileTest : public ::testing::Test {
+protected:
+    QTemporaryDir dir;
+    QString file = dir.filePath(QStringLiteral("TARLOX.INI"));
+};
+
+}  // namespace
+
+TEST_F(IniFileTest, NewSectionInEmptyFileStartsWithSectionLine)
+{
+    ASSERT_TRUE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("DataDir"), QStringLiteral("/srv/mtr")).ok);
+    EXPECT_EQ(readAll(file), QStringLiteral("[Info]\r\nDataDir=/srv/mtr\r\n"));
+}
+
+TEST_F(IniFileTest, KeyInLaterSectionIsNotTouched)
+{
+    writeAll(file, "[Info]\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n");
+    WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("User"), QStringLiteral("y"));
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Email"), QStringLiteral("User")).value, QStringLiteral("x"));
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("User")).value, QStringLiteral("y"));
+    EXPECT_EQ(readAll(file), QStringLiteral("[Info]\r\nUser=y\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n"));
+}
+
+TEST_F(IniFileTest, ReplacesValueKeepsCommentsAndCase)
+{
+    writeAll(file, "; site settings\r\n[INFO]\r\ndatadir=old\r\nOther=Keep Me \r\n");
+    WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("DataDir"), QStringLiteral("New Value"));
+    EXPECT_EQ(readAll(file), QStringLiteral("; site settings\r\n[INFO]\r\nDataDir=New Value\r\nOther=Keep Me \r\n"));
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("info"), QStringLiteral("OTHER")).value, QStringLiteral("Keep Me "));
+}
+
+TEST_F(IniFileTest, BlankLinesAreNormalised)
+{
+    writeAll(file, "\r\n\r\n[A]\r\nx=1\r\n\r\n\r\n\r\n[B]\r\ny=2\r\n\r\n\r\n");
+    WriteIniValue(file, QStringLiteral("B"), QStringLiteral("z"), QStringLiteral("3"));
+    EXPECT_EQ(readAll(file), QStringLiteral("[A]\r\nx=1\r\n\r\n[B]\r\nz=3\r\ny=2\r\n"));
+}
+
+TEST_F(IniFileTest, ReadsLfAndCrOnlyFilesAndWritesCrLf)
+{
+    writeAll(file, "[Info]\nDataDir=/a\n[Data]\rDataBase=/b.db\r");
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("DataDir")).value, QStringLiteral("/a"));
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Data"), QStringLiteral("DataBase")).value, QStringLiteral("/b.db"));
+    WriteIniValue(file, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Access"));
+    EXPECT_EQ(readAll(file), QStringLiteral("[Info]\r\nDataDir=/a\r\n[Data]\r\nDatabaseType=Access\r\nDataBase=/b.db\r\n"));
+}
+
+TEST_F(IniFileTest, MissingKeySectionAndFileReadEmpty)
+{
+    writeAll(file, "[Info]\r\nA=1\r\n");
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("B")).value, QString());
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Nope"), QStringLiteral("A")).value, QString());
+    // A key outside any section and a key named like a prefix don't match.
+    writeAll(file, "A=0\r\n[Info]\r\nAB=1\r\n");
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).value, QString());
+    const QString missing = dir.filePath(QStringLiteral("new.ini"));
+    const IniResult r = ReadIniValue(missing, QStringLiteral("Info"), QStringLiteral("A"));
+    EXPECT_TRUE(r.ok);
+    EXPECT_TRUE(r.value.isEmpty());
+}
+
+TEST_F(IniFileTest, GarbageLongLinesAndNoSections)
+{
+    QByteArray garbage;
+    for (int i = 0; i < 4096; ++i)
+        garbage.append(static_cast<char>((i * 37) % 256));
+    garbage += "\r\n" + QByteArray(100000, 'x') + "\r\n";
+    writeAll(file, garbage);
+    EXPECT_TRUE(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).ok);
+    ASSERT_TRUE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("A"), QStringLiteral("1")).ok);
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).value, QStringLiteral("1"));
+    EXPECT_TRUE(readAll(file).contains(QString(100000, QLatin1Char('x'))));
+}
+
+TEST_F(IniFileTest, UnreadableFileFailsAndStaysAsItWas)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root reads every file";
+    writeAll(file, "[Info]\r\nA=1\r\n");
+    QFile::setPermissions(file, QFileDevice::WriteOwner);
+    const IniResult r = ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A"));
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.error, QStringLiteral("Can't open ") + file + QStringLiteral(" for reading"));
+    EXPECT_FALSE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("A"), QStringLiteral("2")).ok);
+    QFile::setPermissions(file, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    EXPECT_EQ(readAll(file), QStringLiteral("[Info]\r\nA=1\r\n"));
+}
+
+TEST_F(IniFileTest, ConcurrentWritersLoseNoKey)
+{
+    // Many writers at once, each its own key: every key must survive.
+    QList<int> keys;
+    for (int i = 0; i < 64; ++i)
+        keys << i;
+    QtConcurrent::blockingMap(keys, [this](int i) {
+        WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i), QString::number(i));
+    });
+    for (int i = 0; i < 64; ++i)
+        EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i)).value, QString::number(i)) << i;
+}
+
+TEST_F(IniFileTest, Latin1FilesFromOlderInstallationsRead)
+{
+    writeAll(file, "[Custom]\r\nVendLong=Stahlh\xe4ndler\r\n");
+    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Custom"), QStringLiteral("VendLong")).value, QStringLiteral("Stahlh\u00e4ndler"));
+}

@@ -1,0 +1,46 @@
+#include "support/ScriptedPrompter.h"
+
+namespace tarlox::test {
+
+Answer ScriptedPrompter::ask(const Prompt& prompt)
+{
+    asked_.append(prompt);
+    if (answers_.empty())
+        return defaultAnswerOf(prompt);
+    const Answer next = answers_.front();
+    answers_.pop_front();
+    return next;
+}
+
+QString ScriptedPrompter::chooseOpenFile(const QString& title, const QString&, const QString&)
+{
+    asked_.append(Prompt{title, QStringLiteral("(file)")});
+    if (files_.empty())
+        return {};
+    const QString next = files_.front();
+    files_.pop_front();
+    return next;
+}
+
+QString ScriptedPrompter::chooseDirectory(const QString& title, const QString& start)
+{
+    return chooseOpenFile(title, start, {});
+}
+
+QStringList ScriptedPrompter::titles() const
+{
+    QStringList result;
+    for (const Prompt& p : asked_)
+        result << p.title;
+    return result;
+}
+
+QString ScriptedPrompter::textOf(const QString& title) const
+{
+    for (auto it = asked_.crbegin(); it != asked_.crend(); ++it)
+        if (it->title == title)
+            return it->text;
+    return {};
+}
+
+}  // namespace tarlox::test

@@ -1,0 +1,180 @@
+#include "support/TestSite.h"
+
+#include "data/OptionsData.h"
+#include "data/Schema.h"
+#include "startup/Connection.h"
+#include "startup/IniFile.h"
+#include "startup/Startup.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+namespace tarlox::test {
+
+namespace {
+
+QSqlDatabase adminConnection(const QString& name, const QString& database)
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
+    const QString conninfo = postgresConnInfo();
+    for (const QString& pair : conninfo.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const QString key = pair.section(QLatin1Char('='), 0, 0);
+        const QString value = pair.section(QLatin1Char('='), 1);
+        if (key == QLatin1String("host"))
+            db.setHostName(value);
+        else if (key == QLatin1String("port"))
+            db.setPort(value.toInt());
+        else if (key == QLatin1String("user"))
+            db.setUserName(value);
+    }
+    db.setDatabaseName(database);
+    return db;
+}
+
+bool runAdmin(const QString& database, const QString& sql)
+{
+    const QString name = QStringLiteral("admin-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    bool ok = false;
+    {
+        QSqlDatabase db = adminConnection(name, database);
+        if (db.open()) {
+            QSqlQuery query(db);
+            ok = query.exec(sql);
+            if (!ok)
+                qWarning("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
+        } else {
+            qWarning("admin connection: %s", qPrintable(db.lastError().text()));
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+}  // namespace
+
+QString engineName(Engine engine) { return engine == Engine::Sqlite ? QStringLiteral("Sqlite") : QStringLiteral("Postgres"); }
+
+QString postgresConnInfo()
+{
+    QFile file(qEnvironmentVariable("TARLOX_TEST_PG"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).trimmed();
+}
+
+bool createPostgresDatabase(const QString& name)
+{
+    return runAdmin(QStringLiteral("postgres"), QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
+}
+
+void dropPostgresDatabase(const QString& name)
+{
+    runAdmin(QStringLiteral("postgres"), QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name));
+}
+
+TestSite::TestSite(Engine engine)
+    : engine_(engine)
+    , session_(std::make_unique<Session>(prompter_))
+{
+    if (engine_ == Engine::Postgres) {
+        pgDatabase_ = QStringLiteral("tlx_") + QUuid::createUuid().toString(QUuid::Id128).left(16);
+        if (postgresConnInfo().isEmpty())
+            ADD_FAILURE() << "the test PostgreSQL server is not running (TARLOX_TEST_PG)";
+        else if (!createPostgresDatabase(pgDatabase_))
+            ADD_FAILURE() << "could not create the test database";
+    }
+}
+
+TestSite::~TestSite()
+{
+    session_.reset();
+    if (!pgDatabase_.isEmpty())
+        dropPostgresDatabase(pgDatabase_);
+}
+
+bool TestSite::execRaw(const QString& sql) const
+{
+    if (engine_ == Engine::Postgres)
+        return runAdmin(pgDatabase_, sql);
+    const QString name = QStringLiteral("raw-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    bool ok = false;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path(QStringLiteral("server/Tarlox.db")));
+        if (db.open()) {
+            QSqlQuery query(db);
+            ok = query.exec(sql);
+            if (!ok)
+                qWarning("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+void TestSite::writeSettings()
+{
+    QDir(dir()).mkpath(QStringLiteral("server"));
+    QDir(dir()).mkpath(QStringLiteral("DATA"));
+    QDir(dir()).mkpath(QStringLiteral("TEMP"));
+    const QString local = localIni();
+    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("ServerIni"), serverIni());
+    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("DataDir"), path(QStringLiteral("DATA")));
+    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("TempDir"), path(QStringLiteral("TEMP")));
+    const QString server = serverIni();
+    if (engine_ == Engine::Sqlite) {
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Access"));
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DataBase"), path(QStringLiteral("server/Tarlox.db")));
+    } else {
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("127.0.0.1"));
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("postgres"));
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("unused"));
+        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("OverrideConnection"),
+                      postgresConnInfo() + QStringLiteral(" dbname=") + pgDatabase_);
+    }
+    session_->programDir = dir() + QLatin1Char('/');
+    session_->localIni = local;
+    session_->serverIni = server;
+}
+
+void TestSite::create()
+{
+    writeSettings();
+    Session& s = *session_;
+    GetServerInfo(s);
+    s.db().allowCreate(true);
+    const bool built = RevUp(s);
+    s.db().allowCreate(false);
+    EXPECT_TRUE(built) << "the ladder could not build the test database";
+    s.options.version = s.programVersion;
+    s.options.nextName = 1;
+    EXPECT_TRUE(AddOptions(s, false, false));
+    s.db().close();
+}
+
+bool TestSite::start()
+{
+    create();
+    return StartSession(*session_);
+}
+
+std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
+{
+    auto other = std::make_unique<Session>(prompter);
+    other->programDir = dir() + QLatin1Char('/');
+    other->localIni = localIni();
+    if (!StartSession(*other))
+        ADD_FAILURE() << "the second session did not start";
+    return other;
+}
+
+}  // namespace tarlox::test

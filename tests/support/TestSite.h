@@ -1,0 +1,61 @@
+#pragma once
+
+#include "startup/Session.h"
+#include "support/ScriptedPrompter.h"
+
+#include <QTemporaryDir>
+#include <memory>
+
+namespace tarlox::test {
+
+enum class Engine { Sqlite, Postgres };
+QString engineName(Engine engine);
+// For INSTANTIATE_TEST_SUITE_P(..., testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName).
+template <class Info> std::string EngineParamName(const Info& info) { return engineName(info.param).toStdString(); }
+
+// libpq connection data of the test run's PostgreSQL server (without dbname).
+QString postgresConnInfo();
+
+// A whole installation in a temporary directory: local and server settings
+// files, the data and temp directories, and a fresh database (a SQLite file,
+// or a database of its own on the test server), built by the ladder and with
+// its Options row. Tests get a started Session over it.
+class TestSite {
+public:
+    explicit TestSite(Engine engine = Engine::Sqlite);
+    ~TestSite();
+
+    Engine engine() const { return engine_; }
+    QString dir() const { return dir_.path(); }
+    QString path(const QString& name) const { return dir_.filePath(name); }
+    QString localIni() const { return path(QStringLiteral("TARLOX.INI")); }
+    QString serverIni() const { return path(QStringLiteral("server/tarlox.ini")); }
+
+    // Writes the settings files and an empty database at the current shape.
+    void create();
+    // Writes the settings files only; the database is left to the caller.
+    void writeSettings();
+    // Creates the settings and runs StartSession. False when that fails.
+    bool start();
+    // A second, independent session on the same installation (another workstation).
+    std::unique_ptr<Session> openAnother(ScriptedPrompter& prompter) const;
+
+    Session& session() { return *session_; }
+    ScriptedPrompter& prompter() { return prompter_; }
+    QString postgresDatabase() const { return pgDatabase_; }
+    // Runs a statement on a connection of its own (bypassing the session).
+    bool execRaw(const QString& sql) const;
+
+private:
+    Engine engine_;
+    QTemporaryDir dir_;
+    ScriptedPrompter prompter_;
+    std::unique_ptr<Session> session_;
+    QString pgDatabase_;
+};
+
+// Creates and drops PostgreSQL databases on the test server.
+bool createPostgresDatabase(const QString& name);
+void dropPostgresDatabase(const QString& name);
+
+}  // namespace tarlox::test
