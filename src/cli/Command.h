@@ -28,6 +28,8 @@ public:
     virtual QString usage() const = 0;
     // Whether the command needs a started session (settings and database).
     virtual bool needsSession() const { return true; }
+    // A message when the arguments can't be right, checked before the session starts.
+    virtual QString checkUsage(const QStringList& arguments) const { (void)arguments; return {}; }
     virtual int run(CommandContext& context) = 0;
 };
 

@@ -14,10 +14,13 @@ public:
     QString name() const override { return QStringLiteral("info"); }
     QString usage() const override { return QStringLiteral("info"); }
 
+    QString checkUsage(const QStringList& arguments) const override
+    {
+        return arguments.isEmpty() ? QString() : QStringLiteral("info takes no arguments");
+    }
+
     int run(CommandContext& context) override
     {
-        if (!context.arguments.isEmpty())
-            return badUsage(QStringLiteral("info takes no arguments"));
         Session& s = context.session;
         if (!ReadOptions(s, false))
             return fail(QStringLiteral("the Options row can't be read: ") + s.options.statusText);

@@ -65,6 +65,8 @@ int main(int argc, char** argv)
     for (const auto& command : commands) {
         if (command->name() != name)
             continue;
+        if (const QString problem = command->checkUsage(args); !problem.isEmpty())
+            return badUsage(problem);
         if (traceSwitch.requested && session.trace().open(traceSwitch.path))
             session.trace().write(QStringLiteral("Main"));
         if (session.localIni.isEmpty()) {

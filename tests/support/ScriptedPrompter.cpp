@@ -1,12 +1,23 @@
 #include "support/ScriptedPrompter.h"
 
+#include <gtest/gtest.h>
+
 namespace tarlox::test {
 
 Answer ScriptedPrompter::ask(const Prompt& prompt)
 {
     asked_.append(prompt);
-    if (answers_.empty())
+    if (onAsk_)
+        onAsk_(prompt);
+    if (answers_.empty()) {
+        // A script that ran out inside a retry loop would spin for ever.
+        if (asked_.size() > 200) {
+            ADD_FAILURE() << "endless questions: " << prompt.title.toStdString();
+            const auto answers = answersOf(prompt.buttons);
+            return answers.contains(Answer::Cancel) ? Answer::Cancel : answers.last();
+        }
         return defaultAnswerOf(prompt);
+    }
     const Answer next = answers_.front();
     answers_.pop_front();
     return next;

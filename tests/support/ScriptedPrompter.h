@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <deque>
+#include <functional>
 
 namespace tarlox::test {
 
@@ -17,6 +18,9 @@ public:
 
     void answer(Answer next) { answers_.push_back(next); }
     void answerFile(const QString& path) { files_.push_back(path); }
+    // Runs before each question is answered: lets a test change the world
+    // the way a person would before pressing Retry.
+    void onAsk(std::function<void(const Prompt&)> action) { onAsk_ = std::move(action); }
 
     const QList<Prompt>& asked() const { return asked_; }
     QStringList titles() const;
@@ -29,6 +33,7 @@ private:
     std::deque<Answer> answers_;
     std::deque<QString> files_;
     QList<Prompt> asked_;
+    std::function<void(const Prompt&)> onAsk_;
 };
 
 }  // namespace tarlox::test

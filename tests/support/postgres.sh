@@ -2,6 +2,8 @@
 # Starts or stops a throw-away PostgreSQL server on loopback for the tests.
 #   postgres.sh start DIR   initdb in DIR, start on a free port, write DIR/conninfo
 #   postgres.sh stop DIR    stop it and remove DIR
+#   postgres.sh halt DIR    stop it, keep DIR (restart brings it back on the same port)
+#   postgres.sh restart DIR start a halted server again
 set -euo pipefail
 action=$1
 dir=$2
@@ -36,6 +38,14 @@ start)
   done
   cat "$dir/server.log" || true
   exit 1
+  ;;
+halt)
+  as_owner "$bin/pg_ctl" -D "$dir/data" -m fast -w stop >/dev/null
+  ;;
+restart)
+  port=$(sed -n 's/.*port=\([0-9]*\).*/\1/p' "$dir/conninfo")
+  as_owner "$bin/pg_ctl" -D "$dir/data" -l "$dir/server.log" -w -t 60 \
+    -o "-p $port -c listen_addresses=127.0.0.1 -k $dir/sock -c fsync=off" start >/dev/null
   ;;
 stop)
   [ -d "$dir/data" ] && as_owner "$bin/pg_ctl" -D "$dir/data" -m immediate stop >/dev/null 2>&1 || true

@@ -1,0 +1,243 @@
+#include "data/DataOp.h"
+#include "data/OptionsData.h"
+#include "data/Schema.h"
+#include "data/UserData.h"
+#include "startup/Connection.h"
+#include "startup/IniFile.h"
+#include "startup/Session.h"
+#include "startup/Startup.h"
+#include "support/PrivatePostgres.h"
+#include "support/ScriptedPrompter.h"
+#include "support/TestSite.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QByteArray contentOf(const QString& path)
+{
+    QFile f(path);
+    f.open(QIODevice::ReadOnly);
+    return f.readAll();
+}
+
+// A machine that has never run Tarlox: an empty program directory.
+class FirstStartTest : public ::testing::Test {
+protected:
+    FirstStartTest() : session(prompter) { session.programDir = dir.path() + QLatin1Char('/'); }
+    QTemporaryDir dir;
+    ScriptedPrompter prompter;
+    Session session;
+};
+
+}  // namespace
+
+TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
+{
+    prompter.answer(Answer::Ok);
+    ASSERT_TRUE(StartSession(session));
+    ASSERT_EQ(prompter.asked().size(), 1) << prompter.titles().join(QLatin1Char(',')).toStdString();
+    const Prompt& question = prompter.asked().first();
+    EXPECT_EQ(question.title, QStringLiteral("Initialize Tarlox Settings"));
+    EXPECT_EQ(question.text, QStringLiteral("Select 'OK' to initialize your Tarlox setings, 'Cancel' to end"));
+    EXPECT_EQ(question.buttons, Buttons::OkCancel);
+    EXPECT_EQ(question.icon, Icon::Critical);
+    EXPECT_EQ(question.defaultAnswer, Answer::Cancel);
+
+    const QString ini = dir.filePath(QStringLiteral("TARLOX.INI"));
+    EXPECT_TRUE(contentOf(ini).startsWith("[Info]\r\nTempDir=") || contentOf(ini).startsWith("[Info]\r\n"));
+    EXPECT_EQ(ReadIniValue(ini, QStringLiteral("Info"), QStringLiteral("ServerIni")).value, ini);
+    EXPECT_EQ(ReadIniValue(ini, QStringLiteral("Info"), QStringLiteral("Version")).value, session.programVersion);
+    EXPECT_EQ(ReadIniValue(ini, QStringLiteral("Data"), QStringLiteral("DatabaseType")).value, QStringLiteral("Access"));
+    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("DATA"))).isDir());
+    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("Tarlox.db"))).isFile());
+    EXPECT_EQ(session.dataDir, dir.filePath(QStringLiteral("DATA")));
+    EXPECT_EQ(session.options.version, session.programVersion);
+    EXPECT_EQ(session.options.nextName, 1);
+    EXPECT_EQ(session.machine.errorNumber, 0) << "the machine got its row";
+
+    // The next start asks nothing.
+    ScriptedPrompter again;
+    Session second(again);
+    second.programDir = session.programDir;
+    ASSERT_TRUE(StartSession(second));
+    EXPECT_TRUE(again.asked().isEmpty()) << again.titles().join(QLatin1Char(',')).toStdString();
+}
+
+TEST_F(FirstStartTest, CancelEndsWithoutFiles)
+{
+    EXPECT_FALSE(StartSession(session));
+    EXPECT_EQ(prompter.titles(), (QStringList{QStringLiteral("Initialize Tarlox Settings"), QStringLiteral("Tarlox")}));
+    EXPECT_EQ(prompter.asked().last().text, QStringLiteral("The TARLOX.INI file could not be found!"));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("TARLOX.INI"))));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("Tarlox.db"))));
+}
+
+TEST_F(FirstStartTest, ProgramDirectoryFromEnvironmentGetsOneSeparator)
+{
+    qputenv("TARLOX", dir.path().toUtf8());
+    EXPECT_EQ(DefaultProgramDirectory(), dir.path() + QLatin1Char('/'));
+    qputenv("TARLOX", (dir.path() + QLatin1Char('/')).toUtf8());
+    EXPECT_EQ(DefaultProgramDirectory(), dir.path() + QLatin1Char('/'));
+    qunsetenv("TARLOX");
+    EXPECT_TRUE(DefaultProgramDirectory().endsWith(QLatin1String("/tarlox/")));
+}
+
+TEST(Startup, MissingServerFileAsksRetryUntilItAppears)
+{
+    TestSite site;
+    site.create();
+    const QString server = site.serverIni();
+    const QByteArray saved = contentOf(server);
+    QFile::remove(server);
+    int asks = 0;
+    site.prompter().onAsk([&](const Prompt& p) {
+        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2) {
+            QFile f(server);
+            f.open(QIODevice::WriteOnly);
+            f.write(saved);
+        }
+    });
+    site.prompter().answer(Answer::Retry);
+    site.prompter().answer(Answer::Retry);
+    ASSERT_TRUE(StartSession(site.session()));
+    EXPECT_EQ(asks, 2);
+    const QString text = site.prompter().textOf(QStringLiteral("Invalid Server Information File"));
+    EXPECT_TRUE(text.startsWith(QStringLiteral("The assigned Server Information File - ") + server + QStringLiteral(" - is not found!")));
+    // DataDir is not read yet on the first run of a session: the quotes stay empty.
+    EXPECT_TRUE(text.contains(QStringLiteral("drive '' is correctly mapped")));
+}
+
+TEST(Startup, MissingServerFileCancelEnds)
+{
+    TestSite site;
+    site.create();
+    QFile::remove(site.serverIni());
+    site.prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(StartSession(site.session()));
+}
+
+TEST(Startup, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
+{
+    TestSite site;
+    site.create();
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Oracle"));
+    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("MTR/")));
+    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True"));
+    site.session().clock().pin(QDateTime(QDate(2026, 3, 1), QTime(9, 0)));
+    ASSERT_TRUE(StartSession(site.session()));
+    EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
+    EXPECT_EQ(site.session().databaseType, QStringLiteral("Access"));
+    EXPECT_EQ(site.session().dataDir, site.path(QStringLiteral("MTR/2026")));
+    EXPECT_TRUE(QFileInfo(site.path(QStringLiteral("MTR/2026"))).isDir());
+}
+
+TEST(Startup, ANonDatabaseFileGivesClearMessagesAndStaysAsItWas)
+{
+    TestSite site;
+    site.create();
+    const QString bogus = site.path(QStringLiteral("notes.txt"));
+    {
+        QFile f(bogus);
+        f.open(QIODevice::WriteOnly);
+        f.write("these are not the tables you are looking for\n");
+    }
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), bogus);
+    site.prompter().answer(Answer::Ok);      // the error report
+    site.prompter().answer(Answer::Cancel);  // the Options box
+    EXPECT_FALSE(StartSession(site.session()));
+    const QString report = site.prompter().textOf(QStringLiteral("Tarlox"));
+    EXPECT_TRUE(report.startsWith(QStringLiteral("An error has occured.")));
+    EXPECT_TRUE(report.contains(QStringLiteral("Connection String: Driver=SQLite;Data Source=") + bogus));
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Invalid Server Information File")).startsWith(QStringLiteral("Options table cannot be read!")));
+    EXPECT_EQ(contentOf(bogus), QByteArray("these are not the tables you are looking for\n"));
+}
+
+TEST(Startup, MissingDatabaseFileIsNotCreatedBehindTheUsersBack)
+{
+    TestSite site;
+    site.create();
+    const QString missing = site.path(QStringLiteral("gone/Tarlox.db"));
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), missing);
+    site.prompter().answer(Answer::Ok);
+    site.prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(StartSession(site.session()));
+    EXPECT_FALSE(QFileInfo::exists(missing));
+}
+
+TEST(Startup, ServerDownThenBackRetryReconnects)
+{
+    PrivatePostgres server;
+    ASSERT_TRUE(server.start());
+    ASSERT_TRUE(server.createDatabase(QStringLiteral("tarlox")));
+    TestSite site(Engine::Sqlite);
+    site.writeSettings();
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("127.0.0.1:%1").arg(server.port()));
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("postgres"));
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("secret"));
+    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("3"));
+    // The tables exist already; then the server goes down.
+    GetServerInfo(site.session());
+    ASSERT_TRUE(RevUp(site.session()));
+    site.session().options.version = site.session().programVersion;
+    ASSERT_TRUE(AddOptions(site.session(), false, false));
+    site.session().db().close();
+    ASSERT_TRUE(server.stop());
+
+    bool restarted = false;
+    site.prompter().onAsk([&](const Prompt& p) {
+        if (p.title == QLatin1String("Invalid Server Information File") && !restarted) {
+            restarted = true;
+            ASSERT_TRUE(server.start());
+        }
+    });
+    site.prompter().answer(Answer::Ok);     // the report of the failed connection
+    site.prompter().answer(Answer::Retry);  // the server is back
+    ASSERT_TRUE(StartSession(site.session())) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("password=******")));
+    EXPECT_FALSE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("secret")));
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Invalid Server Information File")).startsWith(QStringLiteral("Options table cannot be read!")));
+    EXPECT_EQ(site.session().databaseType, QStringLiteral("SQL"));
+}
+
+TEST(Startup, TraceSwitchForms)
+{
+    EXPECT_EQ(ParseTraceSwitch({QStringLiteral("/d=/tmp/t.log")}).path, QStringLiteral("/tmp/t.log"));
+    EXPECT_EQ(ParseTraceSwitch({QStringLiteral("x"), QStringLiteral("/d=/tmp/a"), QStringLiteral("y")}).path, QStringLiteral("/tmp/a"));
+    EXPECT_EQ(ParseTraceSwitch({QStringLiteral("--trace=/tmp/b")}).path, QStringLiteral("/tmp/b"));
+    EXPECT_FALSE(ParseTraceSwitch({QStringLiteral("-d")}).requested);
+    const TraceSwitch empty = ParseTraceSwitch({QStringLiteral("/d=")});
+    EXPECT_TRUE(empty.requested);
+    EXPECT_TRUE(empty.path.isEmpty());
+}
+
+TEST(Startup, TraceWritesMainAndEachProcedure)
+{
+    TestSite site;
+    site.create();
+    const QString log = site.path(QStringLiteral("trace.log"));
+    StartTrace(site.session(), ParseTraceSwitch({QStringLiteral("/d=") + log}));
+    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Tarlox")), QStringLiteral("Now adding debug messages to ") + log);
+    ASSERT_TRUE(StartSession(site.session()));
+    const QStringList lines = QString::fromUtf8(contentOf(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_EQ(lines.first(), QStringLiteral("Main"));
+    for (const char* name : {"GetInfo", "GetIniInfo", "GetServerInfo", "ReadOptions", "ReadUser"})
+        EXPECT_TRUE(lines.contains(QLatin1String(name))) << name;
+    EXPECT_TRUE(std::any_of(lines.cbegin(), lines.cend(), [](const QString& l) { return l.startsWith(QLatin1String("GetIni ")); }));
+
+    // "/d=" with no path: the open fails through the error report.
+    TestSite other;
+    StartTrace(other.session(), ParseTraceSwitch({QStringLiteral("/d=")}));
+    EXPECT_TRUE(other.prompter().textOf(QStringLiteral("Tarlox")).startsWith(QStringLiteral("An error has occured.")));
+    EXPECT_FALSE(other.session().trace().enabled());
+}
