@@ -77,9 +77,11 @@ void DataOp::fillFailure(const QSqlError& error)
         failure_.text = QLatin1Char('[') + code + QStringLiteral("] ") + failure_.text;
     failure_.locked = isLockCode(kind, code);
     failure_.duplicateKey = isDuplicateCode(kind, code, error.text());
-    failure_.connectionLost = error.type() == QSqlError::ConnectionError
-        || (kind == DatabaseKind::Sql && (code.startsWith(QLatin1String("08")) || code.startsWith(QLatin1String("57P"))))
-        || (kind == DatabaseKind::Sql && code.isEmpty() && !session_.db().connection().isOpen());
+    // The file database has no connection to lose (its driver files a busy
+    // database under "connection error"); the server's can drop.
+    failure_.connectionLost = kind == DatabaseKind::Sql && !failure_.locked
+        && (error.type() == QSqlError::ConnectionError || code.startsWith(QLatin1String("08")) || code.startsWith(QLatin1String("57P"))
+            || (code.isEmpty() && !session_.db().connection().isOpen()));
 }
 
 bool DataOp::askLockRetry()
@@ -111,6 +113,8 @@ std::optional<QSqlQuery> DataOp::exec(const QString& sql, const QVariantList& bi
     if (!connect())
         return std::nullopt;
     while (true) {
+        if (!connect())
+            return std::nullopt;
         QSqlQuery query(session_.db().connection());
         query.setForwardOnly(true);
         bool ok;

@@ -184,8 +184,13 @@ bool Database::openPostgres(QSqlDatabase& db)
     }
     QSqlQuery setup(db);
     setup.exec(QStringLiteral("SET client_min_messages TO WARNING"));
+    // Statements get twice the connection timeout, so that a lock wait ends
+    // first, as a lock, and reaches the Retry box.
     if (timeoutSeconds_ > 0)
-        setup.exec(QStringLiteral("SET statement_timeout TO %1").arg(timeoutSeconds_ * 1000));
+        setup.exec(QStringLiteral("SET statement_timeout TO %1").arg(timeoutSeconds_ * 2000));
+    // A row held by another workstation surfaces as the Retry/Cancel box
+    // instead of a wait without end.
+    setup.exec(QStringLiteral("SET lock_timeout TO %1").arg((timeoutSeconds_ > 0 ? timeoutSeconds_ : 30) * 1000));
     return true;
 }
 

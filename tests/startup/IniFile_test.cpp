@@ -1,6 +1,8 @@
 #include "startup/IniFile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtConcurrent>
@@ -111,6 +113,16 @@ TEST_F(IniFileTest, UnreadableFileFailsAndStaysAsItWas)
     EXPECT_FALSE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("A"), QStringLiteral("2")).ok);
     QFile::setPermissions(file, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     EXPECT_EQ(readAll(file), QStringLiteral("[Info]\r\nA=1\r\n"));
+}
+
+TEST_F(IniFileTest, ADirectoryInPlaceOfTheFileFailsClearly)
+{
+    QDir(dir.path()).mkdir(QStringLiteral("TARLOX.INI"));
+    const IniResult r = ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A"));
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.error, QStringLiteral("Can't open ") + file + QStringLiteral(" for reading"));
+    EXPECT_FALSE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("A"), QStringLiteral("1")).ok);
+    EXPECT_TRUE(QFileInfo(file).isDir());
 }
 
 TEST_F(IniFileTest, ConcurrentWritersLoseNoKey)

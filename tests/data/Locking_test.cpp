@@ -1,0 +1,104 @@
+#include "data/DataOp.h"
+#include "data/UserData.h"
+#include "startup/IniFile.h"
+#include "startup/Startup.h"
+#include "support/TestSite.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// Another workstation holding a write lock on the database.
+class OtherWriter {
+public:
+    explicit OtherWriter(TestSite& site) : name_(QUuid::createUuid().toString())
+    {
+        QSqlDatabase db;
+        if (site.engine() == Engine::Sqlite) {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
+            db.setDatabaseName(site.path(QStringLiteral("server/Tarlox.db")));
+        } else {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name_);
+            for (const QString& pair : postgresConnInfo().split(QLatin1Char(' '))) {
+                const QString key = pair.section(QLatin1Char('='), 0, 0), value = pair.section(QLatin1Char('='), 1);
+                if (key == QLatin1String("host")) db.setHostName(value);
+                if (key == QLatin1String("port")) db.setPort(value.toInt());
+                if (key == QLatin1String("user")) db.setUserName(value);
+            }
+            db.setDatabaseName(site.postgresDatabase());
+        }
+        EXPECT_TRUE(db.open());
+        QSqlQuery q(db);
+        if (site.engine() == Engine::Sqlite) {
+            EXPECT_TRUE(q.exec(QStringLiteral("BEGIN IMMEDIATE")));
+        } else {
+            EXPECT_TRUE(q.exec(QStringLiteral("BEGIN")));
+            EXPECT_TRUE(q.exec(QStringLiteral("LOCK TABLE \"TarloxUsers\" IN EXCLUSIVE MODE")));
+        }
+    }
+    ~OtherWriter()
+    {
+        release();
+        QSqlDatabase::removeDatabase(name_);
+    }
+    void release()
+    {
+        QSqlDatabase db = QSqlDatabase::database(name_, false);
+        if (db.isOpen()) {
+            QSqlQuery(db).exec(QStringLiteral("ROLLBACK"));
+            db.close();
+        }
+    }
+
+private:
+    QString name_;
+};
+
+class LockingTest : public ::testing::TestWithParam<Engine> {
+protected:
+    LockingTest() : site(GetParam()) {}
+    void SetUp() override
+    {
+        site.create();
+        // Give up waiting after a second, so the box comes quickly.
+        WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("1"));
+        ASSERT_TRUE(StartSession(site.session()));
+        site.prompter().clear();
+        site.session().machine.machineName = QStringLiteral("OTHER");
+    }
+    TestSite site;
+};
+
+}  // namespace
+
+TEST_P(LockingTest, LockedRowsAskRetryAndRetryRunsTheStatementAgain)
+{
+    OtherWriter other(site);
+    site.prompter().onAsk([&](const Prompt&) { other.release(); });
+    site.prompter().answer(Answer::Retry);
+    ASSERT_TRUE(AddUser(site.session(), true, false));
+    ASSERT_EQ(site.prompter().asked().size(), 1);
+    const Prompt& box = site.prompter().asked().first();
+    EXPECT_EQ(box.buttons, Buttons::RetryCancel);
+    EXPECT_TRUE(box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'.")));
+    EXPECT_TRUE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'"), false));
+}
+
+TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)
+{
+    OtherWriter other(site);
+    site.prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(AddUser(site.session(), true, false));
+    EXPECT_NE(site.session().machine.errorNumber, 0);
+    other.release();
+    EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'"), false));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, LockingTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
