@@ -235,7 +235,11 @@ bool SaveUserInfo(Session& s, const QString& userName, bool newMachine)
 bool UpdateServerSetup(Session& s, const ServerEntries& e, const QString& userName, bool newMachine)
 {
     s.traceCall(QStringLiteral("cmdUpdate_Click"));
-    bool ok = ValidateUserInfo(s, userName) && CheckServerEntries(s, e) && SaveServerInfo(s, e) && SaveUserInfo(s, userName, newMachine);
+    bool ok = ValidateUserInfo(s, userName) && CheckServerEntries(s, e);
+    // The database tested may be another one than the screen loaded from:
+    // a machine without a row there gets one.
+    const bool addRow = newMachine || s.machine.errorNumber == 1;
+    ok = ok && SaveServerInfo(s, e) && SaveUserInfo(s, userName, addRow);
     if (ok)
         ok = GetInfo(s);
     s.db().close();
