@@ -32,7 +32,7 @@ bool SaveSystemSettings(Session& s, const std::function<bool()>& saveFields, con
 {
     s.traceCall(QStringLiteral("Save"));
     ReadOptions(s, false);
-    const bool counterChanged = IntVal(GetLocal(s, Info, NextName)) != s.options.nextName;
+    const bool counterChanged = IntVal(choices.nextName) != s.options.nextName;
     bool ok = saveFields ? saveFields() : true;
     if (counterChanged) {
         s.options.nextName = IntVal(GetLocal(s, Info, NextName));

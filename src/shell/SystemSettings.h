@@ -20,6 +20,7 @@ bool LoadSystemSettings(Session& session);
 // What the screen holds beside its bound controls. An empty printer means
 // the system's default printer.
 struct SystemSettingsChoices {
+    QString nextName;  // the image counter as the screen shows it
     QStringList drvMapEntries;
     QString printer;
     QString serverPrinter;
@@ -29,9 +30,13 @@ struct SystemSettingsChoices {
 bool SystemSettingsDiffer(const Session& session, const SystemSettingsChoices& choices);
 
 // Saves in this order: reads the Options row and notes whether the counter
-// in the local file differs from it; runs saveFields (the bound controls);
-// when the counter differed, writes it to the Options row; then the drive
-// map and the printers, to the local file and into the session.
+// on the screen differs from it (edited, or another machine went on since
+// the screen loaded); runs saveFields (the bound controls, which write the
+// counter to the local file); when the counter differed, writes the local
+// value to the Options row; then the drive map and the printers, to the
+// local file and into the session. A screen left open while other machines
+// scan thus puts the counter back to what it showed; taking the next number
+// checks the highest stored image and repairs that.
 bool SaveSystemSettings(Session& session, const std::function<bool()>& saveFields, const SystemSettingsChoices& choices);
 
 }  // namespace tarlox

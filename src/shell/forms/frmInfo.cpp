@@ -146,6 +146,7 @@ QStringList frmInfo::drvMapEntries() const
 SystemSettingsChoices frmInfo::choices() const
 {
     SystemSettingsChoices c;
+    c.nextName = ui_->txtNxtimg->text();
     c.drvMapEntries = drvMapEntries();
     c.printer = ui_->cboPrinter->currentIndex() > 0 ? ui_->cboPrinter->currentText() : QString();
     c.serverPrinter = ui_->cboServerPrinter->currentIndex() > 0 ? ui_->cboServerPrinter->currentText() : QString();
