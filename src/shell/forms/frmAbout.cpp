@@ -34,7 +34,9 @@ frmAbout::frmAbout(Session& session, QWidget* parent)
     grid->verticalHeader()->hide();
     grid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     grid->horizontalHeader()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    grid->setMinimumHeight(grid->horizontalHeader()->height() + grid->rowHeight(0) * int(rows.size()) + 4);
+    grid->resizeRowsToContents();
+    grid->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    grid->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(ui_->cmdOK, &QPushButton::clicked, this, &QDialog::accept);
 }
 
