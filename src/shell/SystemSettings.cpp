@@ -1,0 +1,50 @@
+#include "shell/SystemSettings.h"
+
+#include "data/OptionsData.h"
+#include "shell/DriveMap.h"
+#include "startup/Session.h"
+#include "startup/Settings.h"
+#include "startup/TextTools.h"
+
+namespace tarlox {
+
+namespace {
+const QString Info = QStringLiteral("Info");
+const QString NextName = QStringLiteral("NextName");
+}  // namespace
+
+bool LoadSystemSettings(Session& s)
+{
+    s.traceCall(QStringLiteral("LoadValues"));
+    const bool read = ReadOptions(s, false);
+    PutLocal(s, Info, NextName, QString::number(s.options.nextName));
+    return read || s.options.status == 1;
+}
+
+bool SystemSettingsDiffer(const Session& s, const SystemSettingsChoices& choices)
+{
+    QStringList entries = choices.drvMapEntries;
+    entries.removeAll(QString());
+    return entries != SplitDriveMap(s.drvMap) || choices.printer != s.printer || choices.serverPrinter != s.serverPrinter;
+}
+
+bool SaveSystemSettings(Session& s, const std::function<bool()>& saveFields, const SystemSettingsChoices& choices)
+{
+    s.traceCall(QStringLiteral("Save"));
+    ReadOptions(s, false);
+    const bool counterChanged = IntVal(choices.nextName) != s.options.nextName;
+    bool ok = saveFields ? saveFields() : true;
+    if (counterChanged) {
+        s.options.nextName = IntVal(GetLocal(s, Info, NextName));
+        ok = UpdateOptions(s, false) && ok;
+    }
+    s.drvMap = JoinDriveMap(choices.drvMapEntries);
+    PutLocal(s, Info, QStringLiteral("DrvMap"), s.drvMap);
+    s.printer = choices.printer;
+    PutLocal(s, Info, QStringLiteral("Printer"), s.printer);
+    s.serverPrinter = choices.serverPrinter;
+    PutLocal(s, Info, QStringLiteral("ServerPrinter"), s.serverPrinter);
+    return ok;
+}
+
+}  // namespace tarlox

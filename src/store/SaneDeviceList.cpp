@@ -1,0 +1,66 @@
+#include "store/SaneDeviceList.h"
+
+#include <sane/sane.h>
+
+#include <mutex>
+
+namespace tarlox {
+
+namespace {
+
+std::mutex versionLock;
+SANE_Int knownVersion = -1;
+
+void noteVersion(SANE_Int code)
+{
+    std::lock_guard<std::mutex> lock(versionLock);
+    knownVersion = code;
+}
+
+}  // namespace
+
+QStringList ListSaneDevices()
+{
+    SANE_Int code = 0;
+    if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
+        return {};
+    noteVersion(code);
+    QStringList entries;
+    const SANE_Device** devices = nullptr;
+    if (sane_get_devices(&devices, SANE_FALSE) == SANE_STATUS_GOOD && devices) {
+        for (int i = 0; devices[i]; ++i) {
+            const SANE_Device* d = devices[i];
+            QString entry = QString::fromLocal8Bit(d->name);
+            const QString description = QString(QString::fromLocal8Bit(d->vendor) + QLatin1Char(' ') + QString::fromLocal8Bit(d->model)).trimmed();
+            if (!description.isEmpty())
+                entry += QStringLiteral(" (") + description + QLatin1Char(')');
+            entries.append(entry);
+        }
+    }
+    sane_exit();
+    return entries;
+}
+
+QString SaneDeviceName(const QString& entry)
+{
+    const qsizetype bracket = entry.indexOf(QStringLiteral(" ("));
+    return (bracket < 0 ? entry : entry.left(bracket)).trimmed();
+}
+
+QString SaneVersionText()
+{
+    SANE_Int code = -1;
+    {
+        std::lock_guard<std::mutex> lock(versionLock);
+        code = knownVersion;
+    }
+    if (code < 0) {
+        if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
+            return {};
+        sane_exit();
+        noteVersion(code);
+    }
+    return QStringLiteral("%1.%2.%3").arg(SANE_VERSION_MAJOR(code)).arg(SANE_VERSION_MINOR(code)).arg(SANE_VERSION_BUILD(code));
+}
+
+}  // namespace tarlox

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace tarlox {
+
+// The scanners SANE can reach, one entry each: the device name, a blank and
+// vendor and model in brackets ("test:0 (Noname frontend-tester)").
+QStringList ListSaneDevices();
+
+// The device name of such an entry ("test:0").
+QString SaneDeviceName(const QString& entry);
+
+// The version of the SANE library as its initialisation reports it
+// ("1.2.1"), or empty when SANE can't be started. Read once per process;
+// SANE is started and ended only when no earlier call has noted it.
+QString SaneVersionText();
+
+}  // namespace tarlox

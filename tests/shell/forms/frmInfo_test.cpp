@@ -1,0 +1,393 @@
+#include "shell/forms/frmInfo.h"
+
+#include "data/OptionsData.h"
+#include "shell/forms/TagBinder.h"
+#include "startup/IniFile.h"
+#include "startup/Session.h"
+#include "startup/TextTools.h"
+#include "support/TestSite.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A control of a form, found by its name as the person at the screen knows it.
+template <class T> T* child(QObject& form, const char* name)
+{
+    T* w = form.findChild<T*>(QLatin1String(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+}
+template <class T> T* child(QObject* form, const char* name) { return child<T>(*form, name); }
+
+void ensureApplication()
+{
+    static int argc = 1;
+    static char name[] = "frmInfo_test";
+    static char* argv[] = {name, nullptr};
+    static QApplication* app = QApplication::instance() ? nullptr : new QApplication(argc, argv);
+    (void)app;
+}
+
+QString ini(const QString& path, const char* section, const char* key)
+{
+    return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value;
+}
+
+template <class W> W* tagged(QWidget* form, const char* name, const char* tag)
+{
+    auto* w = new W(form);
+    w->setObjectName(QLatin1String(name));
+    w->setProperty("tag", QString::fromUtf8(tag));
+    form->layout()->addWidget(w);
+    return w;
+}
+
+class Settings : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ensureApplication();
+        ASSERT_TRUE(site.start());
+    }
+    TestSite site;
+};
+
+}  // namespace
+
+// Every kind of control the binder knows, on a form of its own.
+TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
+{
+    Session& s = site.session();
+    auto build = [&](QWidget& form) {
+        form.setLayout(new QVBoxLayout);
+        tagged<QLineEdit>(&form, "txtLine", "Section=Info,Item=LineKey");
+        tagged<QTextEdit>(&form, "txtRich", "Section=Info,Item=RichKey");
+        tagged<QPlainTextEdit>(&form, "txtPlain", "Section=Custom,Item=PlainKey");
+        tagged<QCheckBox>(&form, "chkFlag", "Section=Info,Item=FlagKey");
+        tagged<QRadioButton>(&form, "optA", "Section=Info,Item=Choice,Value=A");
+        tagged<QRadioButton>(&form, "optB", "Section=Info,Item=Choice,Value=B");
+        tagged<QCheckBox>(&form, "chkBit", "Section=ClientOptions,Item=3");
+        tagged<QLineEdit>(&form, "txtFree", "FromWidth=330");  // no section: not bound
+    };
+    QWidget form;
+    build(form);
+    TagBinder binder(s, &form);
+    EXPECT_EQ(binder.boundControls().size(), 7);
+    binder.LoadFields();
+    bool changed = false;
+    binder.CheckFields(changed);
+    EXPECT_FALSE(changed);
+
+    form.findChild<QLineEdit*>(QStringLiteral("txtLine"))->setText(QStringLiteral("one"));
+    form.findChild<QTextEdit*>(QStringLiteral("txtRich"))->setPlainText(QStringLiteral("two"));
+    form.findChild<QPlainTextEdit*>(QStringLiteral("txtPlain"))->setPlainText(QStringLiteral("three"));
+    form.findChild<QCheckBox*>(QStringLiteral("chkFlag"))->setChecked(true);
+    form.findChild<QRadioButton*>(QStringLiteral("optB"))->setChecked(true);
+    form.findChild<QCheckBox*>(QStringLiteral("chkBit"))->setChecked(true);
+    form.findChild<QLineEdit*>(QStringLiteral("txtFree"))->setText(QStringLiteral("ignored"));
+    binder.CheckFields(changed);
+    EXPECT_TRUE(changed);
+    ASSERT_TRUE(binder.SaveFields());
+
+    EXPECT_EQ(ini(site.localIni(), "Info", "LineKey"), QStringLiteral("one"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "RichKey"), QStringLiteral("two"));
+    EXPECT_EQ(ini(site.localIni(), "Custom", "PlainKey"), QStringLiteral("three"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "FlagKey"), QStringLiteral("True"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "Choice"), QStringLiteral("B"));
+    EXPECT_EQ(ini(site.localIni(), "ClientOptions", "3"), QString()) << "the bit is no key of the file";
+    // The bit went to the Options row, where another machine reads it.
+    ScriptedPrompter otherPrompter;
+    auto other = site.openAnother(otherPrompter);
+    ASSERT_TRUE(ReadOptions(*other, false));
+    EXPECT_EQ(other->options.clientOptions, 4);
+
+    QWidget again;
+    build(again);
+    TagBinder reloaded(s, &again);
+    reloaded.LoadFields();
+    EXPECT_EQ(again.findChild<QLineEdit*>(QStringLiteral("txtLine"))->text(), QStringLiteral("one"));
+    EXPECT_EQ(again.findChild<QTextEdit*>(QStringLiteral("txtRich"))->toPlainText(), QStringLiteral("two"));
+    EXPECT_EQ(again.findChild<QPlainTextEdit*>(QStringLiteral("txtPlain"))->toPlainText(), QStringLiteral("three"));
+    EXPECT_TRUE(again.findChild<QCheckBox*>(QStringLiteral("chkFlag"))->isChecked());
+    EXPECT_FALSE(again.findChild<QRadioButton*>(QStringLiteral("optA"))->isChecked());
+    EXPECT_TRUE(again.findChild<QRadioButton*>(QStringLiteral("optB"))->isChecked());
+    EXPECT_TRUE(again.findChild<QCheckBox*>(QStringLiteral("chkBit"))->isChecked());
+    changed = false;
+    reloaded.CheckFields(changed);
+    EXPECT_FALSE(changed);
+
+    // Clearing the bit clears only that bit.
+    s.options.clientOptions = 4 | 1;
+    ASSERT_TRUE(UpdateOptions(s, false));
+    again.findChild<QCheckBox*>(QStringLiteral("chkBit"))->setChecked(false);
+    ASSERT_TRUE(reloaded.SaveFields());
+    ASSERT_TRUE(ReadOptions(*other, false));
+    EXPECT_EQ(other->options.clientOptions, 1);
+}
+
+TEST_F(Settings, PasswordIsStoredEnciphered)
+{
+    Session& s = site.session();
+    {
+        frmInfo screen(s);
+        child<QLineEdit>(screen, "txtEmailPassword")->setText(QStringLiteral("Pa55 word!"));
+        EXPECT_TRUE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+        screen.cmdApply_Click();
+        EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+    }
+    const QString stored = ini(site.localIni(), "Email", "Password");
+    EXPECT_EQ(stored, Encrypt(QStringLiteral("Pa55 word!")));
+    EXPECT_NE(stored, QStringLiteral("Pa55 word!"));
+
+    frmInfo screen(s);
+    EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->text(), QStringLiteral("Pa55 word!"));
+    bool changed = false;
+    screen.binder()->CheckFields(changed);
+    EXPECT_FALSE(changed);
+    EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+}
+
+TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
+{
+    Session& s = site.session();
+    ASSERT_EQ(ini(site.localIni(), "Email", "BCC"), QString());
+    frmInfo screen(s);
+    EXPECT_FALSE(child<QCheckBox>(screen, "chkBCC")->isChecked());
+    // The fields that show a default keep the stored value empty until saved.
+    EXPECT_EQ(child<QLineEdit>(screen, "txtFindRecs")->text(), QStringLiteral("100"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), QString());
+    screen.cmdOK_Click();
+    EXPECT_EQ(ini(site.localIni(), "Email", "BCC"), QStringLiteral("False"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), QStringLiteral("100"));
+}
+
+TEST_F(Settings, DriveMapList)
+{
+    Session& s = site.session();
+    frmInfo screen(s);
+    ScriptedPrompter& asked = site.prompter();
+    QComboBox* box = child<QComboBox>(screen, "cboDrvMap");
+    auto type = [&](const char* text) {
+        box->setCurrentIndex(box->count() - 1);
+        box->setEditText(QString::fromUtf8(text));
+        return screen.cboDrvMap_LostFocus();
+    };
+    for (const char* bad : {"FF=C", "F-C", "F=F", "F=1"}) {
+        asked.clear();
+        EXPECT_FALSE(type(bad)) << bad;
+        EXPECT_EQ(asked.asked().size(), 1);
+        EXPECT_EQ(asked.asked().value(0).text, QStringLiteral("This is an Invalid Drive Map. Must be in the form 'F=C'"));
+        EXPECT_EQ(asked.asked().value(0).icon, Icon::Critical);
+    }
+    EXPECT_TRUE(screen.drvMapEntries().isEmpty());
+    EXPECT_TRUE(type("f=c"));
+    EXPECT_TRUE(type("G=D"));
+    EXPECT_TRUE(type("G=D")) << "an entry already there is not added twice";
+    EXPECT_TRUE(type("/srv/tarlox/=/mnt/tarlox"));
+    EXPECT_EQ(screen.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("G=D"), QStringLiteral("/srv/tarlox=/mnt/tarlox")}));
+    EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
+    EXPECT_TRUE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+
+    // Editing an entry replaces it; emptying it removes it.
+    box->setCurrentIndex(2);
+    box->setEditText(QString());
+    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
+    box->setCurrentIndex(1);
+    box->setEditText(QStringLiteral("h=e"));
+    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
+    EXPECT_EQ(screen.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("H=E")}));
+    EXPECT_EQ(box->count(), 3);
+
+    box->setCurrentIndex(1);
+    box->setEditText(QStringLiteral("G=D"));
+    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
+    screen.cmdApply_Click();
+    EXPECT_EQ(ini(site.localIni(), "Info", "DrvMap"), QStringLiteral("F=CG=D"));
+    EXPECT_EQ(s.drvMap, QStringLiteral("F=CG=D"));
+    EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+
+    frmInfo again(s);
+    EXPECT_EQ(again.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("G=D")}));
+}
+
+TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
+{
+    Session& s = site.session();
+    frmInfo screen(s);
+    EXPECT_EQ(child<QLineEdit>(screen, "txtNxtimg")->text(), QStringLiteral("1"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "NextName"), QStringLiteral("1"));
+    child<QLineEdit>(screen, "txtNxtimg")->setText(QStringLiteral("4711"));
+    screen.cmdApply_Click();
+
+    ScriptedPrompter otherPrompter;
+    auto other = site.openAnother(otherPrompter);
+    ASSERT_TRUE(ReadOptions(*other, false));
+    EXPECT_EQ(other->options.nextName, 4711);
+
+    // A screen opened before another machine went on puts the counter back
+    // to what it showed: taking the next number repairs that against the images.
+    frmInfo fresh(s);
+    other->options.nextName = 4800;
+    ASSERT_TRUE(UpdateOptions(*other, false));
+    child<QLineEdit>(fresh, "txtPOShort")->setText(QStringLiteral("Order #"));
+    fresh.cmdApply_Click();
+    ASSERT_TRUE(ReadOptions(*other, false));
+    EXPECT_EQ(other->options.nextName, 4711);
+    // ... and the session takes the new field names at once.
+    EXPECT_EQ(s.poShort, QStringLiteral("Order #"));
+}
+
+TEST_F(Settings, FieldChecks)
+{
+    Session& s = site.session();
+    ScriptedPrompter& asked = site.prompter();
+    frmInfo screen(s);
+
+    child<QLineEdit>(screen, "txtFontSize")->setText(QStringLiteral("99"));
+    screen.txtFontSize_LostFocus();
+    EXPECT_EQ(child<QLineEdit>(screen, "txtFontSize")->text(), QStringLiteral("36"));
+    child<QLineEdit>(screen, "txtBright")->setText(QStringLiteral("-4000"));
+    screen.txtBright_LostFocus();
+    EXPECT_EQ(child<QLineEdit>(screen, "txtBright")->text(), QStringLiteral("-1000"));
+    child<QLineEdit>(screen, "txtHighDPI")->setText(QString());
+    child<QLineEdit>(screen, "txtHighDPI")->setFocus();
+    child<QLineEdit>(screen, "txtHighDPI")->insert(QStringLiteral("12000"));
+    emit child<QLineEdit>(screen, "txtHighDPI")->textEdited(child<QLineEdit>(screen, "txtHighDPI")->text());
+    EXPECT_EQ(child<QLineEdit>(screen, "txtHighDPI")->text(), QStringLiteral("9999"));
+
+    child<QLineEdit>(screen, "txtDefaultPages")->setText(QStringLiteral("1-3"));
+    EXPECT_FALSE(screen.txtDefaultPages_Validate());
+    EXPECT_TRUE(asked.wasAsked(QStringLiteral("Invalid Pages")));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtDefaultPages")->text(), QString());
+    child<QLineEdit>(screen, "txtDefaultPages")->setText(QStringLiteral("all"));
+    EXPECT_TRUE(screen.txtDefaultPages_Validate());
+
+    child<QLineEdit>(screen, "txtTmpDir")->clear();
+    EXPECT_FALSE(screen.txtTmpDir_Validate());
+    EXPECT_EQ(asked.textOf(QStringLiteral("Enter a Temporary Directory")), QStringLiteral("The Temporary Directory must not be left blank"));
+    const QString fresh = site.path(QStringLiteral("TEMP2/work"));
+    child<QLineEdit>(screen, "txtTmpDir")->setText(fresh);
+    asked.answer(Answer::No);
+    EXPECT_FALSE(screen.txtTmpDir_Validate());
+    EXPECT_FALSE(QFileInfo(fresh).isDir());
+    asked.answer(Answer::Yes);
+    EXPECT_TRUE(screen.txtTmpDir_Validate());
+    EXPECT_TRUE(QFileInfo(fresh).isDir());
+    EXPECT_EQ(asked.textOf(QStringLiteral("Create Temporary Directory")), QStringLiteral("Invalid temporary directory! Do you want to create it?"));
+
+    // The stamp file must load as an image.
+    const QString junk = site.path(QStringLiteral("stamp.pcx"));
+    QFile file(junk);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("not an image at all");
+    file.close();
+    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(junk);
+    EXPECT_FALSE(screen.txtAuthorizationStamp_Validate());
+    EXPECT_EQ(asked.textOf(QStringLiteral("Stamp File")), QStringLiteral("Invalid Stamp File"));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtAuthorizationStamp")->text(), QString());
+    const QString good = site.path(QStringLiteral("stamp.bmp"));
+    QImage stamp(40, 20, QImage::Format_Mono);
+    stamp.fill(0);
+    ASSERT_TRUE(stamp.save(good, "BMP"));
+    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(good);
+    EXPECT_TRUE(screen.txtAuthorizationStamp_Validate());
+    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(site.path(QStringLiteral("missing.bmp")));
+    EXPECT_FALSE(screen.txtAuthorizationStamp_Validate());
+}
+
+TEST_F(Settings, DependentControlsFollowTheirSwitches)
+{
+    frmInfo screen(site.session());
+    child<QRadioButton>(screen, "optAuthorization_2")->setChecked(true);
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtAuthorizationStamp")->isEnabled());
+    EXPECT_TRUE(child<QAbstractButton>(screen, "cmdAuthorizationStamp")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtAuthorizationText")->isEnabled());
+    child<QRadioButton>(screen, "optAuthorization_1")->setChecked(true);
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtAuthorizationStamp")->isEnabled());
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtAuthorizationText")->isEnabled());
+    child<QRadioButton>(screen, "optAuthorization_0")->setChecked(true);
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtAuthorizationStamp")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtAuthorizationText")->isEnabled());
+
+    child<QCheckBox>(screen, "chkEmailClient")->setChecked(false);
+    child<QRadioButton>(screen, "optEmailAuth_1")->setChecked(true);  // None
+    EXPECT_TRUE(child<QGroupBox>(screen, "fraEmailServer")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtEmailUser")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtEmailPassword")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtEmailPOP")->isEnabled());
+    child<QRadioButton>(screen, "optEmailAuth_0")->setChecked(true);  // SMTP
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtEmailUser")->isEnabled());
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtEmailPassword")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtEmailPOP")->isEnabled());
+    child<QRadioButton>(screen, "optEmailAuth_2")->setChecked(true);  // POP
+    EXPECT_TRUE(child<QLineEdit>(screen, "txtEmailPOP")->isEnabled());
+    child<QCheckBox>(screen, "chkEmailClient")->setChecked(true);
+    EXPECT_FALSE(child<QGroupBox>(screen, "fraEmailServer")->isEnabled());
+    EXPECT_FALSE(child<QLineEdit>(screen, "txtEmailServer")->isEnabled());
+}
+
+TEST_F(Settings, ScannerChosenFromTheDevicesFound)
+{
+    QTemporaryDir sane;
+    QFile dll(sane.filePath(QStringLiteral("dll.conf")));
+    ASSERT_TRUE(dll.open(QIODevice::WriteOnly));
+    dll.write("test\n");
+    dll.close();
+    QFile conf(sane.filePath(QStringLiteral("test.conf")));
+    ASSERT_TRUE(conf.open(QIODevice::WriteOnly));
+    conf.write("number_of_devices 1\n");
+    conf.close();
+    qputenv("SANE_CONFIG_DIR", sane.path().toLocal8Bit());
+
+    frmInfo screen(site.session());
+    QStringList offered;
+    screen.chooseDevice = [&](const QStringList& devices) {
+        offered = devices;
+        return devices.value(0);
+    };
+    screen.cmdDevice_Click();
+    ASSERT_EQ(offered.size(), 1);
+    EXPECT_TRUE(offered.at(0).startsWith(QStringLiteral("test:0")));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtDevice")->text(), QStringLiteral("test:0"));
+    screen.cmdOK_Click();
+    EXPECT_EQ(ini(site.localIni(), "Info", "Device"), QStringLiteral("test:0"));
+}
+
+TEST_F(Settings, EveryTagNamesItsKey)
+{
+    frmInfo screen(site.session());
+    const QList<QWidget*> bound = screen.binder()->boundControls();
+    EXPECT_EQ(bound.size(), 64);
+    for (QWidget* w : bound) {
+        const QString tag = w->property("tag").toString();
+        EXPECT_FALSE(GetTag(tag, QStringLiteral("Item")).isEmpty()) << w->objectName().toStdString();
+    }
+    EXPECT_EQ(child<QComboBox>(screen, "cboPrinter")->itemText(0), QStringLiteral("(Use System Default Printer)"));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->property("tag").toString(), QStringLiteral("Section=Email,Item=Password,Encrypt=True"));
+    EXPECT_EQ(screen.windowTitle(), QStringLiteral("Change System Information"));
+    QStringList tabs;
+    for (int i = 0; i < child<QTabWidget>(screen, "tabMain")->count(); ++i)
+        tabs << child<QTabWidget>(screen, "tabMain")->tabText(i);
+    EXPECT_EQ(tabs, (QStringList{QStringLiteral("Scanning"), QStringLiteral("Output"), QStringLiteral("Faxing"), QStringLiteral("Email"),
+                                 QStringLiteral("Custom"), QStringLiteral("RBQS")}));
+}
