@@ -22,11 +22,8 @@ enum class Signature { Tiff, Pdf, Other };
 
 Signature signatureOf(const QByteArray& head)
 {
-    // Classic TIFF and BigTIFF, either byte order.
-    for (const char* magic : {"II*\0", "MM\0*", "II+\0", "MM\0+"}) {
-        if (head.startsWith(QByteArray(magic, 4)))
-            return Signature::Tiff;
-    }
+    if (TiffSignature(head) != TiffHead::NotTiff)
+        return Signature::Tiff;
     // PDF readers accept the header anywhere in the first kilobyte.
     if (head.left(1024).contains("%PDF-"))
         return Signature::Pdf;
@@ -72,7 +69,7 @@ struct ImageInput::Private {
     {
         if (pages == 1)
             return QStringLiteral("\"%1\"").arg(path);
-        return QStringLiteral("Page %1 of \"%2\"").arg(index + 1).arg(path);
+        return QStringLiteral("page %1 of \"%2\"").arg(index + 1).arg(path);
     }
 
     IoResult<QImage> readPicture();

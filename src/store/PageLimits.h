@@ -14,7 +14,7 @@ inline constexpr qint64 kMaxPageBytes = qint64(256) << 20;
 inline constexpr int kMaxPageSide = 65000;
 
 // Fails with a message naming the size when a page of that size and depth
-// can't be handled; what names the page ("Page 3 of \"x.tif\"").
+// can't be handled; what names the page ("page 3 of \"x.tif\"").
 IoStatus CheckPageSize(qint64 width, qint64 height, int bitsPerPixel, const QString& what);
 
 }  // namespace tarlox

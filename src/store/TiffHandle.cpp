@@ -125,6 +125,12 @@ QString TiffHandle::takeErrors(const QString& fallback)
     return text;
 }
 
+const QStringList& TiffHandle::peekErrors() const
+{
+    static const QStringList none;
+    return messages_ ? messages_->errors : none;
+}
+
 IoStatus TiffHandle::close()
 {
     if (!tif_)

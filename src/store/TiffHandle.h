@@ -30,6 +30,7 @@ public:
 
     // libtiff's error messages since the last call, joined; fallback when there were none.
     QString takeErrors(const QString& fallback = QString());
+    const QStringList& peekErrors() const;
 
     // Flushes what was written and closes the handle; a failed write
     // (a full disk, say) comes back here at the latest.

@@ -3,6 +3,7 @@
 #include "store/PageLimits.h"
 #include "store/TagText.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <tiffio.h>
@@ -39,6 +40,27 @@ int clampToInt(uint32_t value)
 
 }  // namespace
 
+TiffHead TiffSignature(const QByteArray& head)
+{
+    const bool little = head.startsWith(QByteArray("II", 2));
+    const bool big = head.startsWith(QByteArray("MM", 2));
+    if ((!little && !big) || head.size() < 4)
+        return TiffHead::NotTiff;
+    const auto byteAt = [&](int i) { return i < head.size() ? quint64(uchar(head[i])) : 0; };
+    const auto number = [&](int at, int bytes) {
+        quint64 value = 0;
+        for (int i = 0; i < bytes; ++i)
+            value |= byteAt(at + i) << (8 * (little ? i : bytes - 1 - i));
+        return value;
+    };
+    const quint64 version = number(2, 2);
+    if (version == 42)  // classic: first directory at bytes 4-7
+        return head.size() >= 8 && number(4, 4) == 0 ? TiffHead::NoPages : TiffHead::Pages;
+    if (version == 43)  // BigTIFF: first directory at bytes 8-15
+        return head.size() >= 16 && number(8, 8) == 0 ? TiffHead::NoPages : TiffHead::Pages;
+    return TiffHead::NotTiff;
+}
+
 TiffReader::TiffReader(TiffHandle handle) : handle_(std::move(handle))
 {
 }
@@ -50,9 +72,24 @@ IoResult<TiffReader> TiffReader::open(const QString& path)
         return Failure(QStringLiteral("The file \"%1\" does not exist.").arg(path));
     if (!file.isFile())
         return Failure(QStringLiteral("\"%1\" is not a file.").arg(path));
+    QFile raw(path);
+    if (!raw.open(QIODevice::ReadOnly))
+        return Failure(QStringLiteral("Can't read \"%1\": %2").arg(path, raw.errorString()));
+    const QByteArray head = raw.read(16);
+    raw.close();
+    if (head.isEmpty())
+        return Failure(QStringLiteral("\"%1\" is empty.").arg(path));
+    switch (TiffSignature(head)) {
+    case TiffHead::NotTiff:
+        return Failure(QStringLiteral("Can't read \"%1\": it is not a TIFF file.").arg(path));
+    case TiffHead::NoPages:
+        return Failure(QStringLiteral("\"%1\" has no pages.").arg(path));
+    case TiffHead::Pages:
+        break;
+    }
     auto handle = TiffHandle::open(path, "r");
     if (!handle)
-        return Failure(QStringLiteral("Can't read \"%1\": %2").arg(path, handle.error()));
+        return Failure(QStringLiteral("Can't read \"%1\": the file is damaged (%2).").arg(path, handle.error()));
     TiffReader reader(std::move(*handle));
     TIFF* tif = reader.handle_.get();
     const tdir_t pages = TIFFNumberOfDirectories(tif);
@@ -71,7 +108,7 @@ IoResult<TiffReader> TiffReader::open(const QString& path)
 
 QString TiffReader::pageName(int page) const
 {
-    return QStringLiteral("Page %1 of \"%2\"").arg(page + 1).arg(path());
+    return QStringLiteral("page %1 of \"%2\"").arg(page + 1).arg(path());
 }
 
 IoStatus TiffReader::select(int page)
@@ -86,7 +123,8 @@ IoStatus TiffReader::select(int page)
     // Reading on from the page before is cheap; anything else walks from the start.
     const int done = current + 1 == tdir_t(page) ? TIFFReadDirectory(tif) : TIFFSetDirectory(tif, tdir_t(page));
     if (done != 1)
-        return Failure(QStringLiteral("Can't read %1: %2").arg(pageName(page), handle_.takeErrors(QStringLiteral("the page directory is damaged"))));
+        return Failure(QStringLiteral("Can't read %1: the page is damaged (%2).")
+                           .arg(pageName(page), handle_.takeErrors(QStringLiteral("its directory can't be read"))));
     handle_.takeErrors();
     return {};
 }
@@ -173,14 +211,14 @@ IoResult<QImage> TiffReader::readPage(int page)
         if (image.isNull())
             return Failure(QStringLiteral("There is not enough memory to read %1.").arg(what));
         if (auto read = readContiguous(info, image, bitsInMemory); !read)
-            return Failure(QStringLiteral("Can't read %1: %2").arg(what, read.error()));
+            return Failure(QStringLiteral("Can't read %1: %2.").arg(what, read.error()));
         // One bit is black in memory, and dark is low in grey: flip what the file holds the other way round.
         if ((bitonal && info.photometric == PHOTOMETRIC_MINISBLACK) || (grey8 && info.photometric == PHOTOMETRIC_MINISWHITE))
             image.invertPixels();
     } else {
         auto rgba = readRgba(info);
         if (!rgba)
-            return Failure(QStringLiteral("Can't read %1: %2").arg(what, rgba.error()));
+            return Failure(QStringLiteral("Can't read %1: %2.").arg(what, rgba.error()));
         image = std::move(*rgba);
     }
     SetDpi(image, info.dpi);
@@ -191,7 +229,10 @@ IoStatus TiffReader::readContiguous(const TiffPageInfo& info, QImage& image, int
 {
     TIFF* tif = handle_.get();
     const qsizetype rowBytes = (qsizetype(info.width) * bitsPerPixel + 7) / 8;
-    const auto failed = [&] { return Failure(handle_.takeErrors(QStringLiteral("the picture data is damaged"))); };
+    const auto hasErrors = [&] { return !handle_.peekErrors().isEmpty(); };
+    const auto failed = [&] {
+        return Failure(QStringLiteral("the page is damaged (%1)").arg(handle_.takeErrors(QStringLiteral("its data can't be decoded"))));
+    };
 
     if (!info.tiled) {
         uint32_t rowsPerStrip = 0;
@@ -209,7 +250,8 @@ IoStatus TiffReader::readContiguous(const TiffPageInfo& info, QImage& image, int
                 break;
             const int rows = int(std::min<qint64>(rowsPerStrip, info.height - firstRow));
             uint8_t* target = direct ? image.scanLine(int(firstRow)) : buffer.data();
-            if (TIFFReadEncodedStrip(tif, strip, target, tmsize_t(rows) * rowBytes) < 0)
+            // Decoders report damage and go on with filler: damage fails the page all the same.
+            if (TIFFReadEncodedStrip(tif, strip, target, tmsize_t(rows) * rowBytes) < 0 || hasErrors())
                 return failed();
             if (!direct) {
                 for (int row = 0; row < rows; ++row)
@@ -229,7 +271,7 @@ IoStatus TiffReader::readContiguous(const TiffPageInfo& info, QImage& image, int
         for (uint32_t y = 0; y < uint32_t(info.height); y += tileHeight) {
             const int rows = int(std::min<qint64>(tileHeight, info.height - qint64(y)));
             for (uint32_t x = 0; x < uint32_t(info.width); x += tileWidth) {
-                if (TIFFReadTile(tif, buffer.data(), x, y, 0, 0) < 0)
+                if (TIFFReadTile(tif, buffer.data(), x, y, 0, 0) < 0 || hasErrors())
                     return failed();
                 const qsizetype offset = qsizetype(x) * bitsPerPixel / 8;
                 const size_t bytes = size_t(std::min<qsizetype>(tileRowBytes, rowBytes - offset));
@@ -247,7 +289,7 @@ IoResult<QImage> TiffReader::readRgba(const TiffPageInfo& info)
     TIFF* tif = handle_.get();
     char why[1024] = {};
     if (!TIFFRGBAImageOK(tif, why))
-        return Failure(QString::fromLocal8Bit(why).trimmed());
+        return Failure(QStringLiteral("this kind of page is not supported (%1)").arg(QString::fromLocal8Bit(why).trimmed()));
     // libtiff's raster is one 32-bit word per pixel, R in the lowest byte, alpha premultiplied.
     QImage raster(info.width, info.height, QImage::Format_RGBA8888_Premultiplied);
     if (raster.isNull())
@@ -255,7 +297,7 @@ IoResult<QImage> TiffReader::readRgba(const TiffPageInfo& info)
     static_assert(sizeof(uint32_t) == 4);
     if (TIFFReadRGBAImageOriented(tif, uint32_t(info.width), uint32_t(info.height), reinterpret_cast<uint32_t*>(raster.bits()),
                                   ORIENTATION_TOPLEFT, 1) != 1)
-        return Failure(handle_.takeErrors(QStringLiteral("the picture data is damaged")));
+        return Failure(QStringLiteral("the page is damaged (%1)").arg(handle_.takeErrors(QStringLiteral("its data can't be decoded"))));
     handle_.takeErrors();
 
     uint16_t extraCount = 0;

@@ -25,6 +25,11 @@ struct TiffPageInfo {
     bool isBlackAndWhite() const { return bitsPerSample == 1 && samplesPerPixel == 1; }
 };
 
+// What the first bytes of a file say: not a TIFF, a TIFF without any page
+// (its first directory offset is 0), or a TIFF with pages.
+enum class TiffHead { NotTiff, NoPages, Pages };
+TiffHead TiffSignature(const QByteArray& head);
+
 // Reads the pages of a multi-page TIFF: black and white, grey or colour, in
 // strips or tiles, in any encoding libtiff decodes. Pages count from 0.
 class TiffReader {
