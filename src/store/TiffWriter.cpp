@@ -7,8 +7,12 @@
 #include "store/TiffPageCopy.h"
 #include "store/TiffReader.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 #include <tiffio.h>
 
+#include <cerrno>
 #include <cstring>
 #include <vector>
 
@@ -31,9 +35,15 @@ struct TiffWriter::Private {
     bool finished = false;
     std::vector<uint8_t> rows;  // packed scanlines of the page being written
 
-    IoError fail(const QString& why)
+    // Gives up the file at once: the work file goes, the target stays as it was.
+    // systemError is the errno of a failed write (a full disk says so).
+    IoError fail(const QString& why, int systemError = 0)
     {
         failure = QStringLiteral("Can't write \"%1\": %2").arg(file.target(), why);
+        if (systemError != 0)
+            failure += QStringLiteral(" (%1)").arg(qt_error_string(systemError));
+        static_cast<void>(handle.close());
+        file.discard();
         return IoError{failure};
     }
 };
@@ -97,6 +107,11 @@ IoResult<TiffWriter> TiffWriter::append(const QString& target, const std::option
 
 IoResult<TiffWriter> TiffWriter::start(const QString& target, bool append, const std::optional<ReportTags>& tags)
 {
+    if (append && QFileInfo::exists(target)) {
+        QFile existing(target);
+        if (existing.open(QIODevice::ReadOnly) && TiffSignature(existing.read(16)) != TiffHead::Pages)
+            return Failure(QStringLiteral("Can't add pages to \"%1\": it is not a TIFF file with pages.").arg(target));
+    }
     auto file = FileReplacement::begin(target, append);
     if (!file)
         return file.failure();
@@ -168,8 +183,11 @@ IoStatus TiffWriter::addPage(const QImage& page, Dpi dpi)
             std::memcpy(d->rows.data() + rowBytes * size_t(row), mono.constScanLine(row), rowBytes);
         data = d->rows.data();
     }
-    if (TIFFWriteEncodedStrip(tif, 0, const_cast<uint8_t*>(data), tmsize_t(total)) < 0)
-        return d->fail(d->handle.takeErrors(QStringLiteral("the page could not be written")));
+    errno = 0;
+    if (TIFFWriteEncodedStrip(tif, 0, const_cast<uint8_t*>(data), tmsize_t(total)) < 0) {
+        const int error = errno;
+        return d->fail(d->handle.takeErrors(QStringLiteral("the page could not be written")), error);
+    }
     return finishPage();
 }
 
@@ -190,12 +208,14 @@ IoStatus TiffWriter::addPageFrom(TiffReader& source, int page)
     TIFF* tif = d->handle.get();
     if (d->tags && d->added == 0)
         setReportTags(tif, *d->tags);
+    errno = 0;
     if (auto copied = CopyRawPage(*selected, tif); !copied) {
+        const int error = errno;
         const QString readErrors = source.takeErrors();
         if (!readErrors.isEmpty()) {
             return d->fail(QStringLiteral("page %1 of \"%2\" could not be read: %3").arg(page + 1).arg(source.path(), readErrors));
         }
-        return d->fail(d->handle.takeErrors(copied.error()));
+        return d->fail(d->handle.takeErrors(copied.error()), error);
     }
     if (auto finished = finishPage(); !finished)
         return finished;
@@ -205,8 +225,11 @@ IoStatus TiffWriter::addPageFrom(TiffReader& source, int page)
 
 IoStatus TiffWriter::finishPage()
 {
-    if (TIFFWriteDirectory(d->handle.get()) != 1)
-        return d->fail(d->handle.takeErrors(QStringLiteral("the page could not be written")));
+    errno = 0;
+    if (TIFFWriteDirectory(d->handle.get()) != 1) {
+        const int error = errno;
+        return d->fail(d->handle.takeErrors(QStringLiteral("the page could not be written")), error);
+    }
     ++d->added;
     return {};
 }
@@ -223,9 +246,10 @@ IoStatus TiffWriter::commit()
             return Failure(QStringLiteral("No pages to write to \"%1\".").arg(d->file.target()));
         return {};
     }
+    errno = 0;
     if (auto closed = d->handle.close(); !closed) {
-        d->file.discard();
-        return d->fail(closed.error());
+        const int error = errno;
+        return d->fail(closed.error(), error);
     }
     if (auto moved = d->file.commit(); !moved)
         return moved;
