@@ -187,14 +187,15 @@ IoResult<QImage> ImageInput::Private::readPicture()
     reader.setAllocationLimit(int((kMaxPageBytes >> 20) + 16));
     QImage image = reader.read();
     if (image.isNull())
-        return Failure(QStringLiteral("Can't read \"%1\": %2").arg(path, reader.errorString()));
+        return Failure(QStringLiteral("Can't read \"%1\": the file is damaged (%2).").arg(path, reader.errorString()));
     if (auto fits = CheckPageSize(image.width(), image.height(), image.depth(), what); !fits)
         return fits.failure();
     image = FlattenOnWhite(image);
-    // A file without a resolution reads as Qt's screen default (96 dpi);
-    // a scanned page without one is assumed to be at the usual scan resolution.
-    const Dpi dpi = DpiOf(image);
-    if (std::abs(dpi.x - 96) < 0.5 && std::abs(dpi.y - 96) < 0.5)
+    // A file without a resolution comes with the one every new QImage has
+    // (the screen's); a scanned page without one is taken to be at the
+    // usual scan resolution instead.
+    const QImage fresh(1, 1, QImage::Format_Mono);
+    if (image.dotsPerMeterX() == fresh.dotsPerMeterX() && image.dotsPerMeterY() == fresh.dotsPerMeterY())
         SetDpi(image, Dpi{kDefaultDpi, kDefaultDpi});
     return image;
 }
