@@ -207,9 +207,11 @@ IoResult<QImage> TiffReader::readPage(int page)
 
     QImage image;
     if (bitonal || grey8) {
-        image = bitonal ? NewMonoPage(info.width, info.height) : QImage(info.width, info.height, QImage::Format_Grayscale8);
+        image = QImage(info.width, info.height, bitonal ? QImage::Format_Mono : QImage::Format_Grayscale8);
         if (image.isNull())
             return Failure(QStringLiteral("There is not enough memory to read %1.").arg(what));
+        if (bitonal)
+            image.setColorTable(MonoColorTable());
         if (auto read = readContiguous(info, image, bitsInMemory); !read)
             return Failure(QStringLiteral("Can't read %1: %2.").arg(what, read.error()));
         // One bit is black in memory, and dark is low in grey: flip what the file holds the other way round.
@@ -241,21 +243,22 @@ IoStatus TiffReader::readContiguous(const TiffPageInfo& info, QImage& image, int
             rowsPerStrip = uint32_t(info.height);
         if (TIFFScanlineSize(tif) != rowBytes)
             return Failure(QStringLiteral("the picture data has an unexpected layout"));
-        const bool direct = image.bytesPerLine() == rowBytes;
-        std::vector<uint8_t> buffer(direct ? 0 : size_t(rowBytes) * rowsPerStrip);
         const uint32_t strips = TIFFNumberOfStrips(tif);
-        for (uint32_t strip = 0; strip < strips; ++strip) {
-            const qint64 firstRow = qint64(strip) * rowsPerStrip;
-            if (firstRow >= info.height)
-                break;
-            const int rows = int(std::min<qint64>(rowsPerStrip, info.height - firstRow));
-            uint8_t* target = direct ? image.scanLine(int(firstRow)) : buffer.data();
-            // Decoders report damage and go on with filler: damage fails the page all the same.
-            if (TIFFReadEncodedStrip(tif, strip, target, tmsize_t(rows) * rowBytes) < 0 || hasErrors())
-                return failed();
-            if (!direct) {
-                for (int row = 0; row < rows; ++row)
-                    std::memcpy(image.scanLine(int(firstRow) + row), buffer.data() + size_t(row) * rowBytes, size_t(rowBytes));
+        if (image.bytesPerLine() == rowBytes) {
+            // Rows without padding: whole strips decode straight into the image.
+            for (uint32_t strip = 0; strip < strips; ++strip) {
+                const qint64 firstRow = qint64(strip) * rowsPerStrip;
+                if (firstRow >= info.height)
+                    break;
+                const int rows = int(std::min<qint64>(rowsPerStrip, info.height - firstRow));
+                // Decoders report damage and go on with filler: damage fails the page all the same.
+                if (TIFFReadEncodedStrip(tif, strip, image.scanLine(int(firstRow)), tmsize_t(rows) * rowBytes) < 0 || hasErrors())
+                    return failed();
+            }
+        } else {
+            for (int row = 0; row < info.height; ++row) {
+                if (TIFFReadScanline(tif, image.scanLine(row), uint32_t(row), 0) < 0 || hasErrors())
+                    return failed();
             }
         }
     } else {
