@@ -104,6 +104,7 @@ PixPtr PixFromImage(const QImage& image)
 
 QImage ImageFromPix(Pix* source)
 {
+    QuietLeptonica();
     if (!source)
         return {};
     PixPtr converted;

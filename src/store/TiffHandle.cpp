@@ -20,6 +20,8 @@ namespace {
 // damaged file that claims a giant strip fails cleanly instead.
 constexpr tmsize_t kMaxSingleAllocation = tmsize_t(1) << 30;
 
+// libtiff keeps one chain of tag extenders for the process; ours is put in
+// front once, and whatever was there before still runs after it.
 TIFFExtendProc previousExtender = nullptr;
 
 // The report tags as ASCII fields of any length; the names are those the
