@@ -1,0 +1,180 @@
+#include "store/FileReplacement.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+namespace tarlox {
+
+namespace {
+
+QString systemError(int error)
+{
+    return qt_error_string(error);
+}
+
+// Writes all of size bytes or fails with errno set.
+bool writeAll(int fd, const char* data, ssize_t size)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(fd, data, size_t(size));
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        data += written;
+        size -= written;
+    }
+    return true;
+}
+
+// Copies the content and the permission bits of source into the open file fd.
+IoStatus copyInto(const QString& source, int fd)
+{
+    const int in = ::open(QFile::encodeName(source).constData(), O_RDONLY | O_CLOEXEC);
+    if (in < 0)
+        return Failure(QStringLiteral("Can't read \"%1\": %2").arg(source, systemError(errno)));
+    struct stat info {};
+    if (::fstat(in, &info) == 0)
+        ::fchmod(fd, info.st_mode & 07777);
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const ssize_t got = ::read(in, buffer.data(), buffer.size());
+        if (got == 0)
+            break;
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            const int error = errno;
+            ::close(in);
+            return Failure(QStringLiteral("Can't read \"%1\": %2").arg(source, systemError(error)));
+        }
+        if (!writeAll(fd, buffer.data(), got)) {
+            const int error = errno;
+            ::close(in);
+            return Failure(QStringLiteral("Can't copy \"%1\": %2").arg(source, systemError(error)));
+        }
+    }
+    ::close(in);
+    return {};
+}
+
+void syncDirectory(const QString& directory)
+{
+    const int fd = ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
+}  // namespace
+
+FileReplacement::FileReplacement(QString target, QString work, bool replacesExisting)
+    : target_(std::move(target)), work_(std::move(work)), replacesExisting_(replacesExisting)
+{
+}
+
+FileReplacement::FileReplacement(FileReplacement&& other) noexcept
+    : target_(std::move(other.target_)), work_(std::move(other.work_)), replacesExisting_(other.replacesExisting_),
+      done_(std::exchange(other.done_, true))
+{
+}
+
+FileReplacement& FileReplacement::operator=(FileReplacement&& other) noexcept
+{
+    if (this != &other) {
+        discard();
+        target_ = std::move(other.target_);
+        work_ = std::move(other.work_);
+        replacesExisting_ = other.replacesExisting_;
+        done_ = std::exchange(other.done_, true);
+    }
+    return *this;
+}
+
+FileReplacement::~FileReplacement()
+{
+    discard();
+}
+
+IoResult<FileReplacement> FileReplacement::begin(const QString& target, bool keepContent)
+{
+    const QFileInfo info(target);
+    const QString directory = info.absolutePath();
+    if (info.fileName().isEmpty())
+        return Failure(QStringLiteral("\"%1\" is not a file name.").arg(target));
+    if (!QFileInfo(directory).isDir())
+        return Failure(QStringLiteral("Can't write \"%1\": the directory \"%2\" does not exist.").arg(target, directory));
+    if (info.exists() && !info.isFile())
+        return Failure(QStringLiteral("Can't write \"%1\": it is not a file.").arg(target));
+    const bool exists = info.exists();
+
+    // Hidden, and ending in neither ".TIF" nor ".tif", so no search for image files finds it.
+    QString work;
+    int fd = -1;
+    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+        work = directory + QStringLiteral("/.") + info.fileName() + QLatin1Char('.')
+               + QString::number(QRandomGenerator::global()->generate(), 36) + QStringLiteral(".part");
+        fd = ::open(QFile::encodeName(work).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST)
+            return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(directory, systemError(errno)));
+    }
+    if (fd < 0)
+        return Failure(QStringLiteral("Can't write in \"%1\": no free work file name").arg(directory));
+
+    FileReplacement replacement(target, work, exists);
+    if (keepContent && exists) {
+        const IoStatus copied = copyInto(target, fd);
+        if (!copied) {
+            ::close(fd);
+            return copied.failure();
+        }
+    }
+    if (::close(fd) != 0)
+        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(directory, systemError(errno)));
+    return replacement;
+}
+
+IoStatus FileReplacement::commit()
+{
+    if (done_)
+        return Failure(QStringLiteral("\"%1\" was already written.").arg(target_));
+    const QByteArray work = QFile::encodeName(work_);
+    const int fd = ::open(work.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 || ::fsync(fd) != 0) {
+        const int error = errno;
+        if (fd >= 0)
+            ::close(fd);
+        discard();
+        return Failure(QStringLiteral("Can't write \"%1\": %2").arg(target_, systemError(error)));
+    }
+    ::close(fd);
+    if (::rename(work.constData(), QFile::encodeName(target_).constData()) != 0) {
+        const int error = errno;
+        discard();
+        return Failure(QStringLiteral("Can't write \"%1\": %2").arg(target_, systemError(error)));
+    }
+    done_ = true;
+    syncDirectory(QFileInfo(target_).absolutePath());
+    return {};
+}
+
+void FileReplacement::discard()
+{
+    if (done_)
+        return;
+    done_ = true;
+    if (!work_.isEmpty())
+        ::unlink(QFile::encodeName(work_).constData());
+}
+
+}  // namespace tarlox

@@ -1,0 +1,284 @@
+#include "store/ImageInput.h"
+#include "store/PageProcessing.h"
+#include "store/TiffWriter.h"
+#include "TestPages.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+class ImageInputs : public ::testing::Test {
+protected:
+    QString path(const QString& name) const { return dir.filePath(name); }
+    void write(const QString& name, const QByteArray& bytes) const
+    {
+        QFile out(path(name));
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(bytes);
+    }
+
+    QTemporaryDir dir;
+};
+
+// A PDF of letter pages, each with one black rectangle (x, y, width, height
+// in points from the lower left corner).
+QByteArray LetterPdf(const QList<QRectF>& boxes)
+{
+    QByteArray pdf("%PDF-1.4\n");
+    QList<qsizetype> offsets;
+    const auto object = [&](const QByteArray& body) {
+        offsets.append(pdf.size());
+        pdf += QByteArray::number(offsets.size()) + " 0 obj\n" + body + "\nendobj\n";
+    };
+    QByteArray kids;
+    for (qsizetype i = 0; i < boxes.size(); ++i)
+        kids += QByteArray::number(3 + 2 * i) + " 0 R ";
+    object("<< /Type /Catalog /Pages 2 0 R >>");
+    object("<< /Type /Pages /Kids [" + kids + "] /Count " + QByteArray::number(boxes.size()) + " >>");
+    for (qsizetype i = 0; i < boxes.size(); ++i) {
+        const QRectF& b = boxes[i];
+        const QByteArray content = "0 0 0 rg " + QByteArray::number(b.x()) + ' ' + QByteArray::number(b.y()) + ' '
+                                   + QByteArray::number(b.width()) + ' ' + QByteArray::number(b.height()) + " re f\n";
+        object("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents " + QByteArray::number(4 + 2 * i) + " 0 R >>");
+        object("<< /Length " + QByteArray::number(content.size()) + " >>\nstream\n" + content + "endstream");
+    }
+    const qsizetype xref = pdf.size();
+    pdf += "xref\n0 " + QByteArray::number(offsets.size() + 1) + "\n0000000000 65535 f \n";
+    for (qsizetype offset : offsets)
+        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    pdf += "trailer\n<< /Size " + QByteArray::number(offsets.size() + 1) + " /Root 1 0 R >>\nstartxref\n"
+           + QByteArray::number(xref) + "\n%%EOF\n";
+    return pdf;
+}
+
+quint32 Crc32(const QByteArray& bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char c : bytes) {
+        crc ^= uchar(c);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+// The start of a PNG that claims to be width x height in colour.
+QByteArray PngHeader(quint32 width, quint32 height)
+{
+    const auto chunk = [](const QByteArray& type, const QByteArray& data) -> QByteArray {
+        QByteArray out(4, '\0');
+        qToBigEndian(quint32(data.size()), out.data());
+        QByteArray crc(4, '\0');
+        qToBigEndian(Crc32(type + data), crc.data());
+        return out + type + data + crc;
+    };
+    QByteArray ihdr(13, '\0');
+    qToBigEndian(width, ihdr.data());
+    qToBigEndian(height, ihdr.data() + 4);
+    ihdr[8] = 8;  // bits per sample
+    ihdr[9] = 2;  // RGB
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", QByteArray(16, '\0'))
+           + chunk("IEND", QByteArray());
+}
+
+// A GIF of two colours (Qt writes no GIF): index 1 where ink says so. The
+// LZW stream restarts every two pixels, so every code stays 3 bits wide.
+QByteArray TwoColourGif(const QImage& ink, QRgb paper, QRgb inkColour)
+{
+    QByteArray gif("GIF89a");
+    const auto word = [&](int value) {
+        gif += char(value & 0xFF);
+        gif += char(value >> 8);
+    };
+    word(ink.width());
+    word(ink.height());
+    gif += char(0x91);  // global colour table of 4 entries
+    gif += '\0';
+    gif += '\0';
+    for (QRgb colour : {paper, inkColour, paper, paper}) {
+        gif += char(qRed(colour));
+        gif += char(qGreen(colour));
+        gif += char(qBlue(colour));
+    }
+    gif += ',';
+    word(0);
+    word(0);
+    word(ink.width());
+    word(ink.height());
+    gif += '\0';
+    gif += char(2);  // minimum code size
+    QByteArray data;
+    quint32 bits = 0;
+    int count = 0;
+    const auto code = [&](quint32 value) {
+        bits |= value << count;
+        count += 3;
+        while (count >= 8) {
+            data += char(bits & 0xFF);
+            bits >>= 8;
+            count -= 8;
+        }
+    };
+    int inRun = 0;
+    for (int y = 0; y < ink.height(); ++y)
+        for (int x = 0; x < ink.width(); ++x) {
+            if (inRun++ % 2 == 0)
+                code(4);  // clear
+            code(IsBlackAt(ink, x, y) ? 1 : 0);
+        }
+    code(5);  // end
+    if (count > 0)
+        data += char(bits & 0xFF);
+    for (qsizetype at = 0; at < data.size(); at += 255) {
+        const QByteArray block = data.mid(at, 255);
+        gif += char(block.size());
+        gif += block;
+    }
+    gif += '\0';
+    gif += ';';
+    return gif;
+}
+
+}  // namespace
+
+TEST_F(ImageInputs, PictureFilesAreOnePageWithTheirResolution)
+{
+    QImage colour(120, 80, QImage::Format_RGB32);
+    colour.fill(qRgb(250, 245, 200));
+    for (int y = 20; y < 40; ++y)
+        for (int x = 30; x < 90; ++x)
+            colour.setPixel(x, y, qRgb(20, 20, 90));
+    SetDpi(colour, Dpi{300, 300});
+    ASSERT_TRUE(colour.save(path("scan.png")));
+    ASSERT_TRUE(colour.convertToFormat(QImage::Format_Grayscale8).save(path("scan.jpg"), "JPEG", 95));
+    ASSERT_TRUE(colour.save(path("scan.bmp")));
+    QImage inkMask = NewMonoPage(120, 80);
+    FillBlack(inkMask, 30, 20, 60, 20);
+    write(QStringLiteral("scan.gif"), TwoColourGif(inkMask, qRgb(250, 245, 200), qRgb(20, 20, 90)));
+    ASSERT_TRUE(colour.save(path("png-named.tif"), "PNG"));  // told by content, not by name
+    QImage mono = TextPage(64, 48, 5, 300);
+    ASSERT_TRUE(mono.save(path("mono.png")));
+
+    for (const char* name : {"scan.png", "scan.jpg", "scan.bmp", "scan.gif", "png-named.tif", "mono.png"}) {
+        auto input = ImageInput::open(path(QString::fromLatin1(name)));
+        ASSERT_TRUE(input.ok()) << name << input.error().toStdString();
+        EXPECT_EQ(input->kind(), ImageInput::Kind::Picture);
+        ASSERT_EQ(input->pageCount(), 1);
+        auto page = input->page(0);
+        ASSERT_TRUE(page.ok()) << name << page.error().toStdString();
+        const bool isMono = std::string(name) == "mono.png";
+        EXPECT_EQ(page->size(), isMono ? QSize(64, 48) : QSize(120, 80)) << name;
+        // GIF records no resolution: the scan default stands in.
+        EXPECT_EQ(DpiOf(*page).x, std::string(name) == "scan.gif" ? kDefaultDpi : 300.0) << name;
+        auto reduced = ReduceToBlackAndWhite(*page);
+        ASSERT_TRUE(reduced.ok());
+        if (isMono) {
+            EXPECT_TRUE(SamePixels(*reduced, mono));
+        } else {
+            EXPECT_TRUE(IsBlackAt(*reduced, 60, 30)) << name;
+            EXPECT_FALSE(IsBlackAt(*reduced, 60, 60)) << name;
+        }
+        EXPECT_FALSE(input->page(1).ok());
+    }
+}
+
+TEST_F(ImageInputs, TiffAndPdfGiveAllTheirPages)
+{
+    ASSERT_TRUE(WriteTiff(path("three.tif"), {TextPage(200, 100, 1), TextPage(200, 100, 2), TextPage(200, 100, 3)}).ok());
+    auto tiff = ImageInput::open(path("three.tif"));
+    ASSERT_TRUE(tiff.ok());
+    EXPECT_EQ(tiff->kind(), ImageInput::Kind::Tiff);
+    ASSERT_EQ(tiff->pageCount(), 3);
+    EXPECT_TRUE(SamePixels(*tiff->page(2), TextPage(200, 100, 3)));
+
+    write(QStringLiteral("two.pdf"), LetterPdf({QRectF(72, 648, 144, 72), QRectF(360, 72, 144, 72)}));
+    auto pdf = ImageInput::open(path("two.pdf"), 100);
+    ASSERT_TRUE(pdf.ok()) << pdf.error().toStdString();
+    EXPECT_EQ(pdf->kind(), ImageInput::Kind::Pdf);
+    ASSERT_EQ(pdf->pageCount(), 2);
+    auto first = pdf->page(0);
+    auto second = pdf->page(1);
+    ASSERT_TRUE(first.ok() && second.ok());
+    EXPECT_EQ(first->size(), QSize(850, 1100));
+    EXPECT_EQ(DpiOf(*first), (Dpi{100, 100}));
+    // Rectangles at 1 to 3 inches across and 1 to 2 down; then 5 to 7 across, 9 to 10 down.
+    EXPECT_TRUE(IsBlackAt(*first, 200, 150));
+    EXPECT_FALSE(IsBlackAt(*first, 600, 950));
+    EXPECT_TRUE(IsBlackAt(*second, 600, 950));
+    EXPECT_FALSE(IsBlackAt(*second, 200, 150));
+
+    auto defaultDpi = ImageInput::open(path("two.pdf"));
+    ASSERT_TRUE(defaultDpi.ok());
+    EXPECT_EQ(defaultDpi->page(0)->size(), QSize(1700, 2200));
+}
+
+TEST_F(ImageInputs, UnreadableEmptyAndAbsurdFilesGiveClearMessages)
+{
+    write(QStringLiteral("notes.txt"), "Heat 12345, part 678\n");
+    write(QStringLiteral("empty.png"), QByteArray());
+    write(QStringLiteral("broken.pdf"), "%PDF-1.4\nthis is not the rest of a PDF file\n");
+    write(QStringLiteral("nopages.pdf"), LetterPdf({}));
+    write(QStringLiteral("header.tif"), QByteArray("MM\0*\0\0\0\0", 8));
+    QImage small(50, 40, QImage::Format_RGB32);
+    small.fill(Qt::gray);
+    ASSERT_TRUE(small.save(path("whole.png")));
+    QFile whole(path("whole.png"));
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    write(QStringLiteral("cut.png"), whole.readAll().left(60));
+    write(QStringLiteral("huge.png"), PngHeader(20000, 20000));
+
+    struct Case {
+        const char* name;
+        const char* says;
+    };
+    for (const Case& c : {Case{"missing.png", "does not exist"}, Case{"notes.txt", "not a picture file"},
+                          Case{"empty.png", "is empty"}, Case{"broken.pdf", "not a readable PDF"},
+                          Case{"nopages.pdf", "has no pages"}, Case{"header.tif", "has no pages"}}) {
+        auto input = ImageInput::open(path(QString::fromLatin1(c.name)));
+        ASSERT_FALSE(input.ok()) << c.name;
+        EXPECT_TRUE(input.error().contains(QString::fromLatin1(c.says))) << c.name << ": " << input.error().toStdString();
+        EXPECT_TRUE(input.error().contains(QString::fromLatin1(c.name))) << input.error().toStdString();
+    }
+
+    // These open, but their page can't be had.
+    auto cut = ImageInput::open(path("cut.png"));
+    ASSERT_TRUE(cut.ok());
+    auto cutPage = cut->page(0);
+    ASSERT_FALSE(cutPage.ok());
+    EXPECT_TRUE(cutPage.error().contains(QStringLiteral("cut.png"))) << cutPage.error().toStdString();
+
+    auto huge = ImageInput::open(path("huge.png"));
+    ASSERT_TRUE(huge.ok());
+    auto hugePage = huge->page(0);
+    ASSERT_FALSE(hugePage.ok());
+    EXPECT_TRUE(hugePage.error().contains(QStringLiteral("too large"))) << hugePage.error().toStdString();
+
+    // A PDF page of 100 x 100 inches at 200 dpi is refused before rendering.
+    QByteArray poster = LetterPdf({QRectF(0, 0, 10, 10)});
+    poster.replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]");
+    write(QStringLiteral("poster.pdf"), poster);
+    auto posterInput = ImageInput::open(path("poster.pdf"));
+    ASSERT_TRUE(posterInput.ok()) << posterInput.error().toStdString();
+    auto posterPage = posterInput->page(0);
+    ASSERT_FALSE(posterPage.ok());
+    EXPECT_TRUE(posterPage.error().contains(QStringLiteral("too large"))) << posterPage.error().toStdString();
+
+    // 1 x 1 is small, not wrong.
+    QImage dot(1, 1, QImage::Format_RGB32);
+    dot.fill(Qt::black);
+    ASSERT_TRUE(dot.save(path("dot.png")));
+    auto dotInput = ImageInput::open(path("dot.png"));
+    ASSERT_TRUE(dotInput.ok());
+    auto dotPage = dotInput->page(0);
+    ASSERT_TRUE(dotPage.ok());
+    auto dotMono = ReduceToBlackAndWhite(*dotPage);
+    ASSERT_TRUE(dotMono.ok());
+    ASSERT_TRUE(WriteTiff(path("dot.tif"), {*dotMono}).ok());
+}

@@ -1,0 +1,201 @@
+#include "store/LeptonicaImage.h"
+#include "store/PageProcessing.h"
+#include "TestPages.h"
+
+#include <QPainter>
+#include <QTransform>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A scanned-looking grey page drawn from a black-and-white truth page: the
+// paper darkens from 235 on the left to 110 on the right, a round shadow
+// darkens it by 50 more, text is near black, and every fifth line is faint
+// (60 % of the paper under it). The faint text on the left (about 140) is
+// lighter than the paper on the right: no fixed level can separate them.
+QImage ScannedGrey(const QImage& truth, QRect solidBox)
+{
+    QImage grey(truth.size(), QImage::Format_Grayscale8);
+    QRandomGenerator noise(7);
+    const int lineHeight = std::max(1, truth.width() / 170) * 16;
+    for (int y = 0; y < truth.height(); ++y) {
+        uchar* row = grey.scanLine(y);
+        const bool faint = (y / lineHeight) % 5 == 4;
+        for (int x = 0; x < truth.width(); ++x) {
+            double paper = 235.0 - 125.0 * x / truth.width();
+            const double dx = x - truth.width() * 0.7;
+            const double dy = y - truth.height() * 0.35;
+            if (dx * dx + dy * dy < std::pow(truth.width() * 0.15, 2))
+                paper -= 50;
+            const int jitter = int(noise.bounded(9)) - 4;
+            int value = int(paper) + jitter;
+            if (truth.pixelIndex(x, y) == 1)
+                value = faint ? int(paper * 0.6) : 40 + jitter;
+            if (solidBox.contains(x, y))
+                value = 35 + jitter;
+            row[x] = uchar(std::clamp(value, 0, 255));
+        }
+    }
+    SetDpi(grey, DpiOf(truth));
+    return grey;
+}
+
+struct Score {
+    double textBlack = 0;       // share of text pixels that came out black
+    double paperWhite = 0;      // share of paper pixels that came out white
+};
+
+Score Compare(const QImage& result, const QImage& truth, QRect solidBox)
+{
+    qint64 text = 0, textHit = 0, paper = 0, paperHit = 0;
+    for (int y = 0; y < truth.height(); ++y)
+        for (int x = 0; x < truth.width(); ++x) {
+            const bool black = IsBlackAt(result, x, y);
+            if (truth.pixelIndex(x, y) == 1 || solidBox.contains(x, y)) {
+                ++text;
+                textHit += black;
+            } else {
+                ++paper;
+                paperHit += !black;
+            }
+        }
+    return Score{double(textHit) / double(text), double(paperHit) / double(paper)};
+}
+
+QImage Rotated(const QImage& page, double degrees)
+{
+    QImage argb = page.convertToFormat(QImage::Format_ARGB32);
+    QImage turned = FlattenOnWhite(argb.transformed(QTransform().rotate(degrees), Qt::SmoothTransformation));
+    SetDpi(turned, DpiOf(page));
+    return *ReduceToBlackAndWhite(turned);
+}
+
+}  // namespace
+
+TEST(PageProcessing, BinarizationKeepsTextBlackAndUnevenPaperWhite)
+{
+    const QImage truth = TextPage(1275, 1650, 11, 150);
+    const QRect box(100, 1500, 300, 80);  // a solid dark area must stay solid
+    const QImage grey = ScannedGrey(truth, box);
+
+    auto result = ReduceToBlackAndWhite(grey);
+    ASSERT_TRUE(result.ok()) << result.error().toStdString();
+    EXPECT_EQ(result->format(), QImage::Format_Mono);
+    EXPECT_EQ(result->colorTable(), MonoColorTable());
+    EXPECT_EQ(DpiOf(*result), (Dpi{150, 150}));
+    const Score score = Compare(*result, truth, box);
+    EXPECT_GT(score.textBlack, 0.99);
+    EXPECT_GT(score.paperWhite, 0.999);
+
+    // The same page in colour: bluish ink on yellowish, unevenly lit paper.
+    QImage colour(grey.size(), QImage::Format_RGB32);
+    for (int y = 0; y < grey.height(); ++y)
+        for (int x = 0; x < grey.width(); ++x) {
+            const int v = grey.constScanLine(y)[x];
+            const bool ink = truth.pixelIndex(x, y) == 1 || box.contains(x, y);
+            colour.setPixel(x, y, ink ? qRgb(v / 2, v / 2, std::min(255, v + 40)) : qRgb(v, v, std::max(0, v - 40)));
+        }
+    SetDpi(colour, Dpi{150, 150});
+    auto fromColour = ReduceToBlackAndWhite(colour);
+    ASSERT_TRUE(fromColour.ok());
+    const Score colourScore = Compare(*fromColour, truth, box);
+    EXPECT_GT(colourScore.textBlack, 0.98);
+    EXPECT_GT(colourScore.paperWhite, 0.999);
+}
+
+TEST(PageProcessing, DeskewStraightensATurnedPage)
+{
+    const QImage page = TextPage(1275, 1650, 12, 150);
+    for (double turn : {3.0, -2.0}) {
+        const QImage turned = Rotated(page, turn);
+        auto before = FindSkew(turned);
+        ASSERT_TRUE(before.ok());
+        EXPECT_NEAR(std::abs(before->angle), std::abs(turn), 0.3) << turn;
+        EXPECT_GT(before->confidence, 2.0);
+
+        Skew found;
+        auto straight = DeskewPage(turned, &found);
+        ASSERT_TRUE(straight.ok()) << straight.error().toStdString();
+        EXPECT_EQ(straight->format(), QImage::Format_Mono);
+        EXPECT_EQ(straight->size(), turned.size());
+        EXPECT_EQ(DpiOf(*straight), (Dpi{150, 150}));
+        EXPECT_NEAR(found.angle, before->angle, 0.01);
+        auto after = FindSkew(*straight);
+        ASSERT_TRUE(after.ok());
+        EXPECT_LT(std::abs(after->angle), 0.3) << turn;
+    }
+    // The sign: a page turned clockwise on the screen needs a counter-clockwise turn back.
+    EXPECT_LT(FindSkew(Rotated(page, 3.0))->angle, 0);
+
+    // A page without text comes back as it was.
+    const QImage blank = NewMonoPage(400, 300);
+    Skew none{1, 1};
+    auto same = DeskewPage(blank, &none);
+    ASSERT_TRUE(same.ok());
+    EXPECT_TRUE(SamePixels(*same, blank));
+    EXPECT_EQ(none.angle, 0);
+}
+
+TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
+{
+    QImage mono = TextPage(37, 23, 3, 300);  // odd width: padding bits matter
+    mono.setPixel(36, 22, 1);
+    const PixPtr pix = PixFromImage(mono);
+    ASSERT_TRUE(pix);
+    const QImage back = ImageFromPix(pix.get());
+    EXPECT_EQ(back.format(), QImage::Format_Mono);
+    EXPECT_TRUE(SamePixels(back, mono));
+    EXPECT_EQ(DpiOf(back), (Dpi{300, 300}));
+
+    QImage grey(13, 5, QImage::Format_Grayscale8);
+    QImage rgb(13, 5, QImage::Format_RGB32);
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 13; ++x) {
+            grey.scanLine(y)[x] = uchar(x * 19 + y);
+            rgb.setPixel(x, y, qRgb(x * 19, y * 50, 255 - x));
+        }
+    EXPECT_EQ(ImageFromPix(PixFromImage(grey).get()), grey);
+    EXPECT_EQ(ImageFromPix(PixFromImage(rgb).get()), rgb);
+}
+
+TEST(PageProcessing, InvertScaleAndTinyPages)
+{
+    QImage page = NewMonoPage(64, 40);
+    FillBlack(page, 0, 0, 32, 40);
+    SetDpi(page, Dpi{200, 200});
+    const QImage inverted = InvertPage(page);
+    EXPECT_FALSE(IsBlackAt(inverted, 10, 10));
+    EXPECT_TRUE(IsBlackAt(inverted, 50, 10));
+    EXPECT_TRUE(SamePixels(InvertPage(inverted), page));
+
+    auto half = ScalePage(page, 32, 20);
+    ASSERT_TRUE(half.ok());
+    EXPECT_EQ(half->size(), QSize(32, 20));
+    EXPECT_TRUE(IsBlackAndWhite(*half));
+    EXPECT_TRUE(IsBlackAt(*half, 5, 5));
+    EXPECT_FALSE(IsBlackAt(*half, 25, 5));
+    EXPECT_EQ(DpiOf(*half), (Dpi{100, 100}));
+    EXPECT_FALSE(ScalePage(page, 0, 10).ok());
+
+    // 1 x 1 pages go through every step without failing.
+    QImage dark(1, 1, QImage::Format_Grayscale8);
+    dark.fill(20);
+    QImage light(1, 1, QImage::Format_RGB32);
+    light.fill(qRgb(250, 250, 240));
+    auto darkMono = ReduceToBlackAndWhite(dark);
+    auto lightMono = ReduceToBlackAndWhite(light);
+    ASSERT_TRUE(darkMono.ok() && lightMono.ok());
+    EXPECT_TRUE(IsBlackAt(*darkMono, 0, 0));
+    EXPECT_FALSE(IsBlackAt(*lightMono, 0, 0));
+    auto straight = DeskewPage(*darkMono);
+    ASSERT_TRUE(straight.ok());
+    EXPECT_TRUE(IsBlackAt(*straight, 0, 0));
+    EXPECT_TRUE(FindSkew(light).ok());
+    EXPECT_FALSE(ReduceToBlackAndWhite(QImage()).ok());
+}

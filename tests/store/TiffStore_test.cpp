@@ -1,0 +1,309 @@
+#include "store/TiffHandle.h"
+#include "store/TiffReader.h"
+#include "store/TiffWriter.h"
+#include "TestPages.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+class TiffStore : public ::testing::Test {
+protected:
+    QString path(const QString& name) const { return dir.filePath(name); }
+    QStringList files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden); }
+
+    QTemporaryDir dir;
+};
+
+ReportTags SampleTags()
+{
+    return ReportTags::forReport(QStringLiteral("H1001 H1002 H1003"), QStringLiteral("P-77"), QStringLiteral("PO 4471"),
+                                 QStringLiteral(u"Stahlwerk Müller GmbH"), QStringLiteral(u"Aciérie “Nord”"));
+}
+
+}  // namespace
+
+TEST_F(TiffStore, MultiPageGroup4RoundTripKeepsPixelsResolutionAndFirstPageTags)
+{
+    const QImage first = TextPage(2550, 3300, 1, 300);
+    QImage second = TextPage(1700, 2200, 2, 200);
+    QImage third = TextPage(1728, 2156, 3);
+    SetDpi(third, Dpi{204, 196});
+    ASSERT_TRUE(WriteTiff(path("TR000001.TIF"), {first, second, third}, SampleTags()).ok());
+    EXPECT_EQ(files(), QStringList{QStringLiteral("TR000001.TIF")});
+
+    auto reader = TiffReader::open(path("TR000001.TIF"));
+    ASSERT_TRUE(reader.ok()) << reader.error().toStdString();
+    EXPECT_EQ(reader->pageCount(), 3);
+    EXPECT_EQ(reader->tags(), SampleTags());
+    EXPECT_EQ(reader->tags().software, QStringLiteral("Tarlox from Hollowbrook"));
+
+    const QImage pages[] = {first, second, third};
+    const Dpi dpis[] = {{300, 300}, {200, 200}, {204, 196}};
+    for (int page : {2, 0, 1}) {  // out of order on purpose
+        auto image = reader->readPage(page);
+        ASSERT_TRUE(image.ok()) << image.error().toStdString();
+        EXPECT_EQ(image->format(), QImage::Format_Mono);
+        EXPECT_TRUE(SamePixels(*image, pages[page])) << page;
+        EXPECT_EQ(DpiOf(*image), dpis[page]);
+        auto info = reader->pageInfo(page);
+        ASSERT_TRUE(info.ok());
+        EXPECT_EQ(info->compression, COMPRESSION_CCITTFAX4);
+        EXPECT_EQ(info->photometric, PHOTOMETRIC_MINISWHITE);
+        EXPECT_TRUE(info->dpiRecorded);
+    }
+
+    // Only the first page carries the tags.
+    EXPECT_FALSE(ReadTagBytes(path("TR000001.TIF"), 0, kTagVendor).isNull());
+    EXPECT_TRUE(ReadTagBytes(path("TR000001.TIF"), 1, kTagVendor).isNull());
+    EXPECT_TRUE(ReadTagBytes(path("TR000001.TIF"), 1, TIFFTAG_SOFTWARE).isNull());
+    uint32_t rowsPerStrip = 0;
+    ASSERT_TRUE(ReadField(path("TR000001.TIF"), 0, TIFFTAG_ROWSPERSTRIP, rowsPerStrip));
+    EXPECT_EQ(rowsPerStrip, 3300u);
+    uint16_t fillOrder = 0;
+    ASSERT_TRUE(ReadField(path("TR000001.TIF"), 0, TIFFTAG_FILLORDER, fillOrder));
+    EXPECT_EQ(fillOrder, FILLORDER_MSB2LSB);
+
+    EXPECT_FALSE(reader->readPage(3).ok());
+    EXPECT_FALSE(reader->readPage(-1).ok());
+}
+
+TEST_F(TiffStore, FileWithoutTagsOrResolutionReadsEmptyTagsAndDefaultResolution)
+{
+    const QImage page = TextPage(300, 200);
+    ASSERT_TRUE(WriteTiff(path("TM000002.TIF"), {page}).ok());
+    auto reader = TiffReader::open(path("TM000002.TIF"));
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->tags(), ReportTags{});
+
+    // Resolution in centimetres, and none at all.
+    std::vector<uint8_t> rows(size_t(40 / 8) * 10, 0);
+    ASSERT_TRUE(WriteWithLibtiff(path("units.tif"), [&](TIFF* tif) {
+        TIFFSetField(tif, TIFFTAG_XRESOLUTION, 118.11);
+        TIFFSetField(tif, TIFFTAG_YRESOLUTION, 118.11);
+        TIFFSetField(tif, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+        return WriteStripPage(tif, 40, 10, 1, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_CCITTFAX4, rows, 10)
+               && WriteStripPage(tif, 40, 10, 1, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_CCITTFAX4, rows, 10);
+    }));
+    auto units = TiffReader::open(path("units.tif"));
+    ASSERT_TRUE(units.ok());
+    EXPECT_EQ(units->pageInfo(0)->dpi, (Dpi{300, 300}));
+    EXPECT_FALSE(units->pageInfo(1)->dpiRecorded);
+    EXPECT_EQ(DpiOf(*units->readPage(1)), (Dpi{kDefaultDpi, kDefaultDpi}));
+}
+
+TEST_F(TiffStore, TagTextIsUtf8AndOldWindows1252TagsAreReadToo)
+{
+    PrepareLibTiff();  // so libtiff knows the report tags when the test writes them itself
+    std::vector<uint8_t> rows(size_t(16 / 8) * 4, 0);
+    ASSERT_TRUE(WriteWithLibtiff(path("old.tif"), [&](TIFF* tif) {
+        TIFFSetField(tif, TIFFTAG_SOFTWARE, "Tarlox from Hollowbrook");
+        TIFFSetField(tif, kTagHeat, "H\xE9 \x80 5");               // Windows-1252, as old installations wrote
+        TIFFSetField(tif, kTagVendor, "Stahl M\xC3\xBCller");      // UTF-8
+        return WriteStripPage(tif, 16, 4, 1, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_CCITTFAX4, rows, 4);
+    }));
+    auto reader = TiffReader::open(path("old.tif"));
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->tags().heat, QStringLiteral(u"Hé € 5"));
+    EXPECT_EQ(reader->tags().vendor, QStringLiteral(u"Stahl Müller"));
+    EXPECT_EQ(reader->tags().part, QString());
+
+    // What this program writes is UTF-8 in the file.
+    ASSERT_TRUE(WriteTiff(path("new.tif"), {TextPage(64, 64)}, SampleTags()).ok());
+    EXPECT_EQ(ReadTagBytes(path("new.tif"), 0, kTagVendor), QByteArray("Stahlwerk M\xC3\xBCller GmbH"));
+}
+
+TEST_F(TiffStore, AppendAddsPagesAndKeepsTheFirstPagesTagsAndBytes)
+{
+    const QString file = path("TR000003.TIF");
+    // Appending to a file that isn't there creates it, with the tags.
+    {
+        auto writer = TiffWriter::append(file, SampleTags());
+        ASSERT_TRUE(writer.ok());
+        ASSERT_TRUE(writer->addPage(TextPage(800, 600, 1)).ok());
+        ASSERT_TRUE(writer->commit().ok());
+    }
+    const std::vector<QByteArray> firstStrips = RawStrips(file, 0);
+    for (quint32 seed = 2; seed <= 4; ++seed)
+        ASSERT_TRUE(AppendPage(file, TextPage(800, 600, seed)).ok());
+    EXPECT_EQ(files(), QStringList{QStringLiteral("TR000003.TIF")});
+
+    auto reader = TiffReader::open(file);
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->pageCount(), 4);
+    EXPECT_EQ(reader->tags(), SampleTags());
+    EXPECT_EQ(RawStrips(file, 0), firstStrips);
+    for (int page = 0; page < 4; ++page)
+        EXPECT_TRUE(SamePixels(*reader->readPage(page), TextPage(800, 600, quint32(page + 1)))) << page;
+
+    // A writer that is never committed leaves the file as it was.
+    {
+        auto writer = TiffWriter::append(file);
+        ASSERT_TRUE(writer.ok());
+        ASSERT_TRUE(writer->addPage(TextPage(800, 600, 9)).ok());
+    }
+    EXPECT_EQ(TiffReader::open(file)->pageCount(), 4);
+    EXPECT_EQ(files(), QStringList{QStringLiteral("TR000003.TIF")});
+}
+
+TEST_F(TiffStore, RawPageCopyKeepsStoredBytesAndOtherPagesAreReencoded)
+{
+    const QString source = path("source.tif");
+    // Page 0: ours. Page 1: Group 4 MinIsBlack in three strips, LSB2MSB.
+    // Page 2: 1-bit LZW. Page 3: 8-bit grey.
+    ASSERT_TRUE(WriteTiff(source, {TextPage(1000, 700, 5, 300)}).ok());
+    const QImage striped = TextPage(640, 480, 6);
+    std::vector<uint8_t> inverted;
+    std::vector<uint8_t> packed;
+    for (int y = 0; y < striped.height(); ++y)
+        for (int x = 0; x < 640 / 8; ++x) {
+            packed.push_back(striped.constScanLine(y)[x]);
+            inverted.push_back(uint8_t(~striped.constScanLine(y)[x]));
+        }
+    std::vector<uint8_t> grey(size_t(320) * 240, 230);
+    for (int y = 100; y < 140; ++y)
+        for (int x = 100; x < 220; ++x)
+            grey[size_t(y) * 320 + size_t(x)] = 20;
+    ASSERT_TRUE(WriteWithLibtiff(source, [&](TIFF* tif) {
+        TIFFSetField(tif, TIFFTAG_FILLORDER, FILLORDER_LSB2MSB);
+        TIFFSetField(tif, TIFFTAG_XRESOLUTION, 150.0);
+        TIFFSetField(tif, TIFFTAG_YRESOLUTION, 150.0);
+        TIFFSetField(tif, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+        return WriteStripPage(tif, 640, 480, 1, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_CCITTFAX4, inverted, 200)
+               && WriteStripPage(tif, 640, 480, 1, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_LZW, packed, 480)
+               && WriteStripPage(tif, 320, 240, 8, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_NONE, grey, 240);
+    }, "a"));
+
+    auto reader = TiffReader::open(source);
+    ASSERT_TRUE(reader.ok());
+    ASSERT_EQ(reader->pageCount(), 4);
+    const QString target = path("target.tif");
+    auto writer = TiffWriter::create(target, SampleTags());
+    ASSERT_TRUE(writer.ok());
+    for (int page : {1, 0, 2, 3})
+        ASSERT_TRUE(writer->addPageFrom(*reader, page).ok()) << page;
+    EXPECT_EQ(writer->pagesCopiedRaw(), 2);
+    ASSERT_TRUE(writer->commit().ok());
+
+    auto copy = TiffReader::open(target);
+    ASSERT_TRUE(copy.ok());
+    ASSERT_EQ(copy->pageCount(), 4);
+    EXPECT_EQ(copy->tags(), SampleTags());
+    EXPECT_EQ(RawStrips(target, 0), RawStrips(source, 1));
+    EXPECT_EQ(RawStrips(target, 1), RawStrips(source, 0));
+    EXPECT_EQ(RawStrips(target, 0).size(), 3u);
+    EXPECT_TRUE(SamePixels(*copy->readPage(0), striped));
+    EXPECT_TRUE(SamePixels(*copy->readPage(1), *reader->readPage(0)));
+    EXPECT_TRUE(SamePixels(*copy->readPage(2), striped));
+    EXPECT_EQ(DpiOf(*copy->readPage(0)), (Dpi{150, 150}));
+    EXPECT_EQ(copy->pageInfo(2)->compression, COMPRESSION_CCITTFAX4);
+
+    const QImage reduced = *copy->readPage(3);
+    EXPECT_EQ(copy->pageInfo(3)->compression, COMPRESSION_CCITTFAX4);
+    EXPECT_TRUE(IsBlackAt(reduced, 150, 120));
+    EXPECT_FALSE(IsBlackAt(reduced, 20, 20));
+
+    // The one-call form appends to another file.
+    ASSERT_TRUE(CopyPage(source, 1, path("single.tif")).ok());
+    EXPECT_EQ(RawStrips(path("single.tif"), 0), RawStrips(source, 1));
+    EXPECT_FALSE(CopyPage(source, 7, path("single.tif")).ok());
+    EXPECT_EQ(TiffReader::open(path("single.tif"))->pageCount(), 1);
+}
+
+TEST_F(TiffStore, BlackStaysBlackWhicheverWayTheFileAndTheImageHoldIt)
+{
+    // One black pixel at (5, 2) on white, stored in both photometric senses.
+    const int width = 16;
+    const int height = 4;
+    std::vector<uint8_t> minIsWhite(size_t(width / 8) * height, 0x00);
+    std::vector<uint8_t> minIsBlack(size_t(width / 8) * height, 0xFF);
+    minIsWhite[2 * 2 + 0] = 0x04;              // bit 5 of row 2 set: black
+    minIsBlack[2 * 2 + 0] = uint8_t(~0x04);    // bit 5 of row 2 clear: black
+    for (int compression : {COMPRESSION_NONE, COMPRESSION_CCITTFAX4}) {
+        const QString file = path(QStringLiteral("polarity%1.tif").arg(compression));
+        ASSERT_TRUE(WriteWithLibtiff(file, [&](TIFF* tif) {
+            return WriteStripPage(tif, width, height, 1, 1, PHOTOMETRIC_MINISWHITE, compression, minIsWhite, height)
+                   && WriteStripPage(tif, width, height, 1, 1, PHOTOMETRIC_MINISBLACK, compression, minIsBlack, height);
+        }));
+        auto reader = TiffReader::open(file);
+        ASSERT_TRUE(reader.ok());
+        for (int page : {0, 1}) {
+            const QImage image = *reader->readPage(page);
+            EXPECT_TRUE(IsBlackAt(image, 5, 2)) << compression << " page " << page;
+            EXPECT_FALSE(IsBlackAt(image, 4, 2));
+            EXPECT_FALSE(IsBlackAt(image, 5, 1));
+            EXPECT_EQ(image.pixelIndex(5, 2), 1);
+        }
+        // And written back, the file says black in the MinIsWhite sense.
+        const QString back = path(QStringLiteral("back%1.tif").arg(compression));
+        auto writer = TiffWriter::create(back);
+        ASSERT_TRUE(writer->addPageFrom(*reader, 0).ok());
+        ASSERT_TRUE(writer->addPageFrom(*reader, 1).ok());
+        ASSERT_TRUE(writer->commit().ok());
+        auto again = TiffReader::open(back);
+        for (int page : {0, 1})
+            EXPECT_TRUE(IsBlackAt(*again->readPage(page), 5, 2));
+    }
+
+    // 1-bit QImages from elsewhere: black listed first, and LSB bit order.
+    QImage blackFirst(16, 4, QImage::Format_Mono);
+    blackFirst.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+    blackFirst.fill(1);
+    blackFirst.setPixel(5, 2, 0);
+    const QImage lsb = blackFirst.convertToFormat(QImage::Format_MonoLSB);
+    ASSERT_TRUE(WriteTiff(path("qt.tif"), {blackFirst, lsb}).ok());
+    auto reader = TiffReader::open(path("qt.tif"));
+    for (int page : {0, 1}) {
+        const QImage image = *reader->readPage(page);
+        EXPECT_TRUE(IsBlackAt(image, 5, 2));
+        EXPECT_FALSE(IsBlackAt(image, 6, 2));
+    }
+    uint16_t photometric = 0;
+    ASSERT_TRUE(ReadField(path("qt.tif"), 0, TIFFTAG_PHOTOMETRIC, photometric));
+    EXPECT_EQ(photometric, PHOTOMETRIC_MINISWHITE);
+}
+
+TEST_F(TiffStore, PageCountIsNotLimitedTo999)
+{
+    const QString file = path("long.tif");
+    auto writer = TiffWriter::create(file);
+    ASSERT_TRUE(writer.ok());
+    QImage page = NewMonoPage(64, 32);
+    for (int i = 0; i < 1200; ++i) {
+        page.fill(0);
+        FillBlack(page, i % 64, 0, 1, 32);  // each page marked by the column of its line
+        ASSERT_TRUE(writer->addPage(page, Dpi{200, 200}).ok());
+    }
+    ASSERT_TRUE(writer->commit().ok());
+    auto reader = TiffReader::open(file);
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->pageCount(), 1200);
+    for (int i : {1100, 999, 1000, 1199, 0}) {
+        const QImage image = *reader->readPage(i);
+        EXPECT_TRUE(IsBlackAt(image, i % 64, 10)) << i;
+        EXPECT_FALSE(IsBlackAt(image, (i + 1) % 64, 10)) << i;
+    }
+}
+
+TEST_F(TiffStore, TiffinfoSeesGroup4ResolutionAndTags)
+{
+    QImage page = TextPage(850, 1100, 4, 100);
+    ASSERT_TRUE(WriteTiff(path("TR000009.TIF"), {page, page}, SampleTags()).ok());
+    QProcess tiffinfo;
+    tiffinfo.start(QStringLiteral("tiffinfo"), {path("TR000009.TIF")});
+    ASSERT_TRUE(tiffinfo.waitForFinished(30000));
+    const QString out = QString::fromUtf8(tiffinfo.readAllStandardOutput());
+    EXPECT_EQ(out.count(QStringLiteral("Compression Scheme: CCITT Group 4")), 2) << out.toStdString();
+    EXPECT_EQ(out.count(QStringLiteral("Resolution: 100, 100 pixels/inch")), 2) << out.toStdString();
+    EXPECT_EQ(out.count(QStringLiteral("Software: Tarlox from Hollowbrook")), 1) << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("H1001 H1002 H1003"))) << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("PO 4471"))) << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("Photometric Interpretation: min-is-white"))) << out.toStdString();
+}
