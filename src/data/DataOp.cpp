@@ -77,7 +77,9 @@ void DataOp::fillFailure(const QSqlError& error)
         failure_.text = QLatin1Char('[') + code + QStringLiteral("] ") + failure_.text;
     failure_.locked = isLockCode(kind, code);
     failure_.duplicateKey = isDuplicateCode(kind, code, error.text());
-    failure_.connectionLost = error.type() == QSqlError::ConnectionError
+    // The SQLite driver files every failed step (a broken constraint too)
+    // as a connection error; the file database has no connection to lose.
+    failure_.connectionLost = (kind == DatabaseKind::Sql && error.type() == QSqlError::ConnectionError)
         || (kind == DatabaseKind::Sql && (code.startsWith(QLatin1String("08")) || code.startsWith(QLatin1String("57P"))))
         || (kind == DatabaseKind::Sql && code.isEmpty() && !session_.db().connection().isOpen());
 }

@@ -89,11 +89,14 @@ QVariantList rowValues(Session& s, const Dialect& d, QString heat, QString part,
             CutToLimit(mfg, l.mfg), d.dateValue(s.info.entryDate), s.info.imageNumber};
 }
 
-bool insertRow(DataOp& op, Session& s, const QVariantList& values, bool retry)
+bool insertRow(DataOp& op, Session& s, const QString& heat, const QString& part, const QString& po, bool retry)
 {
+    // Callers read the limits before a series of adds; one that did not
+    // still gets its values cut rather than refused.
     if (!lengthsKnown(s.infoLengths) && !readLengths(op, s.infoLengths))
         return false;
-    return op.exec(insertStatement(), values, retry ? DataOp::OnError::Quiet : DataOp::OnError::Report).has_value();
+    return op.exec(insertStatement(), rowValues(s, op.dialect(), heat, part, po), retry ? DataOp::OnError::Quiet : DataOp::OnError::Report)
+        .has_value();
 }
 
 }  // namespace
@@ -186,7 +189,7 @@ bool AddInfo(Session& s, bool retry, bool keepOpen)
 {
     InfoRecord& info = s.info;
     DataOp op(s, QStringLiteral("AddInfo"), keepOpen);
-    const bool ok = insertRow(op, s, rowValues(s, op.dialect(), info.heat, info.part, info.po), retry);
+    const bool ok = insertRow(op, s, info.heat, info.part, info.po, retry);
     ok ? DataOp::clearStatus(info) : op.storeStatus(info);
     return ok;
 }
@@ -206,7 +209,7 @@ bool InsertInfoRecords(DataOp& op, Session& s, bool retry)
     for (const QString& po : poItemsOf(info.po)) {
         for (qsizetype i = 0; i < heats.size(); ++i) {
             op.step(QStringLiteral("Adding ") + heats[i] + QLatin1Char('/') + parts[i] + QLatin1Char('/') + po);
-            if (!insertRow(op, s, rowValues(s, op.dialect(), heats[i], parts[i], po), retry))
+            if (!insertRow(op, s, heats[i], parts[i], po, retry))
                 return false;
         }
     }

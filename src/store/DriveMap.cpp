@@ -1,5 +1,6 @@
 #include "store/DriveMap.h"
 
+#include <QList>
 #include <QStringList>
 
 namespace tarlox {
@@ -42,50 +43,48 @@ std::optional<QString> replacePrefix(const QString& path, const QString& from, c
 
 DriveMapResult ApplyDriveMap(const QString& drvMap, const QString& path, MapDirection direction)
 {
-    DriveMapResult result{path, {}};
-    if (drvMap.isEmpty())
-        return result;
-    const bool toLocal = direction == MapDirection::ToLocal;
-    const QStringList segments = drvMap.split(QLatin1Char(';'));
-    for (const QString& segment : segments) {
+    struct Entry {
+        QString server;
+        QString local;
+        bool letter;
+    };
+    // The whole map is read first: a malformed map is a fault whatever the path.
+    QList<Entry> entries;
+    for (const QString& segment : drvMap.split(QLatin1Char(';'))) {
         if (segment.isEmpty())
             continue;
         if (isPrefixEntry(segment)) {
             const qsizetype equals = segment.indexOf(QLatin1Char('='));
             const QString server = withoutTrailingSeparator(segment.left(equals).trimmed());
             const QString local = withoutTrailingSeparator(segment.mid(equals + 1).trimmed());
-            if (equals < 0 || server.isEmpty() || local.isEmpty()) {
-                result.error = QStringLiteral("DrvMap entry '") + segment + QStringLiteral("' is not of the form SERVERPREFIX=LOCALPREFIX");
-                result.path = path;
-                return result;
-            }
-            const auto mapped = toLocal ? replacePrefix(path, server, local) : replacePrefix(path, local, server);
-            if (mapped) {
-                result.path = *mapped;
-                return result;
-            }
+            if (equals < 0 || server.isEmpty() || local.isEmpty())
+                return {path, QStringLiteral("DrvMap entry '") + segment + QStringLiteral("' is not of the form SERVERPREFIX=LOCALPREFIX")};
+            entries.append({server, local, false});
             continue;
         }
-        if (segment.size() < 2) {
-            result.error = QStringLiteral("DrvMap '") + segment + QStringLiteral("' is too short for a drive map entry");
-            return result;
-        }
-        if (!startsWithDriveLetter(path))
-            continue;
-        // Three characters an entry: stored letter, "=", local letter; a
+        if (segment.size() < 2)
+            return {path, QStringLiteral("DrvMap '") + segment + QStringLiteral("' is too short for a drive map entry")};
+        // Three characters an entry: server letter, "=", local letter; a
         // remainder shorter than an entry is no entry.
-        for (qsizetype i = 0; i + 2 < segment.size(); i += 3) {
-            const QChar stored = segment[i];
-            const QChar local = segment[i + 2];
-            const QChar from = toLocal ? stored : local;
-            const QChar to = toLocal ? local : stored;
-            if (path[0] == from) {
-                result.path[0] = to;
-                return result;
+        for (qsizetype i = 0; i + 2 < segment.size(); i += 3)
+            entries.append({QString(segment[i]), QString(segment[i + 2]), true});
+    }
+
+    const bool toLocal = direction == MapDirection::ToLocal;
+    for (const Entry& entry : entries) {
+        const QString& from = toLocal ? entry.server : entry.local;
+        const QString& to = toLocal ? entry.local : entry.server;
+        if (entry.letter) {
+            if (startsWithDriveLetter(path) && path[0] == from[0]) {
+                QString mapped = path;
+                mapped[0] = to[0];
+                return {mapped, {}};
             }
+        } else if (const auto mapped = replacePrefix(path, from, to)) {
+            return {*mapped, {}};
         }
     }
-    return result;
+    return {path, {}};
 }
 
 }  // namespace tarlox
