@@ -26,17 +26,19 @@ int busyHandler(void* context, int attempt)
     const auto* budget = static_cast<const BusyBudget*>(context);
     thread_local std::mt19937 random{std::random_device{}()};
     // Short, randomised sleeps: waiting writers wake at different moments and
-    // take the lock in turn instead of the longest sleeper always losing.
-    const int ceiling = std::min(2 + attempt, 12);
-    std::uniform_int_distribution<int> pick(1, ceiling);
-    const int sleepMs = pick(random);
-    static thread_local int spent = 0;
+    // take the lock in turn instead of the longest sleeper always losing. A
+    // writer holds the lock for well under a millisecond, so the first waits
+    // are a fraction of one; they grow with each attempt up to 8 ms.
+    const int ceilingUs = std::min(500 + 250 * attempt, 8000);
+    std::uniform_int_distribution<int> pick(50, ceilingUs);
+    const int sleepUs = pick(random);
+    static thread_local qint64 spentUs = 0;
     if (attempt == 0)
-        spent = 0;
-    spent += sleepMs;
-    if (spent > budget->totalMs)
+        spentUs = 0;
+    spentUs += sleepUs;
+    if (spentUs > qint64(budget->totalMs) * 1000)
         return 0;
-    std::this_thread::sleep_for(std::chrono::milliseconds(sleepMs));
+    std::this_thread::sleep_for(std::chrono::microseconds(sleepUs));
     return 1;
 }
 

@@ -1,0 +1,299 @@
+#include "data/DataOp.h"
+#include "data/ImageData.h"
+#include "data/InfoData.h"
+#include "startup/IniFile.h"
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
+
+class InfoDataTest : public ::testing::TestWithParam<Engine> {
+protected:
+    InfoDataTest() : site(GetParam()) {}
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+
+    Session& s() { return site.session(); }
+    ScriptedPrompter& prompter() { return site.prompter(); }
+
+    void entry(const QString& heat, const QString& part, const QString& po = {}, const QString& vend = QStringLiteral("Vend"),
+               const QString& mfg = {}, qint32 image = 1, const QDateTime& date = Jan2)
+    {
+        s().info = InfoRecord{heat, part, po, vend, mfg, date, image};
+    }
+
+    // References and their image row, written through the operations under test.
+    void file(const QString& heat, const QString& part, const QString& po, qint32 image, const QDateTime& date = Jan2,
+              const QString& mfg = {})
+    {
+        entry(heat, part, po, QStringLiteral("Vend"), mfg, image, date);
+        s().image = ImageRecord{image, QStringLiteral("/srv/img"), QStringLiteral("VOL"), date, QStringLiteral(" "), QStringLiteral("4")};
+        ASSERT_TRUE(ReadImage(s(), image, false) || AddImage(s(), false, false));
+        ASSERT_TRUE(AddInfoRecords(s(), false, false));
+    }
+
+    qint64 scalar(const QString& sql, const QVariantList& binds = {})
+    {
+        DataOp op(s(), QStringLiteral("test"), false);
+        auto value = op.scalar(sql, binds);
+        return value ? value->toLongLong() : -1;
+    }
+    qint64 infoRows() { return scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")); }
+
+    TestSite site;
+};
+
+TEST_P(InfoDataTest, RequiredFieldsAndPairCounts)
+{
+    entry({}, QStringLiteral("P1"));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Heat # must be entered!"));
+    entry(QStringLiteral("H1"), QStringLiteral("  "));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Part # must be entered!"));
+    entry(QStringLiteral("H1"), QStringLiteral("P1 P2"));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("# of Heats < # of Parts!"));
+    EXPECT_EQ(prompter().asked().back().icon, Icon::Critical);
+}
+
+TEST_P(InfoDataTest, MoreHeatsThanPartsRepeatsTheLastPartOnce)
+{
+    entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1"));
+    prompter().answer(Answer::Ok);
+    ASSERT_TRUE(ValidateInfo(s(), false));
+    EXPECT_EQ(s().info.part, QStringLiteral("P1 P1 P1"));
+    ASSERT_EQ(prompter().asked().size(), 1);
+    const Prompt& asked = prompter().asked().front();
+    EXPECT_EQ(asked.title, QStringLiteral("Continue"));
+    EXPECT_EQ(asked.text, QStringLiteral("There are more Heat #'s than part numbers.\r\nLast Part needs to be duplicated."));
+    EXPECT_EQ(asked.buttons, Buttons::OkCancel);
+    EXPECT_EQ(asked.icon, Icon::Question);
+
+    prompter().clear();
+    ASSERT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+
+    // Cancel leaves Part alone and shows the shared box without a text.
+    entry(QStringLiteral("H1 H2"), QStringLiteral("P9"));
+    prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_EQ(s().info.part, QStringLiteral("P9"));
+    EXPECT_EQ(prompter().titles().last(), QStringLiteral("Error"));
+    EXPECT_TRUE(prompter().textOf(QStringLiteral("Error")).isEmpty());
+}
+
+TEST_P(InfoDataTest, PairRepeatedInTheEntryIsRefusedAfterTheFileCheck)
+{
+    file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 7);
+    prompter().clear();
+    entry(QStringLiteral("H1 H1"), QStringLiteral("P1 P1"));
+    prompter().answer(Answer::Ok);
+    prompter().answer(Answer::Ok);
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    // The pair on file is asked about for each place it stands, then the repeat ends it.
+    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key"), QStringLiteral("Error")}));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")),
+              QStringLiteral("Heat #: H1\r\nPart #: P1\r\nwere duplicated in the entry\r\nYou must change this before scanning!"));
+
+    // The database does not tell h1 from H1, so neither does the entry.
+    prompter().clear();
+    entry(QStringLiteral("H5 h5"), QStringLiteral("P5 p5"));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_TRUE(prompter().textOf(QStringLiteral("Error")).contains(QStringLiteral("were duplicated in the entry")));
+
+    // Under different P/Os the same pair is no repeat.
+    prompter().clear();
+    entry(QStringLiteral("H5"), QStringLiteral("P5"), QStringLiteral("A B"));
+    EXPECT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+}
+
+TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
+{
+    file(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("A B"), 3, Jan2, QStringLiteral("Other Mfg"));
+    prompter().clear();
+    entry(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("A B"));
+    prompter().answer(Answer::Ok);
+    prompter().answer(Answer::Ok);
+    EXPECT_TRUE(ValidateInfo(s(), false));
+    ASSERT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key")}));
+    const Prompt& second = prompter().asked().last();
+    EXPECT_EQ(second.text, QStringLiteral("Heat #: H1\r\nPart #: P1\r\nP/O #:\r\nB\r\n\r\nis already on file! Select 'OK' to add anyway\r\n"
+                                          "or 'Cancel' to end without saving"));
+    EXPECT_EQ(second.buttons, Buttons::OkCancel);
+    EXPECT_EQ(second.icon, Icon::Critical);
+    EXPECT_EQ(second.defaultAnswer, Answer::Cancel);
+
+    // Cancel, with the site's own name for the P/O field.
+    s().poShort = QStringLiteral("Order");
+    prompter().clear();
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_EQ(prompter().asked().first().text.section(QStringLiteral("\r\n"), 2, 3), QStringLiteral("Order\r\nA"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and Order: A Already on File!"));
+}
+
+TEST_P(InfoDataTest, DupeOkMakesOkTheDefault)
+{
+    file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 3);
+    ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DupeOK"), QStringLiteral("True")).ok);
+    prompter().clear();
+    entry(QStringLiteral("H1"), QStringLiteral("P1"));
+    EXPECT_TRUE(ValidateInfo(s(), false));
+    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_EQ(prompter().asked().first().defaultAnswer, Answer::Ok);
+}
+
+TEST_P(InfoDataTest, EmptyPoIsStoredAsBlankAndFoundAgain)
+{
+    file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 3);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"P/O #\" = ' ' AND \"Mfg Name\" = ' '")), 1);
+    prompter().clear();
+    entry(QStringLiteral("H1"), QStringLiteral("P1"));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("P/O #:\r\n \r\n")));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and :   Already on File!"));
+}
+
+TEST_P(InfoDataTest, AThousandPairsPerPoAndNotOneMore)
+{
+    QStringList heats, parts;
+    for (int i = 0; i < 1001; ++i) {
+        heats << QStringLiteral("H%1").arg(i);
+        parts << QStringLiteral("P");
+    }
+    entry(heats.mid(0, 1000).join(QLatin1Char(' ')), parts.mid(0, 1000).join(QLatin1Char(' ')));
+    EXPECT_TRUE(ValidateInfo(s(), false));
+    entry(heats.join(QLatin1Char(' ')), parts.join(QLatin1Char(' ')));
+    EXPECT_FALSE(ValidateInfo(s(), false));
+    ASSERT_FALSE(prompter().asked().isEmpty());
+    EXPECT_TRUE(prompter().asked().last().text.contains(QStringLiteral("Subscript out of range")));
+}
+
+TEST_P(InfoDataTest, AddInfoRecordsWritesTheProductOfTheEntry)
+{
+    entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1 P2 P3"), QStringLiteral("PO1 PO2"), QStringLiteral("Steel Co"), {}, 42);
+    ASSERT_TRUE(AddInfoRecords(s(), true, false));
+    EXPECT_EQ(infoRows(), 6);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 42 AND \"Vend Name\" = 'Steel Co' AND \"Mfg Name\" = ' '")), 6);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = 'H2' AND \"Part #\" = 'P2'")), 2);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = 'H2' AND \"Part #\" <> 'P2'")), 0);
+    EXPECT_EQ(s().info.errorNumber, 0);
+}
+
+TEST_P(InfoDataTest, AddInfoRecordsIsAllOrNothing)
+{
+    file(QStringLiteral("H3"), QStringLiteral("P3"), QStringLiteral("PO2"), 42);
+    prompter().clear();
+    // The sixth row of the entry is already on file under the same image.
+    entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1 P2 P3"), QStringLiteral("PO1 PO2"), QStringLiteral("Vend"), {}, 42);
+    EXPECT_FALSE(AddInfoRecords(s(), true, false));
+    EXPECT_EQ(infoRows(), 1);
+    EXPECT_NE(s().info.errorNumber, 0);
+    EXPECT_FALSE(s().info.errorText.isEmpty());
+    EXPECT_TRUE(prompter().asked().isEmpty()) << "with retry the caller reads the status";
+
+    EXPECT_FALSE(AddInfoRecords(s(), false, false));
+    EXPECT_EQ(infoRows(), 1);
+    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_TRUE(prompter().asked().first().text.startsWith(QStringLiteral("An error has occured.")));
+}
+
+TEST_P(InfoDataTest, ValuesAreCutToTheLiveColumnLimits)
+{
+    ASSERT_TRUE(GetInfoFieldLengths(s()));
+    EXPECT_EQ(s().infoLengths.heat, 24);
+    EXPECT_EQ(s().infoLengths.part, 24);
+    EXPECT_EQ(s().infoLengths.po, 24);
+    EXPECT_EQ(s().infoLengths.vend, 32);
+    EXPECT_EQ(s().infoLengths.mfg, 32);
+
+    // Without a prior call the limits are read on the first add.
+    s().infoLengths = {};
+    const QString heat = QStringLiteral("O'BRIEN-") + QString(22, QLatin1Char('9'));
+    entry(heat, QStringLiteral("P1"), QStringLiteral("PO"), QString(40, QLatin1Char('V')), QStringLiteral("M'fg"));
+    ASSERT_TRUE(AddInfo(s(), false, false));
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = ? AND \"Vend Name\" = ? AND \"Mfg Name\" = ?"),
+                     {heat.left(24), QString(32, QLatin1Char('V')), QStringLiteral("M'fg")}),
+              1);
+}
+
+TEST_P(InfoDataTest, DeleteInfoRemovesOnlyTheEqualRow)
+{
+    file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 5, Jan2, QStringLiteral("M1"));
+    file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 5, Jan2, QStringLiteral("M2"));
+    entry(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral(" "), {}, QStringLiteral("M1"), 5);
+    ASSERT_TRUE(DeleteInfo(s(), false));
+    EXPECT_EQ(infoRows(), 1);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Mfg Name\" = 'M2'")), 1);
+}
+
+TEST_P(InfoDataTest, LoadInfoGivesNewestFirstUpToTheLimitAndCountsAll)
+{
+    for (int day = 1; day <= 5; ++day)
+        file(QStringLiteral("H%1").arg(day), QStringLiteral("P"), {}, day, QDateTime(QDate(2004, 1, day), QTime(8, 30)));
+    // Same date as image 5: the higher number comes first.
+    file(QStringLiteral("HX"), QStringLiteral("P"), {}, 9, QDateTime(QDate(2004, 1, 5), QTime(8, 30)));
+    // A reference without its image row is not shown.
+    ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('H0', 'P', ' ', 'V', ' ', '2009-01-01T00:00:00', 77)")));
+
+    QList<InfoRow> rows;
+    qint64 total = 0;
+    EXPECT_EQ(LoadInfo(s(), {}, rows, 3, total, false), 3);
+    EXPECT_EQ(total, 6);
+    ASSERT_EQ(rows.size(), 3);
+    EXPECT_EQ(rows[0].imageNumber, 9);
+    EXPECT_EQ(rows[1].imageNumber, 5);
+    EXPECT_EQ(rows[2].imageNumber, 4);
+    EXPECT_EQ(rows[0].path, QStringLiteral("/srv/img"));
+    EXPECT_EQ(rows[0].po, QStringLiteral(" "));
+    EXPECT_EQ(rows[1].entryDate, QDateTime(QDate(2004, 1, 5), QTime(8, 30)));
+
+    const SqlCondition heatLike{QStringLiteral("\"Info\".\"Heat #\" LIKE ? AND \"Info\".\"Entry Date\" < ?"),
+                                {QStringLiteral("h%"), s().db().dialect().dateValue(QDateTime(QDate(2004, 1, 4), QTime(0, 0)))}};
+    EXPECT_EQ(LoadInfo(s(), heatLike, rows, 100, total, false), 3);
+    EXPECT_EQ(total, 3);
+    EXPECT_EQ(rows.first().heat, QStringLiteral("H3"));
+
+    // A value with a quote is a value, not SQL.
+    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"Heat #\" = ?"), {QStringLiteral("x' OR '1'='1")}}, rows, 10, total, false), 0);
+    EXPECT_EQ(total, 0);
+
+    // No room for rows: the count alone.
+    EXPECT_EQ(LoadInfo(s(), {}, rows, 0, total, false), 0);
+    EXPECT_EQ(total, 6);
+    EXPECT_TRUE(prompter().asked().isEmpty());
+
+    // A broken condition is reported, not taken for an empty result.
+    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"No Such\" = ?"), {1}}, rows, 10, total, false), -1);
+    EXPECT_EQ(prompter().asked().size(), 1);
+}
+
+TEST_P(InfoDataTest, CheckCountCountsAndReplaces)
+{
+    file(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("OLD"), 5);
+    file(QStringLiteral("H3"), QStringLiteral("P3"), QStringLiteral("old"), 6);
+    ASSERT_TRUE(GetInfoFieldLengths(s()));
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD"), false), 3);
+    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD"), QStringLiteral("NEW"), false));
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW"), false), 3);
+    // An emptied key column keeps its blank.
+    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW"), QString(), false));
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral(" "), false), 3);
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("Vend Name"), QStringLiteral("Vend"), false), 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, InfoDataTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+}  // namespace

@@ -1,0 +1,107 @@
+// One workstation adding reports as fast as it can, for the numbering
+// tests: take a number, write a checkable file to the work file, copy it to
+// its place, add the image row and its references together. Prints each
+// number stored on its own line.
+//
+//   allocate_driver --ini LOCALINI --count N [--bytes SIZE]
+//
+// Exit codes: 0 done, 2 bad usage or no session, 3 no number, 4 the image
+// file existed already, 5 the file could not be placed, 6 the rows failed,
+// 7 a question was asked.
+
+#include "data/ImageData.h"
+#include "data/InfoData.h"
+#include "startup/FileTools.h"
+#include "startup/Prompter.h"
+#include "startup/Session.h"
+#include "startup/Startup.h"
+#include "store/ImageStore.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <unistd.h>
+
+using namespace tarlox;
+
+namespace {
+
+class CountingPrompter : public NonInteractivePrompter {
+public:
+    CountingPrompter() : NonInteractivePrompter(false) {}
+    Answer ask(const Prompt& prompt) override
+    {
+        ++asked;
+        return NonInteractivePrompter::ask(prompt);
+    }
+    int asked = 0;
+};
+
+// The content of the file of one image: a head and a trailer naming it, so a
+// reader can tell a complete file of the right number from anything else.
+QByteArray contentFor(qint32 number, int bytes)
+{
+    QByteArray content = "TARLOX TEST " + QByteArray::number(number) + '\n';
+    content += QByteArray(std::max(bytes, 0), static_cast<char>('a' + number % 26));
+    content += "\nEND " + QByteArray::number(number) + '\n';
+    return content;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    const auto option = [&](const char* name, const QString& fallback = {}) {
+        const qsizetype at = args.indexOf(QLatin1String(name));
+        return at >= 0 && at + 1 < args.size() ? args[at + 1] : fallback;
+    };
+    const QString ini = option("--ini");
+    const int count = option("--count", QStringLiteral("1")).toInt();
+    const int bytes = option("--bytes", QStringLiteral("4096")).toInt();
+    if (ini.isEmpty() || count <= 0) {
+        std::fprintf(stderr, "usage: allocate_driver --ini LOCALINI --count N [--bytes SIZE]\n");
+        return 2;
+    }
+
+    CountingPrompter prompter;
+    Session s(prompter);
+    s.localIni = QFileInfo(ini).absoluteFilePath();
+    s.programDir = QFileInfo(ini).absolutePath() + QLatin1Char('/');
+    if (!StartSession(s) || !GetInfoFieldLengths(s, true))
+        return 2;
+    const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid()));
+    for (int i = 0; i < count; ++i) {
+        const QDateTime now = s.now();
+        s.info = InfoRecord{QStringLiteral("H") + QString::fromLatin1(pid) + QLatin1Char('-') + QString::number(i),
+                            QStringLiteral("P") + QString::number(i), QStringLiteral("A B"), QStringLiteral("Driver"), {}, now, 0};
+        if (!GetNextImage(s, true))
+            return 3;
+        const qint32 number = s.currentImage;
+        {
+            QFile work(s.tempFilePath);
+            if (!work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0)
+                return 5;
+        }
+        if (QFile::exists(s.imageFilePath)) {
+            std::fprintf(stderr, "%s exists already\n", qPrintable(s.imageFilePath));
+            return 4;
+        }
+        if (!FromTemp(s))
+            return 5;
+        KillFile(s.tempFilePath);
+        s.image = ImageRecord{number, s.storedPath, s.dataVolume, now, QStringLiteral(" "), QStringLiteral("4")};
+        s.info.imageNumber = number;
+        if (!AddImageWithInfo(s, false, true))
+            return 6;
+        std::printf("%d\n", number);
+        std::fflush(stdout);
+        if (prompter.asked > 0)
+            return 7;
+    }
+    s.db().close();
+    return 0;
+}

@@ -1,0 +1,262 @@
+#include "data/DataOp.h"
+#include "data/ImageData.h"
+#include "data/InfoData.h"
+#include "startup/IniFile.h"
+#include "store/ImageFiles.h"
+#include "store/ImageStore.h"
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+// The operator who, asked for the right volume, puts it in: the file is
+// there when Retry is pressed.
+class DiskChangingPrompter : public ScriptedPrompter {
+public:
+    QString fileToRestore;
+    Answer ask(const Prompt& prompt) override
+    {
+        if (!fileToRestore.isEmpty()) {
+            write(fileToRestore, "restored");
+            fileToRestore.clear();
+        }
+        return ScriptedPrompter::ask(prompt);
+    }
+};
+
+class ImageStoreTest : public ::testing::TestWithParam<Engine> {
+protected:
+    ImageStoreTest() : site(GetParam()) {}
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+
+    Session& s() { return site.session(); }
+    ScriptedPrompter& prompter() { return site.prompter(); }
+    QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
+    QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
+
+    qint64 scalar(const QString& sql)
+    {
+        DataOp op(s(), QStringLiteral("test"), false);
+        auto value = op.scalar(sql);
+        return value ? value->toLongLong() : -1;
+    }
+    qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
+
+    void imageRow(qint32 number, const QString& path, const QString& volume)
+    {
+        s().image = ImageRecord{number, path, volume, Jan2, QStringLiteral(" "), QStringLiteral("4")};
+        ASSERT_TRUE(AddImage(s(), false, false));
+    }
+
+    void entry(const QString& heat, const QString& part, const QString& po = {})
+    {
+        s().info = InfoRecord{heat, part, po, QStringLiteral("Vend"), QStringLiteral("Mfg"), {}, 0};
+    }
+
+    TestSite site;
+};
+
+TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
+{
+    SetNewImagePaths(s(), 5);
+    ASSERT_TRUE(write(s().tempFilePath, "scanned pages"));
+    ASSERT_TRUE(write(s().imageFilePath, "older file"));
+    ASSERT_TRUE(FromTemp(s()));
+    EXPECT_EQ(readAll(s().imageFilePath), QByteArray("scanned pages"));
+    EXPECT_TRUE(QFile::exists(s().tempFilePath)) << "the work file stays";
+
+    // Nothing to copy: reported, and the file on disk is kept.
+    QFile::remove(s().tempFilePath);
+    EXPECT_FALSE(FromTemp(s()));
+    EXPECT_EQ(readAll(s().imageFilePath), QByteArray("scanned pages"));
+    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("Procedure: FromTemp")));
+    EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000005.TIF")});
+
+    // One directory for both: nothing to do.
+    s().tempDir = s().dataDir;
+    SetNewImagePaths(s(), 5);
+    EXPECT_TRUE(FromTemp(s()));
+}
+
+TEST_P(ImageStoreTest, DeleteFileRemovesCopyAndOriginalWhereTheRowSays)
+{
+    imageRow(9, data(), QStringLiteral(" "));
+    for (const char* name : {"TR000009.TIF", "OR000009.TIF", "TR000010.TIF"})
+        ASSERT_TRUE(write(data(QLatin1String(name)), "x"));
+    DeleteFile(s(), 9);
+    EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000010.TIF")});
+    // No row: nothing happens, nothing is asked.
+    DeleteFile(s(), 10);
+    EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000010.TIF"))));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+}
+
+TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
+{
+    s().drvMap = QStringLiteral("F=C;/srv/tarlox=") + site.dir();
+    imageRow(12, QStringLiteral("/srv/tarlox/DATA"), QStringLiteral(" "));
+    ASSERT_TRUE(write(data(QStringLiteral("TR000012.TIF")), "x"));
+    ASSERT_TRUE(GetImage(s(), 12));
+    EXPECT_EQ(s().currentImage, 12);
+    EXPECT_EQ(s().storedPath, data().chopped(1));
+    EXPECT_EQ(s().imageFilePath, data(QStringLiteral("TR000012.TIF")));
+    EXPECT_EQ(s().tempFilePath, site.path(QStringLiteral("TEMP/TR000012.TIF")));
+    EXPECT_EQ(local("Last Image"), QStringLiteral("TR000012.TIF"));
+    EXPECT_EQ(local("ImageDir"), data().chopped(1));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+
+    EXPECT_FALSE(GetImage(s(), 13));
+    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_EQ(prompter().asked().first().title, QStringLiteral("Error"));
+    EXPECT_EQ(prompter().asked().first().text, QStringLiteral("Can't find image in data base!"));
+    EXPECT_EQ(prompter().asked().first().icon, Icon::Critical);
+}
+
+TEST_P(ImageStoreTest, MissingFileOnTheRightVolumeIsGone)
+{
+    imageRow(14, data(), s().dataVolume);
+    EXPECT_FALSE(GetImage(s(), 14));
+    EXPECT_EQ(prompter().titles(), QStringList{QStringLiteral("Error")});
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("This image file no longer exists!"));
+}
+
+TEST_P(ImageStoreTest, MissingFileOnAnotherVolumeAsksForTheRightOne)
+{
+    imageRow(15, data(), QStringLiteral("MTR ARCHIVE 3"));
+    prompter().answer(Answer::Retry);
+    prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(GetImage(s(), 15));
+    ASSERT_EQ(prompter().asked().size(), 3);
+    const Prompt& question = prompter().asked().first();
+    EXPECT_EQ(question.title, QStringLiteral("Error"));
+    EXPECT_EQ(question.buttons, Buttons::RetryCancel);
+    EXPECT_EQ(question.icon, Icon::Critical);
+    EXPECT_TRUE(question.text.startsWith(QStringLiteral("The current volume in drive /")));
+    EXPECT_TRUE(question.text.endsWith(QStringLiteral(" is '") + s().dataVolume
+                                       + QStringLiteral("'\rIt should be 'MTR ARCHIVE 3'\rSelect 'Retry' to retry or 'Cancel' to abort")));
+    EXPECT_EQ(prompter().asked().last().text, QStringLiteral("Invalid Volume!"));
+
+    // Retry after the volume has been put in finds the file.
+    DiskChangingPrompter operatorAtScreen;
+    operatorAtScreen.fileToRestore = data(QStringLiteral("TR000015.TIF"));
+    operatorAtScreen.answer(Answer::Retry);
+    s().setPrompter(operatorAtScreen);
+    EXPECT_TRUE(GetImage(s(), 15));
+    EXPECT_EQ(operatorAtScreen.asked().size(), 1);
+    s().setPrompter(prompter());
+}
+
+TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
+{
+    entry(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("A"));
+    s().pageSizeCode = QStringLiteral("G");
+    QString writtenTo;
+    const qint32 number = SaveMTR(s(), 300, [&](const QString& path) {
+        writtenTo = path;
+        return write(path, "page one, page two");
+    });
+    ASSERT_EQ(number, 1);
+    EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
+    EXPECT_FALSE(QFile::exists(writtenTo));
+    EXPECT_EQ(readAll(data(QStringLiteral("TR000001.TIF"))), QByteArray("page one, page two"));
+    ASSERT_TRUE(ReadImage(s(), 1, false));
+    EXPECT_EQ(s().image.path, s().dataDir);
+    EXPECT_EQ(s().image.volumeId, s().dataVolume.isEmpty() ? QStringLiteral(" ") : s().dataVolume);
+    EXPECT_EQ(s().image.type, QStringLiteral("4"));
+    EXPECT_EQ(s().image.size, QStringLiteral("G"));
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 1 AND \"P/O #\" = 'A'")), 2);
+    EXPECT_EQ(local("Last Image"), QStringLiteral("TR000001.TIF"));
+    EXPECT_EQ(local("ImageDir"), s().dataDir);
+    EXPECT_EQ(local("Size"), QStringLiteral("G"));
+    EXPECT_EQ(local("DPI"), QStringLiteral("300"));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+
+    // The work file can lie in the data directory itself.
+    s().tempDir = s().dataDir;
+    entry(QStringLiteral("H3"), QStringLiteral("P3"));
+    ASSERT_EQ(SaveMTR(s(), 200, [&](const QString& path) {
+                  writtenTo = path;
+                  return write(path, "third");
+              }),
+              2);
+    EXPECT_FALSE(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")));
+    EXPECT_EQ(readAll(data(QStringLiteral("TR000002.TIF"))), QByteArray("third"));
+    EXPECT_EQ(QDir(data()).entryList(QDir::Files), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
+}
+
+TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
+{
+    entry(QStringLiteral("H1"), QStringLiteral("P1"));
+    s().currentImage = 77;
+    // Half a file and then a failure: the report's name never sees it.
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "half") && false; }), 0);
+    EXPECT_EQ(s().currentImage, 0);
+    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_EQ(prompter().asked().first().title, QStringLiteral("Error"));
+    EXPECT_EQ(prompter().asked().first().text, QStringLiteral("Image file was not created!"));
+    EXPECT_EQ(prompter().asked().first().icon, Icon::Exclamation);
+    EXPECT_TRUE(QDir(data()).entryList(QDir::Files).isEmpty());
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")), 0);
+    EXPECT_EQ(nextName(), 2) << "a number once taken is not given back";
+
+    // An entry that fails its checks takes no number and writes nothing.
+    prompter().clear();
+    entry(QString(), QStringLiteral("P1"));
+    bool called = false;
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString&) { return called = true; }), 0);
+    EXPECT_FALSE(called);
+    EXPECT_EQ(nextName(), 2);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Heat # must be entered!"));
+}
+
+TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailKeepsTheFileAndNoRow)
+{
+    // A reference of image 1 without its image row: the entry's row for the
+    // same key can't go in.
+    s().info = InfoRecord{QStringLiteral("H1"), QStringLiteral("P1"), {}, QStringLiteral("Vend"), QStringLiteral("Mfg"), Jan2, 1};
+    ASSERT_TRUE(AddInfo(s(), false, false));
+    entry(QStringLiteral("H1"), QStringLiteral("P1"));
+    prompter().answer(Answer::Ok);  // add anyway
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "pages"); }), 0);
+    EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
+    EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
+    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")), 1);
+    EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000001.TIF"))));
+    // The file keeps its number from being given out again.
+    ASSERT_TRUE(GetNextImage(s(), false));
+    EXPECT_EQ(s().currentImage, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, ImageStoreTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+}  // namespace
