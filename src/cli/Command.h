@@ -36,6 +36,8 @@ public:
 std::unique_ptr<Command> makeInitCommand();
 std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeSettingsCommand();
+std::unique_ptr<Command> makeAddCommand();
+std::unique_ptr<Command> makeShowCommand();
 
 // Output helpers: stdout for results, stderr for one-line failures.
 void printLine(const QString& text);

@@ -20,6 +20,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeInitCommand());
     commands.push_back(makeInfoCommand());
     commands.push_back(makeSettingsCommand());
+    commands.push_back(makeAddCommand());
+    commands.push_back(makeShowCommand());
     return commands;
 }
 
