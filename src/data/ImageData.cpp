@@ -117,15 +117,15 @@ bool GetNextImage(Session& s, bool keepOpen)
         s.options.version = row->at(2).toString().trimmed();
         s.options.clientOptions = row->at(3).toInt();
         s.options.nextName = number + 1;
-        s.currentImage = number;
-        SetNewImagePaths(s, number);
-        s.storedPath = stored.path;
 
         // A file of that name belongs to an image whose row is missing:
         // the number is given up and the next one taken.
         op.step(QStringLiteral("Checking Next Image Number against files"));
-        if (FileExists(s.imageFilePath))
+        if (FileExists(JoinPath(s.dataDir, ImageFileNameFor(number))))
             continue;
+        s.currentImage = number;
+        SetNewImagePaths(s, number);
+        s.storedPath = stored.path;
         if (s.tempFilePath != s.imageFilePath)
             KillFile(s.tempFilePath);
         return true;
