@@ -223,6 +223,8 @@ int main(int argc, char** argv)
     QString conninfo = option("--pg-conninfo", QString());
 
     QTemporaryDir pgDir;
+    // The server runs as its own user when started by root: it must reach its directory.
+    QFile::setPermissions(pgDir.path(), QFile::permissions(pgDir.path()) | QFileDevice::ExeOther | QFileDevice::ExeGroup);
     bool startedServer = false;
     const auto stopServer = [&] {
         if (startedServer)

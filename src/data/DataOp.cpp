@@ -6,6 +6,7 @@
 
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QSqlRecord>
 
 namespace tarlox {
 
@@ -107,6 +108,26 @@ void DataOp::report(qint64 number, const QString& description)
 
 std::optional<QSqlQuery> DataOp::exec(const QString& sql, const QVariantList& binds, OnError onError)
 {
+    return run(sql, binds, onError, false);
+}
+
+std::optional<QVariantList> DataOp::firstRow(const QString& sql, const QVariantList& binds, OnError onError)
+{
+    auto query = run(sql, binds, onError, true);
+    if (!query)
+        return std::nullopt;
+    QVariantList row;
+    if (query->next()) {
+        const int columns = query->record().count();
+        for (int i = 0; i < columns; ++i)
+            row << query->value(i);
+    }
+    query->finish();
+    return row;
+}
+
+std::optional<QSqlQuery> DataOp::run(const QString& sql, const QVariantList& binds, OnError onError, bool reuse)
+{
     lastSql_ = sql;
     if (!connectFailed_)
         failure_ = SqlFailure{};
@@ -115,23 +136,40 @@ std::optional<QSqlQuery> DataOp::exec(const QString& sql, const QVariantList& bi
     while (true) {
         if (!connect())
             return std::nullopt;
-        QSqlQuery query(session_.db().connection());
-        query.setForwardOnly(true);
         bool ok;
-        if (binds.isEmpty()) {
-            // Statements without values (DDL, BEGIN, COMMIT) can't be prepared on every engine.
-            ok = query.exec(sql);
+        std::optional<QSqlQuery> query;
+        if (reuse) {
+            QSqlError prepareError;
+            if (QSqlQuery* kept = session_.db().preparedQuery(sql, &prepareError)) {
+                for (int i = 0; i < binds.size(); ++i)
+                    kept->bindValue(i, binds[i]);
+                ok = kept->exec();
+                query = *kept;
+                if (!ok)
+                    session_.db().forgetPrepared(sql);
+            } else {
+                ok = false;
+                fillFailure(prepareError);
+            }
         } else {
-            ok = query.prepare(sql);
-            if (ok) {
-                for (const QVariant& value : binds)
-                    query.addBindValue(value);
-                ok = query.exec();
+            query.emplace(session_.db().connection());
+            query->setForwardOnly(true);
+            if (binds.isEmpty()) {
+                // Statements without values (DDL, BEGIN, COMMIT) can't be prepared on every engine.
+                ok = query->exec(sql);
+            } else {
+                ok = query->prepare(sql);
+                if (ok) {
+                    for (const QVariant& value : binds)
+                        query->addBindValue(value);
+                    ok = query->exec();
+                }
             }
         }
         if (ok)
             return query;
-        fillFailure(query.lastError());
+        if (query)
+            fillFailure(query->lastError());
         if (failure_.connectionLost)
             session_.db().close();
         if (failure_.locked) {

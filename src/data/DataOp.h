@@ -47,6 +47,10 @@ public:
 
     // Runs one statement. Reads are forward-only. nullopt on failure.
     std::optional<QSqlQuery> exec(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
+    // Runs a statement that a session repeats many times: prepared once per
+    // connection and kept. Gives the first row's values (none when there is
+    // no row) with the statement already finished, so it holds no lock.
+    std::optional<QVariantList> firstRow(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
     // First column of the first row, or an invalid variant.
     std::optional<QVariant> scalar(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
 
@@ -77,6 +81,7 @@ public:
 
 private:
     struct LockedInTransaction {};
+    std::optional<QSqlQuery> run(const QString& sql, const QVariantList& binds, OnError onError, bool reuse);
     bool askLockRetry();
     void reportFailure();
     void fillFailure(const class QSqlError& error);

@@ -194,8 +194,24 @@ bool Database::openPostgres(QSqlDatabase& db)
     return true;
 }
 
+QSqlQuery* Database::preparedQuery(const QString& sql, QSqlError* error)
+{
+    if (const auto found = prepared_.constFind(sql); found != prepared_.constEnd())
+        return found->get();
+    auto query = std::make_shared<QSqlQuery>(connection());
+    query->setForwardOnly(true);
+    if (!query->prepare(sql)) {
+        *error = query->lastError();
+        return nullptr;
+    }
+    prepared_.insert(sql, query);
+    return query.get();
+}
+
 void Database::close()
 {
+    // Kept statements belong to the connection and go before it.
+    prepared_.clear();
     if (!QSqlDatabase::contains(name_))
         return;
     QSqlDatabase db = QSqlDatabase::database(name_, false);

@@ -2,8 +2,12 @@
 
 #include "data/Dialect.h"
 
+#include <QHash>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
+
+#include <memory>
 
 namespace tarlox {
 
@@ -36,6 +40,12 @@ public:
     // The SQLite file, or empty for the server.
     QString fileName() const;
 
+    // A statement prepared once on the open connection and kept until the
+    // connection closes, for statements a session runs again and again.
+    // Null when it can't be prepared; error then tells why.
+    QSqlQuery* preparedQuery(const QString& sql, QSqlError* error);
+    void forgetPrepared(const QString& sql) { prepared_.remove(sql); }
+
 private:
     bool openSqlite(QSqlDatabase& db);
     bool openPostgres(QSqlDatabase& db);
@@ -48,6 +58,7 @@ private:
     bool allowCreate_ = false;
     QString openError_;
     int opens_ = 0;
+    QHash<QString, std::shared_ptr<QSqlQuery>> prepared_;
 };
 
 // libpq's "key=value key='quoted value'" form, also accepting ";" between pairs.

@@ -245,8 +245,12 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
     const Dialect& d = op.dialect();
     rows.clear();
     total = 0;
-    const QString from = QStringLiteral(" FROM %1, %2 WHERE %3 = %4").arg(q("Info"), q("Images"), col("Images", "Image #"), col("Info", "Image #"))
+    const QString condition = QStringLiteral(" WHERE %1 = %2").arg(col("Images", "Image #"), col("Info", "Image #"))
         + (where.isEmpty() ? QString() : QStringLiteral(" AND (") + where.text + QLatin1Char(')'));
+    const QString from = QStringLiteral(" FROM %1, %2").arg(q("Info"), q("Images")) + condition;
+    // SQLite would otherwise walk Images and sort every reference to find the
+    // newest; with Info first it reads the date index backwards and stops.
+    const QString newestFrom = d.isSqlite() ? QStringLiteral(" FROM %1 CROSS JOIN %2").arg(q("Info"), q("Images")) + condition : from;
     const int limit = std::max(maxRows, 0);
     if (limit > 0) {
         op.step(QStringLiteral("Reading the newest references"));
@@ -255,7 +259,7 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
         auto query = op.exec(QStringLiteral("SELECT %1, %2, %3, %4, %5, %6, %7, %8")
                                      .arg(col("Info", "Heat #"), col("Info", "Part #"), col("Info", "P/O #"), col("Info", "Vend Name"),
                                           col("Info", "Mfg Name"), col("Info", "Entry Date"), col("Info", "Image #"), col("Images", "Path"))
-                                 + from
+                                 + newestFrom
                                  + QStringLiteral(" ORDER BY %1 DESC, %2 DESC LIMIT ?").arg(col("Info", "Entry Date"), col("Info", "Image #")),
                              binds);
         if (!query)

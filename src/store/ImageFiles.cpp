@@ -136,6 +136,14 @@ bool CopyFileAtomically(const QString& source, const QString& target, QString* e
     return true;
 }
 
+bool KeepOriginal(const QString& copyPath, QString* error)
+{
+    const QString original = OriginalPathOf(copyPath);
+    if (QFileInfo::exists(original))
+        return true;
+    return CopyFileAtomically(copyPath, original, error);
+}
+
 bool CommitFile(const QString& written, const QString& target, QString* error)
 {
     if (!syncPath(written, O_RDONLY)) {

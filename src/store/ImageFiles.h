@@ -33,6 +33,11 @@ QString BatchPageBufferPath(const QString& tempDir);
 // tempFilePath (on the temporary directory) for a new image number.
 void SetNewImagePaths(Session& session, qint64 number);
 
+// Keeps the Original of a report before its first change: copies the file
+// to its "OR" name when no file of that name exists yet, so the Original is
+// always the file as first captured. True when the Original is there.
+bool KeepOriginal(const QString& copyPath, QString* error);
+
 // Copies source onto target so that target is either as it was or complete:
 // the copy goes to a temporary name beside target ("~" + name + a random
 // tail), is flushed to disk and then renamed over target.

@@ -113,7 +113,9 @@ TEST_P(ImageDataTest, SixDigitsAreTheEnd)
     setNextName(999998);
     touch(data(QStringLiteral("TR999998.TIF")));
     touch(data(QStringLiteral("TR999999.TIF")));
+    s().currentImage = 5;
     EXPECT_FALSE(GetNextImage(s(), false));
+    EXPECT_EQ(s().currentImage, 5) << "a failed call leaves the image in hand alone";
 
     // So does a table whose highest image is the last number.
     setNextName(5);

@@ -93,6 +93,20 @@ TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
     EXPECT_EQ(readAll(dir.filePath(QStringLiteral("TR000003.TIF"))), QByteArray("pages"));
 }
 
+TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
+{
+    QTemporaryDir dir;
+    const QString copy = dir.filePath(QStringLiteral("TR000007.TIF"));
+    write(copy, "scan");
+    QString error;
+    ASSERT_TRUE(KeepOriginal(copy, &error)) << error.toStdString();
+    write(copy, "scan with a stamp");
+    ASSERT_TRUE(KeepOriginal(copy, &error));
+    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("OR000007.TIF"))), QByteArray("scan"));
+    EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF")), &error));
+    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("OR000008.TIF"))));
+}
+
 TEST(FileLists, PageListsHaveNoUpperLimit)
 {
     for (const char* all : {"", "All", "all", " ALL "}) {

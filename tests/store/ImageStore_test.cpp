@@ -257,6 +257,25 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailKeepsTheFileAndNoRow)
     EXPECT_EQ(s().currentImage, 2);
 }
 
+TEST_P(ImageStoreTest, DataDirectoryWithTheYearIsMadeAtStart)
+{
+    ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True")).ok);
+    ScriptedPrompter otherPrompter;
+    auto other = site.openAnother(otherPrompter);
+    const QString year = QString::number(other->now().date().year());
+    // The year is appended as it stands: a key without a trailing separator gives "DATA2026".
+    EXPECT_EQ(other->dataDir, site.path(QStringLiteral("DATA")) + year);
+    EXPECT_TRUE(QFileInfo(other->dataDir).isDir());
+    ASSERT_TRUE(GetNextImage(*other, false));
+    EXPECT_EQ(other->imageFilePath, site.path(QStringLiteral("DATA")) + year + QStringLiteral("/TR000001.TIF"));
+
+    ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("IMG/"))).ok);
+    auto third = site.openAnother(otherPrompter);
+    EXPECT_EQ(third->dataDir, site.path(QStringLiteral("IMG/")) + year);
+    EXPECT_TRUE(QFileInfo(third->dataDir).isDir());
+    EXPECT_TRUE(otherPrompter.asked().isEmpty());
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, ImageStoreTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
 
 }  // namespace
