@@ -13,6 +13,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tarlox"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tarlox"));
+    QApplication::setDesktopFileName(QStringLiteral("tarlox"));
 
     MessageBoxPrompter prompter;
     Session session(prompter);
@@ -25,6 +26,7 @@ int main(int argc, char** argv)
 
     mdiMain window(session);
     prompter.setParent(&window);
+    window.MDIForm_Load();
     window.show();
     return app.exec();
 }

@@ -7,6 +7,7 @@
 #include "startup/Settings.h"
 #include "startup/TextTools.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -19,12 +20,23 @@ QString VersionWithoutRevision(const QString& version)
 
 QString ExistingUpgradeProgram(const QString& path)
 {
-    if (QFileInfo(path).isFile())
+    const QFileInfo info(path);
+    if (info.isFile())
         return path;
-    if (path.endsWith(QLatin1String(".exe"), Qt::CaseInsensitive)) {
-        const QFileInfo bare(path.chopped(4));
-        if (bare.isFile() && bare.isExecutable())
-            return bare.filePath();
+    const QString name = info.fileName();
+    const QString bare = name.endsWith(QLatin1String(".exe"), Qt::CaseInsensitive) ? name.chopped(4) : QString();
+    if (!bare.isEmpty()) {
+        const QFileInfo program(info.dir().filePath(bare));
+        if (program.isFile() && program.isExecutable())
+            return program.filePath();
+    }
+    // The names were made for file systems that ignore case; so do we here.
+    const QFileInfoList entries = info.dir().entryInfoList(QDir::Files);
+    for (const QFileInfo& entry : entries) {
+        if (entry.fileName().compare(name, Qt::CaseInsensitive) == 0)
+            return entry.filePath();
+        if (!bare.isEmpty() && entry.fileName().compare(bare, Qt::CaseInsensitive) == 0 && entry.isExecutable())
+            return entry.filePath();
     }
     return {};
 }

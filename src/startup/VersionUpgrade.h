@@ -17,7 +17,8 @@ VersionOutcome DifferentServerVersion(Session& session);
 QString VersionWithoutRevision(const QString& version);
 
 // The upgrade program as it lies on this system: the name as given, or the
-// same name without ".exe" when that is an executable file.
+// same name without ".exe" when that is an executable file; case is ignored
+// when nothing has exactly that name. Empty when there is none.
 QString ExistingUpgradeProgram(const QString& path);
 
 }  // namespace tarlox

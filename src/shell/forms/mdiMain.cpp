@@ -1,25 +1,687 @@
 #include "shell/forms/mdiMain.h"
 
+#include "data/UserData.h"
+#include "shell/PrinterChoice.h"
+#include "shell/forms/ChildWindow.h"
+#include "shell/forms/DropDownToolButton.h"
+#include "shell/forms/FormLayout.h"
+#include "shell/forms/ShellResources.h"
+#include "shell/forms/ViewerCommands.h"
+#include "startup/CompactData.h"
+#include "startup/ErrorReport.h"
+#include "startup/FormGeometry.h"
+#include "startup/Prompter.h"
 #include "startup/Session.h"
+#include "startup/Startup.h"
+#include "store/SaneDevices.h"
 
-#include <QApplication>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QLayout>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QScreen>
+#include <QToolBar>
 
 namespace tarlox {
 
-mdiMain::mdiMain(Session& session, QWidget* parent)
+namespace {
+
+const QString FormSection = QStringLiteral("Form");
+
+constexpr Qt::WindowStates SizeStates = Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen;
+
+// The buttons that work on the active viewer.
+const QStringList ViewerKeys = {QStringLiteral("Rectangle"), QStringLiteral("Stamp"), QStringLiteral("Line"), QStringLiteral("View")};
+
+// The form each task command opens, menu entry and toolbar button alike.
+struct FormCommand {
+    const char* entry;
+    const char* caption;
+    const char* form;
+};
+
+}  // namespace
+
+mdiMain::mdiMain(Session& session, FormRegistry forms, QWidget* parent)
     : QMainWindow(parent)
     , session_(session)
+    , forms_(std::move(forms))
     , area_(new QMdiArea(this))
 {
+    InitShellResources();
     setObjectName(QStringLiteral("mdiMain"));
-    setWindowTitle(QStringLiteral("Tarlox"));
+    setWindowTitle(ProgramTitle());
+    setWindowIcon(QIcon(QStringLiteral(":/icons/tarlox.svg")));
+
+    area_->setObjectName(QStringLiteral("mdiArea"));
+    // The area takes what is left, down to nothing: the frame can become a strip.
+    area_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
     setCentralWidget(area_);
-    QMenu* file = menuBar()->addMenu(tr("&File"));
-    QAction* exit = file->addAction(tr("E&xit"), this, &QWidget::close);
-    exit->setObjectName(QStringLiteral("mnuExit"));
-    resize(800, 600);
+
+    createMenus();
+    createToolbar();
+    connect(area_, &QMdiArea::subWindowActivated, this, &mdiMain::updateViewerButtons);
+    MDIForm_Activate();
+    resize(stripSize());
+}
+
+mdiMain::~mdiMain()
+{
+    // The base class still hides the children: nothing of this class may react then.
+    closing_ = true;
+    disconnect(area_, nullptr, this, nullptr);
+    const QList<QMdiSubWindow*> windows = area_->subWindowList();
+    for (QMdiSubWindow* window : windows)
+        disconnect(window, nullptr, this, nullptr);
+}
+
+// --- menus and toolbar
+
+QAction* mdiMain::addEntry(QMenu* menu, const QString& name, const QString& caption)
+{
+    QAction* action = menu->addAction(caption);
+    action->setObjectName(name);
+    entries_.insert(name, action);
+    return action;
+}
+
+void mdiMain::addFormEntry(QMenu* menu, const QString& name, const QString& caption, const QString& formName)
+{
+    QAction* action = addEntry(menu, name, caption);
+    entryForms_.insert(name, formName);
+    connect(action, &QAction::triggered, this, [this, formName] { ShowForm(formName); });
+}
+
+void mdiMain::createMenus()
+{
+    auto menu = [this](const QString& name, const QString& caption) {
+        QMenu* m = menuBar()->addMenu(caption);
+        m->setObjectName(name);
+        m->menuAction()->setObjectName(name);
+        return m;
+    };
+
+    QMenu* file = menu(QStringLiteral("mnuFile"), tr("&File"));
+    connect(addEntry(file, QStringLiteral("mnuOpen"), tr("Open new Configuration")), &QAction::triggered, this, &mdiMain::OpenConfiguration);
+    file->addSeparator();
+    const FormCommand capture[] = {
+        {"mnuScan", "&Scan Test Report", "frmScan"},
+        {"mnuBatch", "Add/Scan in &Batch", "frmBatch"},
+        {"mnuBarcode", "Scan Ba&rcoded MTR's", "frmBarcode"},
+    };
+    const FormCommand output[] = {
+        {"mnuFind", "&Find Test Report", "frmFind"},
+        {"mnuPrint", "&Print Test Report", "frmPrint"},
+        {"mnuList", "&List Test Reports", "frmList"},
+        {"mnuFax", "Fax &Control", "frmFaxct"},
+        {"mnuAscii", "&Ascii Listing", "frmAscii"},
+    };
+    const FormCommand upkeep[] = {
+        {"mnuImport", "&Import Data", "frmImport"},
+        {"mnuImportTif", "Import TIF Files", "frmImportTif"},
+        {"mnuUpdate", "Update Info Fields", "frmUpdate"},
+    };
+    for (const FormCommand& c : capture)
+        addFormEntry(file, QLatin1String(c.entry), tr(c.caption), QLatin1String(c.form));
+    file->addSeparator();
+    for (const FormCommand& c : output) {
+        if (qstrcmp(c.entry, "mnuAscii") == 0) {
+            // The listing gathers its data as it opens: the busy pointer meanwhile.
+            QAction* ascii = addEntry(file, QLatin1String(c.entry), tr(c.caption));
+            entryForms_.insert(ascii->objectName(), QLatin1String(c.form));
+            connect(ascii, &QAction::triggered, this, [this, form = QString::fromLatin1(c.form)] {
+                session_.prompter().setBusy(true);
+                ShowForm(form);
+                session_.prompter().setBusy(false);
+            });
+            continue;
+        }
+        addFormEntry(file, QLatin1String(c.entry), tr(c.caption), QLatin1String(c.form));
+    }
+    file->addSeparator();
+    for (const FormCommand& c : upkeep)
+        addFormEntry(file, QLatin1String(c.entry), tr(c.caption), QLatin1String(c.form));
+    connect(addEntry(file, QStringLiteral("mnuRepair"), tr("&Repair the Database")), &QAction::triggered, this, &mdiMain::repairDatabase);
+    file->addSeparator();
+    connect(addEntry(file, QStringLiteral("mnuSrvSetup"), tr("Ser&ver Printer Setup")), &QAction::triggered, this,
+            [this] { SetDefaultPrinter(true); });
+    connect(addEntry(file, QStringLiteral("mnuSetup"), tr("Printer Set&up")), &QAction::triggered, this, [this] { SetDefaultPrinter(false); });
+    file->addSeparator();
+    QAction* exit = addEntry(file, QStringLiteral("mnuExit"), tr("E&xit"));
+    exit->setMenuRole(QAction::QuitRole);
+    connect(exit, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* edit = menu(QStringLiteral("mnuEdit"), tr("&Edit"));
+    addFormEntry(edit, QStringLiteral("mnuChange"), tr("&Change System Information"), QStringLiteral("frmInfo"));
+    addFormEntry(edit, QStringLiteral("mnuChangeServer"), tr("Change Server Information"), QStringLiteral("frmSecure"));
+
+    QMenu* window = menu(QStringLiteral("mnuWindow"), tr("&Window"));
+    connect(addEntry(window, QStringLiteral("mnuWindowCascade"), tr("&Cascade")), &QAction::triggered, this,
+            [this] { Arrange(Arrangement::Cascade); });
+    connect(addEntry(window, QStringLiteral("mnuWindowHorizontal"), tr("&Tile Horizontal")), &QAction::triggered, this,
+            [this] { Arrange(Arrangement::TileHorizontal); });
+    connect(addEntry(window, QStringLiteral("mnuWindowVertical"), tr("Tile &Vertical")), &QAction::triggered, this,
+            [this] { Arrange(Arrangement::TileVertical); });
+    connect(addEntry(window, QStringLiteral("mnuWindowArrange"), tr("&Arrange Icons")), &QAction::triggered, this,
+            [this] { Arrange(Arrangement::Icons); });
+    connect(addEntry(window, QStringLiteral("mnuWindowExpand"), tr("&Expand")), &QAction::triggered, this, &mdiMain::WindowExpand);
+
+    QMenu* help = menu(QStringLiteral("mnuMainHelp"), tr("&Help"));
+    QAction* contents = addEntry(help, QStringLiteral("mnuContents"), tr("&Contents..."));
+    contents->setShortcut(QKeySequence::HelpContents);
+    connect(contents, &QAction::triggered, this, [this] { ShowHelp(HelpWindow::Entry::Contents); });
+    connect(addEntry(help, QStringLiteral("mnuIndex"), tr("&Index...")), &QAction::triggered, this,
+            [this] { ShowHelp(HelpWindow::Entry::Index); });
+    connect(addEntry(help, QStringLiteral("mnuSearch"), tr("&Search...")), &QAction::triggered, this,
+            [this] { ShowHelp(HelpWindow::Entry::Search); });
+    help->addSeparator();
+    addFormEntry(help, QStringLiteral("mnuAbout"), tr("&About"), QStringLiteral("frmAbout"));
+    entries_.value(QStringLiteral("mnuAbout"))->setMenuRole(QAction::AboutRole);
+    connect(addEntry(help, QStringLiteral("mnuChgs"), tr("C&hanges")), &QAction::triggered, this,
+            [this] { ShowHelpTopic(QStringLiteral("changes.html")); });
+}
+
+void mdiMain::addButton(const QString& key, const QString& toolTip, const QString& icon)
+{
+    QAction* command = new QAction(QIcon(QStringLiteral(":/icons/") + icon), key, this);
+    command->setObjectName(key);
+    command->setToolTip(toolTip);
+    connect(command, &QAction::triggered, this, [this, key] { toolbarClick(key); });
+    toolbar_->addAction(command);
+    buttons_.insert(key, Button{command, command});
+}
+
+void mdiMain::addDrawingButton(const QString& key, const QString& toolTip, const QString& icon, const QString& propertiesCaption,
+                               const QString& dialog)
+{
+    QAction* command = new QAction(QIcon(QStringLiteral(":/icons/") + icon), key, this);
+    command->setObjectName(key);
+    command->setToolTip(toolTip);
+    connect(command, &QAction::triggered, this, [this, key] { toolbarClick(key); });
+    drawingDialogs_.insert(key, dialog);
+    QAction* properties = new QAction(propertiesCaption, this);
+    properties->setObjectName(key + QStringLiteral("Properties"));
+    connect(properties, &QAction::triggered, this, [this, key, dialog] { toolbarDropDown(key, dialog); });
+    auto* button = new DropDownToolButton(command, properties, toolbar_);
+    button->setIconSize(toolbar_->iconSize());
+    button->setToolButtonStyle(toolbar_->toolButtonStyle());
+    connect(toolbar_, &QToolBar::iconSizeChanged, button, &QToolButton::setIconSize);
+    connect(toolbar_, &QToolBar::toolButtonStyleChanged, button, &QToolButton::setToolButtonStyle);
+    buttons_.insert(key, Button{command, toolbar_->addWidget(button)});
+}
+
+void mdiMain::createToolbar()
+{
+    toolbar_ = addToolBar(tr("Toolbar"));
+    toolbar_->setObjectName(QStringLiteral("tlbMain"));
+    toolbar_->setMovable(false);
+    toolbar_->setFloatable(false);
+    toolbar_->setIconSize(QSize(24, 24));
+    toolbar_->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    toolbar_->toggleViewAction()->setEnabled(false);
+
+    addButton(QStringLiteral("Scan"), tr("Scan in documents"), QStringLiteral("scan.svg"));
+    addButton(QStringLiteral("Batch"), tr("Add documents in batch"), QStringLiteral("batch.svg"));
+    addButton(QStringLiteral("Barcode"), tr("Enter barcoded documents"), QStringLiteral("barcode.svg"));
+    addButton(QStringLiteral("Find"), tr("Find documents using entered information"), QStringLiteral("find.svg"));
+    addButton(QStringLiteral("List"), tr("Print listings of entered information"), QStringLiteral("list.svg"));
+    addButton(QStringLiteral("Fax"), tr("Show status of and remove open faxes"), QStringLiteral("fax.svg"));
+    QAction* separator = toolbar_->addSeparator();
+    separator->setObjectName(QStringLiteral("ViewerSeparator"));
+    addDrawingButton(QStringLiteral("Rectangle"), tr("Draw rectange. Click down arrow to select properties."), QStringLiteral("rectangle.svg"),
+                     tr("Rectangle Properties..."), QStringLiteral("frmVTRec"));
+    addDrawingButton(QStringLiteral("Stamp"), tr("Stamp image or text. Click down arrow to select image or set text."),
+                     QStringLiteral("stamp.svg"), tr("Stamp Image or Text..."), QStringLiteral("frmVTStm"));
+    addDrawingButton(QStringLiteral("Line"), tr("Draw line. Click down arrow to select properties."), QStringLiteral("line.svg"),
+                     tr("Line Properties..."), QStringLiteral("frmVTLin"));
+    addButton(QStringLiteral("View"), tr("Magnify picture."), QStringLiteral("view.svg"));
+    buttons_.insert(separator->objectName(), Button{separator, separator});
+}
+
+QAction* mdiMain::menuEntry(const QString& name) const
+{
+    return entries_.value(name);
+}
+
+QAction* mdiMain::toolbarButton(const QString& key) const
+{
+    return buttons_.value(key).placement;
+}
+
+void mdiMain::EnableOption(QAction* menuEntry, bool enable)
+{
+    if (!menuEntry)
+        return;
+    menuEntry->setEnabled(enable);
+    const QString key = menuEntry->objectName().mid(3);
+    const auto it = buttons_.constFind(key);
+    if (it == buttons_.constEnd())
+        return;
+    it->command->setEnabled(enable);
+    it->placement->setVisible(enable);
+    fitToolbar();
+}
+
+void mdiMain::MDIForm_Activate()
+{
+    const auto offered = [this](const QString& entry) { return forms_.has(entryForms_.value(entry)); };
+    const auto enableForm = [&](const char* entry, bool machineOffers = true) {
+        const QString name = QLatin1String(entry);
+        EnableOption(entries_.value(name), machineOffers && offered(name));
+    };
+    enableForm("mnuScan", scannerPresent());
+    enableForm("mnuBatch");
+    enableForm("mnuBarcode");
+    enableForm("mnuFind");
+    enableForm("mnuPrint");
+    enableForm("mnuList");
+    enableForm("mnuFax", faxAvailable_);
+    enableForm("mnuAscii");
+    enableForm("mnuImport");
+    enableForm("mnuImportTif");
+    enableForm("mnuUpdate");
+    enableForm("mnuChange");
+    enableForm("mnuChangeServer");
+    enableForm("mnuAbout");
+    EnableOption(entries_.value(QStringLiteral("mnuSrvSetup")), true);
+    // Rebuilding is a matter of the file database; the server keeps its own.
+    EnableOption(entries_.value(QStringLiteral("mnuRepair")), session_.databaseType == QLatin1String("Access"));
+    updateViewerButtons();
+}
+
+void mdiMain::fitToolbar()
+{
+    // A toolbar without a button would be an empty bar: it goes until one comes.
+    const bool any = std::any_of(buttons_.cbegin(), buttons_.cend(), [](const Button& b) {
+        return b.placement->isVisible() && !b.placement->isSeparator();
+    });
+    if (toolbar_->isVisibleTo(this) == any)
+        return;
+    toolbar_->setVisible(any);
+    if (area_->subWindowList().isEmpty() && !(windowState() & SizeStates))
+        resize(stripSize());
+}
+
+void mdiMain::updateViewerButtons()
+{
+    const bool viewer = dynamic_cast<ViewerCommands*>(activeForm()) != nullptr;
+    for (const QString& key : ViewerKeys) {
+        const Button& b = buttons_[key];
+        b.command->setEnabled(viewer);
+        b.placement->setVisible(viewer);
+        // The properties of a drawing tool come from a dialog of its own.
+        if (QAction* properties = findChild<QAction*>(key + QStringLiteral("Properties")))
+            properties->setEnabled(viewer && forms_.has(drawingDialogs_.value(key)));
+    }
+    buttons_[QStringLiteral("ViewerSeparator")].placement->setVisible(viewer);
+    fitToolbar();
+}
+
+void mdiMain::toolbarClick(const QString& key)
+{
+    session_.traceCall(QStringLiteral("tlbMain_ButtonClick"), {QStringLiteral("Button = ") + key});
+    currentChild_ = activeForm();
+    if (ViewerKeys.contains(key)) {
+        auto* viewer = dynamic_cast<ViewerCommands*>(currentChild_.data());
+        if (!viewer)
+            return;
+        if (key == QLatin1String("Rectangle"))
+            viewer->RectangleCommand();
+        else if (key == QLatin1String("Stamp"))
+            viewer->StampCommand();
+        else if (key == QLatin1String("Line"))
+            viewer->LineCommand();
+        else
+            viewer->ViewCommand();
+        return;
+    }
+    ShowForm(entryForms_.value(QStringLiteral("mnu") + key));
+}
+
+void mdiMain::toolbarDropDown(const QString& key, const QString& dialog)
+{
+    session_.traceCall(QStringLiteral("tlbMain_ButtonDropDown"), {QStringLiteral("Button = ") + key});
+    currentChild_ = activeForm();
+    ShowForm(dialog);
+}
+
+// --- load and the machine's devices
+
+void mdiMain::MDIForm_Load()
+{
+    session_.traceCall(QStringLiteral("MDIForm_Load"));
+    // No fax component in this build yet: the fax command is not offered.
+    faxAvailable_ = false;
+    ChildUnload(nullptr);
+    session_.machine.lastLogin = session_.now();
+    MDIForm_Activate();
+    // Looking for scanners can take seconds; until it answers the command
+    // stands as this machine's row last recorded it.
+    ProbeSaneDevices(this, [this](const QList<SaneDevice>& devices) { scannerFound(!devices.isEmpty()); });
+}
+
+void mdiMain::scannerFound(bool present)
+{
+    scannerKnown_ = true;
+    session_.machine.scanner = present;
+    UpdateUser(session_, false);
+    MDIForm_Activate();
+    emit scannerChecked(present);
+}
+
+bool mdiMain::scannerPresent() const
+{
+    return session_.machine.scanner;
+}
+
+void mdiMain::setFaxAvailable(bool available)
+{
+    faxAvailable_ = available;
+    MDIForm_Activate();
+}
+
+// --- children
+
+QWidget* mdiMain::activeForm() const
+{
+    QMdiSubWindow* window = area_->currentSubWindow();
+    return window ? window->widget() : nullptr;
+}
+
+QWidget* mdiMain::ShowForm(const QString& formName)
+{
+    session_.traceCall(QStringLiteral("ShowForm"), {QStringLiteral("Form = ") + formName});
+    const FormEntry* entry = forms_.find(formName);
+    if (!entry)
+        return nullptr;
+    if (entry->kind == FormKind::Dialog)
+        return openDialog(*entry);
+    const QList<QMdiSubWindow*> windows = area_->subWindowList();
+    for (QMdiSubWindow* window : windows) {
+        auto* child = qobject_cast<ChildWindow*>(window);
+        if (!child || child->formName() != formName || !child->form())
+            continue;
+        if (child->isMinimized())
+            child->showNormal();
+        area_->setActiveSubWindow(child);
+        child->raise();
+        return child->form();
+    }
+    return openChild(*entry);
+}
+
+QWidget* mdiMain::ShowInstance(const QString& formName)
+{
+    session_.traceCall(QStringLiteral("ShowInstance"), {formName});
+    const FormEntry* entry = forms_.find(formName);
+    if (!entry)
+        return nullptr;
+    return entry->kind == FormKind::Dialog ? openDialog(*entry) : openChild(*entry);
+}
+
+QWidget* mdiMain::openChild(const FormEntry& entry)
+{
+    QWidget* form = entry.create(FormContext{session_, *this});
+    if (!form)
+        return nullptr;
+    if (form->objectName().isEmpty())
+        form->setObjectName(entry.name);
+    const bool designedSize = form->testAttribute(Qt::WA_Resized);
+    const QSize designed = form->size();
+    auto* window = new ChildWindow(form, entry.name);
+    connect(window, &ChildWindow::unloading, this, &mdiMain::childUnloading);
+    area_->addSubWindow(window);
+    window->adjustSize();
+    if (designedSize)
+        window->resize(window->size() - window->contentsRect().size() + designed);
+    window->show();
+    GetFormSize(session_, window, FormSection, entry.name);
+    ChildLoad(window);
+    area_->setActiveSubWindow(window);
+    return form;
+}
+
+QWidget* mdiMain::openDialog(const FormEntry& entry)
+{
+    if (QWidget* open = dialogs_.value(entry.name)) {
+        open->raise();
+        open->activateWindow();
+        return open;
+    }
+    QWidget* dialog = entry.create(FormContext{session_, *this});
+    if (!dialog)
+        return nullptr;
+    if (dialog->objectName().isEmpty())
+        dialog->setObjectName(entry.name);
+    if (dialog->parentWidget() != this)
+        dialog->setParent(this, dialog->windowFlags() | Qt::Dialog);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialogs_.insert(entry.name, dialog);
+    dialog->show();
+    return dialog;
+}
+
+void mdiMain::childUnloading(ChildWindow* window)
+{
+    SaveFormSize(session_, window, FormSection, window->formName());
+    ChildUnload(window);
+    if (currentChild_ == window->form())
+        currentChild_ = nullptr;
+}
+
+QSize mdiMain::chrome() const
+{
+    // Measured from the bars, not from the area: in the strip the area has
+    // no room at all and keeps whatever size it last had.
+    layout()->activate();
+    int top = 0;
+    if (menuBar()->isVisibleTo(this))
+        top = std::max(top, menuBar()->geometry().bottom() + 1);
+    if (toolbar_->isVisibleTo(this))
+        top = std::max(top, toolbar_->geometry().bottom() + 1);
+    const int frame = 2 * area_->frameWidth();
+    return QSize(frame, top + frame);
+}
+
+QSize mdiMain::stripSize() const
+{
+    const QSize least = minimumSizeHint();
+    return QSize(std::max(TwipsToPixels(StripWidthTwips), least.width()), least.height());
+}
+
+void mdiMain::ChildLoad(QMdiSubWindow* child)
+{
+    session_.traceCall(QStringLiteral("ChildLoad"), {child ? child->objectName() : QString()});
+    if (!(windowState() & SizeStates) && stateSaved_) {
+        stateSaved_ = false;
+        if (savedState_ & SizeStates)
+            setWindowState((windowState() & ~SizeStates) | savedState_);
+    }
+    if ((windowState() & SizeStates) || !child)
+        return;
+    QRect place = child->geometry();
+    if (place.top() < 0)
+        place.moveTop(0);
+    if (place.left() < 0)
+        place.moveLeft(0);
+    if (place.topLeft() != child->pos())
+        child->move(place.topLeft());
+    const QSize extra = chrome();
+    QSize wanted = size().expandedTo(QSize(place.left() + place.width() + extra.width(), place.top() + place.height() + extra.height()));
+    if (const QScreen* screen = this->screen())
+        wanted = wanted.boundedTo(screen->availableSize().expandedTo(size()));
+    if (wanted != size())
+        resize(wanted);
+}
+
+void mdiMain::ChildUnload(QMdiSubWindow* child)
+{
+    session_.traceCall(QStringLiteral("ChildUnload"), {child ? child->objectName() : objectName()});
+    if (closing_)
+        return;
+    const QList<QMdiSubWindow*> windows = area_->subWindowList();
+    for (QMdiSubWindow* window : windows)
+        if (window != child)
+            return;
+    savedState_ = windowState() & SizeStates;
+    stateSaved_ = true;
+    if (windowState() & SizeStates)
+        setWindowState(windowState() & ~SizeStates);
+    resize(stripSize());
+    const QPoint at = pos();
+    if (at.x() < 0 || at.y() < 0)
+        move(std::max(0, at.x()), std::max(0, at.y()));
+}
+
+void mdiMain::WindowExpand()
+{
+    session_.traceCall(QStringLiteral("WindowExpand"));
+    const QRect room(QPoint(0, 0), area_->contentsRect().size());
+    const QList<QMdiSubWindow*> windows = area_->subWindowList();
+    for (QMdiSubWindow* window : windows) {
+        const bool sizable = window->minimumSize() != window->maximumSize();
+        if (!sizable || (window->windowState() & SizeStates) || !window->isVisible())
+            continue;
+        window->setGeometry(room);
+    }
+}
+
+void mdiMain::Arrange(Arrangement arrangement)
+{
+    if (arrangement == Arrangement::Cascade) {
+        area_->cascadeSubWindows();
+        return;
+    }
+    const QSize room = area_->contentsRect().size();
+    QList<QMdiSubWindow*> open;
+    QList<QMdiSubWindow*> icons;
+    const QList<QMdiSubWindow*> windows = area_->subWindowList(QMdiArea::CreationOrder);
+    for (QMdiSubWindow* window : windows) {
+        if (!window->isVisible())
+            continue;
+        (window->isMinimized() ? icons : open).append(window);
+    }
+    if (arrangement == Arrangement::Icons) {
+        int x = 0;
+        int y = room.height();
+        int rowHeight = 0;
+        for (QMdiSubWindow* icon : icons) {
+            if (x > 0 && x + icon->width() > room.width()) {
+                x = 0;
+                y -= rowHeight;
+                rowHeight = 0;
+            }
+            rowHeight = std::max(rowHeight, icon->height());
+            icon->move(x, y - icon->height());
+            x += icon->width();
+        }
+        return;
+    }
+    if (open.isEmpty())
+        return;
+    const int count = static_cast<int>(open.size());
+    for (int i = 0; i < count; ++i) {
+        QMdiSubWindow* window = open[i];
+        if (window->isMaximized())
+            window->showNormal();
+        if (arrangement == Arrangement::TileHorizontal) {
+            const int top = room.height() * i / count;
+            window->setGeometry(0, top, room.width(), room.height() * (i + 1) / count - top);
+        } else {
+            const int left = room.width() * i / count;
+            window->setGeometry(left, 0, room.width() * (i + 1) / count - left, room.height());
+        }
+    }
+}
+
+// --- commands of the frame
+
+void mdiMain::repairDatabase()
+{
+    CompactData(session_);
+}
+
+void mdiMain::SetDefaultPrinter(bool server)
+{
+    session_.traceCall(QStringLiteral("SetDefaultPrinter"), {server ? QStringLiteral("True") : QStringLiteral("False")});
+    const PrinterRole role = PrinterRoleOf(session_, server);
+    // The dialog works on a printer of its own: the machine's default stays as it is.
+    QPrinter printer;
+    if (!role.name.isEmpty())
+        printer.setPrinterName(role.name);
+    printer.setPaperSource(static_cast<QPrinter::PaperSource>(role.bin));
+    QPrintDialog dialog(&printer, this);
+    dialog.setWindowTitle(server ? tr("Server Printer Setup") : tr("Printer Setup"));
+    dialog.setOption(QAbstractPrintDialog::PrintToFile, false);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    KeepPrinterChoice(session_, server, printer.printerName(), static_cast<int>(printer.paperSource()));
+}
+
+void mdiMain::OpenConfiguration()
+{
+    session_.traceCall(QStringLiteral("mnuOpen_Click"));
+    const QString start = QFileInfo::exists(session_.localIni) ? session_.localIni : QString();
+    // Cancelling leaves the name empty: the program directory's own file is read again.
+    session_.localIni = session_.prompter().chooseOpenFile(tr("Open new Configuration"), start, tr("Configuration Files (*.ini *.INI)"));
+    if (!StartSession(session_)) {
+        // The boxes of the start said 'Cancel' ends Tarlox; so it does here.
+        close();
+        return;
+    }
+    MDIForm_Activate();
+}
+
+void mdiMain::ShowHelp(HelpWindow::Entry entry)
+{
+    if (!help_)
+        help_ = new HelpWindow(this);
+    help_->show();
+    help_->raise();
+    help_->activateWindow();
+    help_->showEntry(entry);
+}
+
+void mdiMain::ShowHelpTopic(const QString& topic)
+{
+    ShowHelp(HelpWindow::Entry::Contents);
+    help_->showTopic(topic);
+}
+
+// --- events
+
+void mdiMain::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        MDIForm_Activate();
+    QMainWindow::changeEvent(event);
+}
+
+void mdiMain::closeEvent(QCloseEvent* event)
+{
+    closing_ = true;
+    area_->closeAllSubWindows();
+    const QList<QMdiSubWindow*> windows = area_->subWindowList();
+    const bool refused = std::any_of(windows.begin(), windows.end(), [](QMdiSubWindow* w) { return w->isVisible(); });
+    if (refused) {
+        closing_ = false;
+        event->ignore();
+        return;
+    }
+    for (const QPointer<QWidget>& dialog : std::as_const(dialogs_))
+        if (dialog)
+            dialog->close();
+    if (help_)
+        help_->close();
+    event->accept();
 }
 
 }  // namespace tarlox

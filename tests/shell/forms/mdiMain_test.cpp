@@ -1,0 +1,498 @@
+#include "data/UserData.h"
+#include "shell/forms/DropDownToolButton.h"
+#include "shell/forms/FormLayout.h"
+#include "shell/forms/HelpWindow.h"
+#include "shell/forms/ViewerCommands.h"
+#include "shell/forms/mdiMain.h"
+#include "startup/FormGeometry.h"
+#include "startup/IniFile.h"
+#include "support/TestSite.h"
+#include "WidgetApplication.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDeadlineTimer>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextBrowser>
+#include <QToolBar>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// SANE reads where its configuration is once per process: a directory of
+// our own, whose dll.conf each test sets to the backends it wants.
+const QString SaneDir = [] {
+    const QString dir = QDir::temp().filePath(QStringLiteral("tarlox-sane-%1").arg(QCoreApplication::applicationPid()));
+    QDir().mkpath(dir);
+    qputenv("SANE_CONFIG_DIR", QFile::encodeName(dir));
+    return dir;
+}();
+
+void useSaneBackend(const char* backend)
+{
+    QFile dll(QDir(SaneDir).filePath(QStringLiteral("dll.conf")));
+    ASSERT_TRUE(dll.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    dll.write(backend);
+    dll.write("\n");
+    QFile test(QDir(SaneDir).filePath(QStringLiteral("test.conf")));
+    ASSERT_TRUE(test.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    test.write("number_of_devices 1\n");
+}
+
+template <class Predicate> bool waitUntil(Predicate done, int ms = 3000)
+{
+    const QDeadlineTimer deadline(ms);
+    while (!done() && !deadline.hasExpired())
+        QTest::qWait(10);
+    return done();
+}
+
+class TestForm : public QWidget {
+public:
+    TestForm(Session&, mdiMain&) { resize(300, 200); }
+    bool refuseClose = false;
+
+protected:
+    void closeEvent(QCloseEvent* event) override
+    {
+        if (refuseClose)
+            event->ignore();
+        else
+            QWidget::closeEvent(event);
+    }
+};
+
+class TestViewer : public QWidget, public ViewerCommands {
+public:
+    TestViewer(Session&, mdiMain&) { resize(320, 240); }
+    void RectangleCommand() override { calls << QStringLiteral("Rectangle"); }
+    void StampCommand() override { calls << QStringLiteral("Stamp"); }
+    void LineCommand() override { calls << QStringLiteral("Line"); }
+    void ViewCommand() override { calls << QStringLiteral("View"); }
+    QStringList calls;
+};
+
+class TestDialog : public QDialog {
+public:
+    TestDialog(Session&, mdiMain&) {}
+};
+
+FormRegistry testForms()
+{
+    FormRegistry forms;
+    forms.child<TestForm>(QStringLiteral("frmScan"));
+    forms.child<TestForm>(QStringLiteral("frmBatch"));
+    forms.child<TestForm>(QStringLiteral("frmBarcode"));
+    forms.child<TestForm>(QStringLiteral("frmFind"));
+    forms.child<TestViewer>(QStringLiteral("frmView"));
+    forms.dialog<TestDialog>(QStringLiteral("frmVTRec"));
+    return forms;
+}
+
+class Frame : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        frame = std::make_unique<mdiMain>(site.session(), testForms());
+        frame->move(10, 10);
+        frame->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame.get()));
+        frame->ChildUnload(nullptr);
+    }
+    void TearDown() override
+    {
+        frame.reset();
+        QTest::qWait(1);
+    }
+
+    QMdiSubWindow* windowOf(QWidget* form) { return qobject_cast<QMdiSubWindow*>(FormWindowOf(form)); }
+    int openChildren() const { return static_cast<int>(frame->mdiArea()->subWindowList().size()); }
+    bool isStrip() const { return frame->size() == frame->stripSize(); }
+    QSize room() const { return frame->mdiArea()->contentsRect().size(); }
+
+    TestSite site;
+    std::unique_ptr<mdiMain> frame;
+};
+
+}  // namespace
+
+TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
+{
+    EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
+    EXPECT_EQ(frame->width(), TwipsToPixels(StripWidthTwips));
+    // Title, menus and toolbar, and no room for children.
+    EXPECT_EQ(frame->height(), frame->menuBar()->height() + frame->toolbar()->height());
+    EXPECT_TRUE(frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty());
+    // The menus stand in their order, with their access keys.
+    QStringList menus;
+    for (QAction* a : frame->menuBar()->actions())
+        menus << a->text();
+    EXPECT_EQ(menus, (QStringList{QStringLiteral("&File"), QStringLiteral("&Edit"), QStringLiteral("&Window"), QStringLiteral("&Help")}));
+    QStringList file;
+    for (QAction* a : frame->menuBar()->actions().first()->menu()->actions())
+        if (!a->isSeparator())
+            file << a->objectName();
+    EXPECT_EQ(file, (QStringList{QStringLiteral("mnuOpen"), QStringLiteral("mnuScan"), QStringLiteral("mnuBatch"), QStringLiteral("mnuBarcode"),
+                                 QStringLiteral("mnuFind"), QStringLiteral("mnuPrint"), QStringLiteral("mnuList"), QStringLiteral("mnuFax"),
+                                 QStringLiteral("mnuAscii"), QStringLiteral("mnuImport"), QStringLiteral("mnuImportTif"), QStringLiteral("mnuUpdate"),
+                                 QStringLiteral("mnuRepair"), QStringLiteral("mnuSrvSetup"), QStringLiteral("mnuSetup"), QStringLiteral("mnuExit")}));
+    EXPECT_EQ(frame->menuEntry(QStringLiteral("mnuBarcode"))->text(), QStringLiteral("Scan Ba&rcoded MTR's"));
+    EXPECT_EQ(frame->menuEntry(QStringLiteral("mnuSrvSetup"))->text(), QStringLiteral("Ser&ver Printer Setup"));
+    EXPECT_EQ(frame->menuEntry(QStringLiteral("mnuChgs"))->text(), QStringLiteral("C&hanges"));
+}
+
+TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
+{
+    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    ASSERT_TRUE(form);
+    QMdiSubWindow* window = windowOf(form);
+    // Straight from the strip the frame already holds the child as it opened.
+    ASSERT_TRUE(waitUntil([&] { return room().width() >= window->geometry().right() + 1; }));
+    EXPECT_GE(room().height(), window->geometry().bottom() + 1);
+    // A child of 6,000 by 4,000 twips at the origin.
+    window->setGeometry(0, 0, TwipsToPixels(6000), TwipsToPixels(4000));
+    frame->ChildLoad(window);
+    ASSERT_TRUE(waitUntil([&] { return room().width() >= 400 && room().height() >= 267; }))
+        << room().width() << "x" << room().height();
+    EXPECT_EQ(window->geometry(), QRect(0, 0, 400, 267));
+
+    // A child that stands partly above or left of the room is moved in.
+    window->move(-30, -20);
+    frame->ChildLoad(window);
+    EXPECT_EQ(window->pos(), QPoint(0, 0));
+
+    window->close();
+    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
+}
+
+TEST_F(Frame, MaximizedFrameBecomesTheStripAndTheNextChildMaximizesItAgain)
+{
+    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    frame->showMaximized();
+    ASSERT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+    windowOf(form)->close();
+    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    EXPECT_FALSE(frame->isMaximized());
+    EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
+
+    frame->ShowForm(QStringLiteral("frmBatch"));
+    EXPECT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+
+    // Restored by hand while a child is open, it stays normal for the next child.
+    frame->showNormal();
+    ASSERT_TRUE(waitUntil([&] { return !frame->isMaximized(); }));
+    frame->ShowForm(QStringLiteral("frmFind"));
+    QTest::qWait(20);
+    EXPECT_FALSE(frame->isMaximized());
+}
+
+TEST_F(Frame, ScanTwiceRaisesTheOneWindowAndRestoresItWhenMinimized)
+{
+    site.session().machine.scanner = true;
+    frame->MDIForm_Activate();
+    QAction* scan = frame->toolbarButton(QStringLiteral("Scan"));
+    ASSERT_TRUE(scan->isVisible());
+    scan->trigger();
+    frame->ShowForm(QStringLiteral("frmFind"));
+    scan->trigger();
+    ASSERT_EQ(openChildren(), 2);
+    QMdiSubWindow* scanWindow = frame->mdiArea()->currentSubWindow();
+    EXPECT_EQ(scanWindow->widget()->objectName(), QStringLiteral("frmScan"));
+
+    scanWindow->showMinimized();
+    frame->ShowForm(QStringLiteral("frmFind"));
+    frame->menuEntry(QStringLiteral("mnuScan"))->trigger();
+    EXPECT_EQ(openChildren(), 2);
+    EXPECT_FALSE(scanWindow->isMinimized());
+    EXPECT_EQ(frame->mdiArea()->currentSubWindow(), scanWindow);
+}
+
+TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
+{
+    frame->MDIForm_Activate();
+    const auto entryEnabled = [&](const char* name) { return frame->menuEntry(QLatin1String(name))->isEnabled(); };
+    const auto buttonShown = [&](const char* key) { return frame->toolbarButton(QLatin1String(key))->isVisible(); };
+    EXPECT_TRUE(entryEnabled("mnuBatch"));
+    EXPECT_TRUE(buttonShown("Batch"));
+    EXPECT_TRUE(entryEnabled("mnuFind"));
+    EXPECT_FALSE(entryEnabled("mnuList"));
+    EXPECT_FALSE(buttonShown("List"));
+    EXPECT_FALSE(entryEnabled("mnuFax"));
+    EXPECT_FALSE(buttonShown("Fax"));
+    for (const char* entry : {"mnuPrint", "mnuAscii", "mnuImport", "mnuImportTif", "mnuUpdate", "mnuChange", "mnuChangeServer", "mnuAbout"})
+        EXPECT_FALSE(entryEnabled(entry)) << entry;
+    for (const char* entry : {"mnuOpen", "mnuRepair", "mnuSrvSetup", "mnuSetup", "mnuExit", "mnuWindowCascade", "mnuWindowExpand",
+                              "mnuContents", "mnuIndex", "mnuSearch", "mnuChgs"})
+        EXPECT_TRUE(entryEnabled(entry)) << entry;
+
+    // The program's own list today: no command may open an empty window.
+    mdiMain bare(site.session());
+    bare.MDIForm_Activate();
+    const QWidgetList before = QApplication::topLevelWidgets();
+    for (const char* entry : {"mnuScan", "mnuBatch", "mnuBarcode", "mnuFind", "mnuPrint", "mnuList", "mnuFax", "mnuAscii", "mnuImport",
+                              "mnuImportTif", "mnuUpdate", "mnuChange", "mnuChangeServer", "mnuAbout"}) {
+        QAction* action = bare.menuEntry(QLatin1String(entry));
+        EXPECT_FALSE(action->isEnabled()) << entry;
+        action->trigger();
+    }
+    EXPECT_EQ(bare.ShowForm(QStringLiteral("frmScan")), nullptr);
+    EXPECT_TRUE(bare.mdiArea()->subWindowList().isEmpty());
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), before.size());
+    EXPECT_FALSE(bare.toolbar()->isVisibleTo(&bare));
+}
+
+TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
+{
+    for (const char* key : {"Rectangle", "Stamp", "Line", "View"})
+        EXPECT_FALSE(frame->toolbarButton(QLatin1String(key))->isVisible()) << key;
+
+    auto* first = dynamic_cast<TestViewer*>(frame->ShowInstance(QStringLiteral("frmView")));
+    auto* second = dynamic_cast<TestViewer*>(frame->ShowInstance(QStringLiteral("frmView")));
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(openChildren(), 2);
+    for (const char* key : {"Rectangle", "Stamp", "Line", "View"})
+        EXPECT_TRUE(frame->toolbarButton(QLatin1String(key))->isVisible()) << key;
+
+    frame->findChild<QAction*>(QStringLiteral("Rectangle"))->trigger();
+    frame->findChild<QAction*>(QStringLiteral("View"))->trigger();
+    EXPECT_EQ(second->calls, (QStringList{QStringLiteral("Rectangle"), QStringLiteral("View")}));
+    EXPECT_TRUE(first->calls.isEmpty());
+    EXPECT_EQ(frame->currentChild(), second);
+
+    // The arrow beside Rectangle opens its properties at once, modal.
+    auto* button = frame->toolbar()->findChild<DropDownToolButton*>(QStringLiteral("Rectangle"));
+    ASSERT_TRUE(button);
+    frame->mdiArea()->setActiveSubWindow(windowOf(first));
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(button->width() - 3, button->height() / 2));
+    QWidget* properties = frame->findChild<QDialog*>(QStringLiteral("frmVTRec"));
+    ASSERT_TRUE(properties);
+    EXPECT_TRUE(properties->isVisible());
+    EXPECT_EQ(properties->windowModality(), Qt::ApplicationModal);
+    EXPECT_EQ(frame->currentChild(), first);
+    EXPECT_TRUE(first->calls.isEmpty());
+    properties->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    // Stamp and Line have no properties dialog in this build: nothing to open.
+    QAction* stampProperties = frame->findChild<QAction*>(QStringLiteral("StampProperties"));
+    EXPECT_FALSE(stampProperties->isEnabled());
+    stampProperties->trigger();
+    EXPECT_EQ(frame->findChildren<QDialog*>().size(), 0);
+
+    frame->ShowForm(QStringLiteral("frmScan"));
+    EXPECT_FALSE(frame->toolbarButton(QStringLiteral("Rectangle"))->isVisible());
+    EXPECT_FALSE(frame->findChild<QAction*>(QStringLiteral("Rectangle"))->isEnabled());
+}
+
+TEST_F(Frame, WindowMenuArrangesTheChildren)
+{
+    frame->resize(800, 600);
+    ASSERT_TRUE(waitUntil([&] { return room().width() > 600; }));
+    QMdiSubWindow* a = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    QMdiSubWindow* b = windowOf(frame->ShowForm(QStringLiteral("frmFind")));
+    const QSize r = room();
+
+    frame->menuEntry(QStringLiteral("mnuWindowVertical"))->trigger();
+    EXPECT_EQ(a->geometry(), QRect(0, 0, r.width() / 2, r.height()));
+    EXPECT_EQ(b->geometry().left(), r.width() / 2);
+
+    frame->menuEntry(QStringLiteral("mnuWindowHorizontal"))->trigger();
+    EXPECT_EQ(a->geometry(), QRect(0, 0, r.width(), r.height() / 2));
+    EXPECT_EQ(b->geometry().top(), r.height() / 2);
+
+    frame->menuEntry(QStringLiteral("mnuWindowCascade"))->trigger();
+    EXPECT_NE(a->pos(), b->pos());
+
+    // Expand fills the frame with each sizable child in its normal state.
+    b->setFixedSize(b->size());
+    frame->menuEntry(QStringLiteral("mnuWindowExpand"))->trigger();
+    EXPECT_EQ(a->geometry(), QRect(QPoint(0, 0), r));
+    EXPECT_NE(b->geometry(), QRect(QPoint(0, 0), r));
+
+    b->setMinimumSize(0, 0);
+    b->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    a->showMinimized();
+    b->showMinimized();
+    frame->menuEntry(QStringLiteral("mnuWindowArrange"))->trigger();
+    EXPECT_EQ(a->geometry().bottom(), r.height() - 1);
+    EXPECT_EQ(b->geometry().bottom(), r.height() - 1);
+    EXPECT_EQ(a->geometry().left(), 0);
+    EXPECT_EQ(b->geometry().left(), a->geometry().right() + 1);
+}
+
+TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
+{
+    frame->resize(900, 700);
+    QMdiSubWindow* window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    window->setGeometry(30, 40, 450, 300);
+    window->close();
+    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    const auto key = [&](const char* k) { return ReadIniValue(site.localIni(), QStringLiteral("Form"), QLatin1String(k)).value; };
+    EXPECT_EQ(key("frmScanState"), QStringLiteral("0"));
+    EXPECT_EQ(key("frmScanLeft"), QStringLiteral("450"));
+    EXPECT_EQ(key("frmScanTop"), QStringLiteral("600"));
+    EXPECT_EQ(key("frmScanWidth"), QStringLiteral("6750"));
+    EXPECT_EQ(key("frmScanHeight"), QStringLiteral("4500"));
+
+    window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    EXPECT_EQ(window->geometry(), QRect(30, 40, 450, 300));
+    window->showMaximized();
+    window->close();
+    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    EXPECT_EQ(key("frmScanState"), QStringLiteral("2"));
+    EXPECT_EQ(key("frmScanWidth"), QStringLiteral("6750"));
+    window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    EXPECT_TRUE(window->isMaximized());
+}
+
+TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
+{
+    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    form->close();
+    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
+    EXPECT_FALSE(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanState")).value.isEmpty());
+}
+
+TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
+{
+    auto* stubborn = static_cast<TestForm*>(frame->ShowForm(QStringLiteral("frmScan")));
+    frame->ShowForm(QStringLiteral("frmFind"));
+    stubborn->refuseClose = true;
+    frame->menuEntry(QStringLiteral("mnuExit"))->trigger();
+    EXPECT_TRUE(frame->isVisible());
+    EXPECT_TRUE(waitUntil([&] { return openChildren() == 1; }));
+
+    stubborn->refuseClose = false;
+    frame->ShowHelp(HelpWindow::Entry::Contents);
+    frame->menuEntry(QStringLiteral("mnuExit"))->trigger();
+    EXPECT_FALSE(frame->isVisible());
+    EXPECT_FALSE(frame->helpWindow()->isVisible());
+}
+
+TEST_F(Frame, HelpOpensAtContentsIndexSearchAndChanges)
+{
+    frame->menuEntry(QStringLiteral("mnuIndex"))->trigger();
+    HelpWindow* help = frame->helpWindow();
+    ASSERT_TRUE(help);
+    EXPECT_TRUE(help->isVisible());
+    EXPECT_EQ(help->currentEntry(), HelpWindow::Entry::Index);
+    frame->menuEntry(QStringLiteral("mnuSearch"))->trigger();
+    EXPECT_EQ(frame->helpWindow(), help);
+    EXPECT_EQ(help->currentEntry(), HelpWindow::Entry::Search);
+    frame->menuEntry(QStringLiteral("mnuContents"))->trigger();
+    EXPECT_EQ(help->currentEntry(), HelpWindow::Entry::Contents);
+    frame->menuEntry(QStringLiteral("mnuChgs"))->trigger();
+    EXPECT_EQ(help->browser()->source().path(), QStringLiteral("/manual/changes.html"));
+    EXPECT_TRUE(help->browser()->toPlainText().contains(QStringLiteral("Version 8.00")));
+}
+
+TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
+{
+    TestSite other;
+    other.create();
+    site.prompter().answerFile(other.localIni());
+    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
+    EXPECT_EQ(site.session().localIni, other.localIni());
+    EXPECT_EQ(site.session().dataBase, other.path(QStringLiteral("server/Tarlox.db")));
+    EXPECT_TRUE(frame->isVisible());
+
+    // Cancelling the dialog reads the program directory's own file again.
+    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
+    EXPECT_EQ(site.session().localIni, site.localIni());
+    EXPECT_EQ(site.session().dataBase, site.path(QStringLiteral("server/Tarlox.db")));
+
+    // A configuration whose server can't be reached: Cancel ends the program.
+    QFile::remove(other.serverIni());
+    site.prompter().answerFile(other.localIni());
+    site.prompter().answer(Answer::Cancel);
+    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
+    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")));
+    EXPECT_FALSE(frame->isVisible());
+}
+
+class FrameScanner : public Frame {};
+
+TEST_F(FrameScanner, LoadRecordsLoginAndWhetherSaneFindsAScanner)
+{
+    useSaneBackend("tarlox_no_such_backend");
+    site.session().machine.scanner = true;
+    QSignalSpy checked(frame.get(), &mdiMain::scannerChecked);
+    frame->MDIForm_Load();
+    ASSERT_TRUE(checked.wait(30000));
+    EXPECT_FALSE(checked.first().first().toBool());
+    EXPECT_FALSE(frame->menuEntry(QStringLiteral("mnuScan"))->isEnabled());
+    EXPECT_FALSE(frame->toolbarButton(QStringLiteral("Scan"))->isVisible());
+    EXPECT_TRUE(frame->menuEntry(QStringLiteral("mnuBatch"))->isEnabled());
+    EXPECT_TRUE(frame->toolbarButton(QStringLiteral("Batch"))->isVisible());
+    EXPECT_TRUE(isStrip());
+
+    const QDateTime login = site.session().machine.lastLogin;
+    EXPECT_TRUE(login.isValid());
+    ASSERT_TRUE(ReadUser(site.session(), QString(), false));
+    EXPECT_FALSE(site.session().machine.scanner);
+    EXPECT_LE(qAbs(site.session().machine.lastLogin.secsTo(login)), 1);
+
+    // The SANE test backend stands for an attached scanner.
+    useSaneBackend("test");
+    mdiMain again(site.session(), testForms());
+    QSignalSpy found(&again, &mdiMain::scannerChecked);
+    again.MDIForm_Load();
+    ASSERT_TRUE(found.wait(30000));
+    EXPECT_TRUE(found.first().first().toBool());
+    EXPECT_TRUE(again.menuEntry(QStringLiteral("mnuScan"))->isEnabled());
+    EXPECT_TRUE(again.toolbarButton(QStringLiteral("Scan"))->isVisible());
+    ASSERT_TRUE(ReadUser(site.session(), QString(), false));
+    EXPECT_TRUE(site.session().machine.scanner);
+}
+
+TEST(FrameServer, RepairIsNotOfferedForTheServerDatabase)
+{
+    TestSite site(Engine::Postgres);
+    ASSERT_TRUE(site.start());
+    mdiMain frame(site.session(), testForms());
+    frame.MDIForm_Activate();
+    EXPECT_FALSE(frame.menuEntry(QStringLiteral("mnuRepair"))->isEnabled());
+}
+
+TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
+{
+    HelpWindow help;
+    const HelpBook& book = help.book();
+    QStringList chapters;
+    for (const HelpTopic& t : book.contents())
+        if (t.level == 0)
+            chapters << t.title;
+    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Changes")}));
+    EXPECT_TRUE(book.brokenLinks().isEmpty()) << book.brokenLinks().join(QLatin1Char('\n')).toStdString();
+
+    const auto indexHas = [&](const QString& keyword, const QString& url) {
+        return std::any_of(book.index().begin(), book.index().end(), [&](const HelpKeyword& k) { return k.keyword == keyword && k.url == url; });
+    };
+    EXPECT_TRUE(indexHas(QStringLiteral("strip"), QStringLiteral("mainwindow.html#strip-term")));
+    EXPECT_TRUE(indexHas(QStringLiteral("TARLOX.INI"), QStringLiteral("startup.html#local-settings")));
+    EXPECT_TRUE(std::is_sorted(book.index().begin(), book.index().end(), [](const HelpKeyword& a, const HelpKeyword& b) {
+        return a.keyword.compare(b.keyword, Qt::CaseInsensitive) < 0;
+    }));
+
+    const QList<HelpTopic> odb = book.search(QStringLiteral("odb NDB"));
+    ASSERT_FALSE(odb.isEmpty());
+    EXPECT_EQ(odb.first().url, QStringLiteral("mainwindow.html#repair"));
+    // The manual says that programs are not copied to the server directory.
+    const QList<HelpTopic> copy = book.search(QStringLiteral("not copied server directory"));
+    EXPECT_TRUE(std::any_of(copy.begin(), copy.end(), [](const HelpTopic& t) { return t.url == QLatin1String("startup.html#versions"); }));
+    EXPECT_TRUE(book.search(QStringLiteral("zebra quantum")).isEmpty());
+}

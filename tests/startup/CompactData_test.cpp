@@ -1,0 +1,189 @@
+#include "data/OptionsData.h"
+#include "startup/CompactData.h"
+#include "startup/FileHolders.h"
+#include "support/TestSite.h"
+
+#include <QCryptographicHash>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QThread>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// Rows of Contacts in a database file, read on a connection of its own; -1 when unreadable.
+int contactsIn(const QString& file)
+{
+    const QString name = QStringLiteral("count-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    int count = -1;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(file);
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (query.exec(QStringLiteral("SELECT COUNT(*) FROM \"Contacts\"")) && query.next())
+                count = query.value(0).toInt();
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return count;
+}
+
+QByteArray digestOf(const QString& file)
+{
+    QFile f(file);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(&f);
+    return hash.result();
+}
+
+class CompactDataTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        // Many rows, most of them deleted again: free pages for the rebuild to drop.
+        ASSERT_TRUE(site.execRaw(QStringLiteral(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) "
+            "INSERT INTO \"Contacts\" (\"Last Name\", \"First Name\", \"Company Name\", \"Fax #\") "
+            "SELECT 'Name ' || i, 'First', 'Steel Company ' || i, '555-' || i FROM n")));
+        ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Contacts\" WHERE \"Fax #\" NOT LIKE '555-1_'")));
+        ASSERT_EQ(contactsIn(database()), 10);
+    }
+
+    QString database() const { return site.path(QStringLiteral("server/Tarlox.db")); }
+    QString oldFile() const { return site.path(QStringLiteral("server/Tarlox.ODB")); }
+    QString newFile() const { return site.path(QStringLiteral("server/Tarlox.NDB")); }
+    bool compact()
+    {
+        site.prompter().answer(Answer::Ok);
+        return CompactData(site.session());
+    }
+
+    TestSite site;
+};
+
+}  // namespace
+
+TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
+{
+    const qint64 before = QFileInfo(database()).size();
+    ASSERT_TRUE(compact());
+    const Prompt& asked = site.prompter().asked().first();
+    EXPECT_EQ(asked.title, QStringLiteral("Compact OK?"));
+    EXPECT_EQ(asked.text, QStringLiteral("This action will rebuild your Tarlox Access database.\r\n"
+                                         "When done, you will need Access 2000 or greater to view data\r\n"
+                                         "outside of Tarlox. Hit 'OK' to continue or 'Cancel' to abort"));
+    EXPECT_EQ(asked.buttons, Buttons::OkCancel);
+    EXPECT_EQ(site.prompter().asked().size(), 1);
+
+    EXPECT_EQ(contactsIn(database()), 10);
+    EXPECT_EQ(contactsIn(oldFile()), 10);
+    EXPECT_FALSE(QFileInfo::exists(newFile()));
+    EXPECT_LT(QFileInfo(database()).size(), before);
+    // The session goes on with the rebuilt file.
+    EXPECT_TRUE(ReadOptions(site.session(), false));
+    EXPECT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
+    EXPECT_EQ(contactsIn(database()), 11);
+    EXPECT_EQ(contactsIn(oldFile()), 10);
+}
+
+TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
+{
+    ASSERT_TRUE(compact());
+    ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('Between')")));
+    const QByteArray previous = digestOf(oldFile());
+    site.prompter().clear();
+
+    EXPECT_FALSE(compact());
+    ASSERT_TRUE(site.prompter().wasAsked(QStringLiteral("Error")));
+    const QString error = site.prompter().textOf(QStringLiteral("Error"));
+    EXPECT_TRUE(error.contains(QStringLiteral("File already exists"))) << error.toStdString();
+    EXPECT_EQ(site.prompter().asked().last().icon, Icon::Critical);
+    EXPECT_EQ(contactsIn(database()), 11);
+    EXPECT_EQ(digestOf(oldFile()), previous);
+    EXPECT_FALSE(QFileInfo::exists(newFile()));
+    EXPECT_TRUE(ReadOptions(site.session(), false));
+}
+
+TEST_F(CompactDataTest, CancelLeavesEverythingAsItWas)
+{
+    const QByteArray before = digestOf(database());
+    site.prompter().answer(Answer::Cancel);
+    EXPECT_FALSE(CompactData(site.session()));
+    EXPECT_EQ(site.prompter().titles(), QStringList{QStringLiteral("Compact OK?")});
+    EXPECT_FALSE(QFileInfo::exists(oldFile()));
+    EXPECT_FALSE(QFileInfo::exists(newFile()));
+    EXPECT_EQ(digestOf(database()), before);
+}
+
+TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
+{
+    ScriptedPrompter otherPrompter;
+    auto other = site.openAnother(otherPrompter);
+    ASSERT_TRUE(ReadOptions(*other, true));  // the other session keeps its connection open
+
+    EXPECT_FALSE(compact());
+    const QString text = site.prompter().textOf(QStringLiteral("Error"));
+    EXPECT_TRUE(text.startsWith(QStringLiteral("The database can't be rebuilt while it is in use:"))) << text.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("Nothing was changed.")));
+    EXPECT_FALSE(QFileInfo::exists(oldFile()));
+    EXPECT_FALSE(QFileInfo::exists(newFile()));
+    EXPECT_EQ(contactsIn(database()), 10);
+
+    // Once the other one is gone, the rebuild goes through.
+    other->db().close();
+    site.prompter().clear();
+    EXPECT_TRUE(compact());
+    EXPECT_TRUE(QFileInfo::exists(oldFile()));
+}
+
+TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
+{
+    site.session().db().close();
+    QProcess holder;
+    holder.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exec 3<\"$0\"; exec sleep 60"), database()});
+    ASSERT_TRUE(holder.waitForStarted());
+    QDeadlineTimer deadline(5000);
+    while (ProcessesHoldingFiles({database()}).isEmpty() && !deadline.hasExpired())
+        QThread::msleep(20);
+    const QList<FileHolder> holders = ProcessesHoldingFiles({database()});
+    ASSERT_EQ(holders.size(), 1);
+    EXPECT_EQ(holders.first().pid, holder.processId());
+
+    EXPECT_FALSE(compact());
+    const QString text = site.prompter().textOf(QStringLiteral("Error"));
+    EXPECT_TRUE(text.contains(QStringLiteral("sleep (process ") + QString::number(holder.processId()) + QLatin1Char(')'))) << text.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(oldFile()));
+    EXPECT_EQ(contactsIn(database()), 10);
+    holder.kill();
+    holder.waitForFinished();
+}
+
+TEST_F(CompactDataTest, NamesBesideTheDatabase)
+{
+    EXPECT_EQ(CompactNewName(QStringLiteral("/srv/tarlox/Tarlox.db")), QStringLiteral("/srv/tarlox/Tarlox.NDB"));
+    EXPECT_EQ(CompactOldName(QStringLiteral("/srv/tarlox/Tarlox.mdb")), QStringLiteral("/srv/tarlox/Tarlox.ODB"));
+    EXPECT_EQ(CompactOldName(QStringLiteral("/srv/tarlox.d/Tarlox")), QStringLiteral("/srv/tarlox.d/Tarlox.ODB"));
+}
+
+TEST(CompactDataServer, IsNotOfferedForTheServerDatabase)
+{
+    TestSite site(Engine::Postgres);
+    ASSERT_TRUE(site.start());
+    EXPECT_FALSE(CompactData(site.session()));
+    EXPECT_TRUE(site.prompter().asked().isEmpty());
+}

@@ -1,0 +1,113 @@
+#include "startup/FormGeometry.h"
+#include "startup/IniFile.h"
+#include "startup/Session.h"
+#include "support/ScriptedPrompter.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
+{
+    struct Row {
+        const char* tag;
+        QSize form;
+        QRect control;
+        QRect expected;
+    };
+    const Row rows[] = {
+        // A column that keeps its distance from the right edge.
+        {"FromRight=3225", {9615, 5940}, {100, 200, 1500, 300}, {6390, 200, 1500, 300}},
+        {"FromRight=3225", {10615, 5940}, {6390, 200, 1500, 300}, {7390, 200, 1500, 300}},
+        // A control that fills the form, and a bar along the bottom.
+        {"FromWidth=330,FromHeight=1980", {9615, 5940}, {120, 120, 10, 10}, {120, 120, 9285, 3960}},
+        {"FromBottom=900,FromWidth=120", {9615, 5940}, {60, 0, 10, 400}, {60, 5040, 9495, 400}},
+        // A settings binding has no layout keys: the control stays.
+        {"Section=Email,Item=User", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}},
+        {"", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}},
+        // A form too small for the stretch: nothing becomes negative.
+        {"FromWidth=20000", {9615, 5940}, {0, 0, 100, 100}, {0, 0, 0, 100}},
+    };
+    for (const Row& row : rows) {
+        const LayoutTag layout = ReadLayoutTag(QLatin1String(row.tag));
+        EXPECT_EQ(PlaceByLayoutTag(layout, row.form, row.control), row.expected) << row.tag;
+    }
+    EXPECT_TRUE(ReadLayoutTag(QStringLiteral("Section=Info,Item=DataDir")).isEmpty());
+}
+
+TEST(LayoutTag, MinimumSizeOfTheFormsTag)
+{
+    EXPECT_EQ(MinimumSizeOfTag(QStringLiteral("MinWidth=9615,MinHeight=5940")), QSize(9615, 5940));
+    EXPECT_EQ(MinimumSizeOfTag(QStringLiteral("MinHeight=5940")), QSize(0, 5940));
+    EXPECT_EQ(MinimumSizeOfTag(QString()), QSize(0, 0));
+}
+
+TEST(Twips, FifteenToAPixel)
+{
+    EXPECT_EQ(PixelsToTwips(400), 6000);
+    EXPECT_EQ(TwipsToPixels(6000), 400);
+    EXPECT_EQ(TwipsToPixels(3500), 233);
+    EXPECT_EQ(TwipsToPixels(7), 0);
+    EXPECT_EQ(TwipsToPixels(8), 1);
+}
+
+class FormGeometryFile : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid());
+        session.localIni = dir.filePath(QStringLiteral("TARLOX.INI"));
+    }
+    QString read(const QString& section, const QString& key) { return ReadIniValue(session.localIni, section, key).value; }
+
+    QTemporaryDir dir;
+    ScriptedPrompter prompter;
+    Session session{prompter};
+};
+
+TEST_F(FormGeometryFile, NormalPlaceRoundTripsUnderFormWithTheNamedKeys)
+{
+    SaveFormGeometry(session, QString(), QStringLiteral("frmFind"), FormState::Normal, QRect(150, 300, 9615, 5940));
+    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindState")), QStringLiteral("0"));
+    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindHeight")), QStringLiteral("5940"));
+    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindWidth")), QStringLiteral("9615"));
+    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindTop")), QStringLiteral("300"));
+    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindLeft")), QStringLiteral("150"));
+
+    const FormGeometry g = ReadFormGeometry(session, QString(), QStringLiteral("frmFind"));
+    EXPECT_EQ(g.state, FormState::Normal);
+    EXPECT_EQ(g.height, 5940);
+    EXPECT_EQ(g.width, 9615);
+    EXPECT_EQ(g.top, 300);
+    EXPECT_EQ(g.left, 150);
+}
+
+TEST_F(FormGeometryFile, MaximizedKeepsTheLastNormalPlaceAndReadsNoMeasures)
+{
+    SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Normal, QRect(0, 0, 6000, 4000));
+    SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Maximized, QRect(0, 0, 20000, 15000));
+    EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchState")), QStringLiteral("2"));
+    EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchWidth")), QStringLiteral("6000"));
+
+    const FormGeometry g = ReadFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"));
+    EXPECT_EQ(g.state, FormState::Maximized);
+    EXPECT_FALSE(g.width.has_value());
+    EXPECT_FALSE(g.height.has_value());
+}
+
+TEST_F(FormGeometryFile, NeverSavedOrPartlyBlankKeysLeaveTheDesignedPlace)
+{
+    FormGeometry g = ReadFormGeometry(session, QString(), QStringLiteral("frmScan"));
+    EXPECT_FALSE(g.state.has_value());
+    EXPECT_FALSE(g.height || g.width || g.top || g.left);
+
+    WriteIniValue(session.localIni, QStringLiteral("Form"), QStringLiteral("frmScanWidth"), QStringLiteral(" 7200 "));
+    WriteIniValue(session.localIni, QStringLiteral("Form"), QStringLiteral("frmScanHeight"), QStringLiteral("   "));
+    g = ReadFormGeometry(session, QString(), QStringLiteral("frmScan"));
+    EXPECT_FALSE(g.state.has_value());
+    EXPECT_EQ(g.width, 7200);
+    EXPECT_FALSE(g.height.has_value());
+}

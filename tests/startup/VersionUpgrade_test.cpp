@@ -1,0 +1,232 @@
+#include "data/OptionsData.h"
+#include "startup/IniFile.h"
+#include "startup/Startup.h"
+#include "startup/VersionUpgrade.h"
+#include "support/TestSite.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A site whose data carries dataVersion, started by a program of programVersion.
+struct VersionSite {
+    explicit VersionSite(Engine engine = Engine::Sqlite)
+        : site(engine)
+    {
+        site.create();
+    }
+
+    void setDataVersion(const QString& version)
+    {
+        ASSERT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"Version\" = '%1'").arg(version)));
+    }
+
+    bool start(const QString& programVersion)
+    {
+        site.session().programVersion = programVersion;
+        return StartSession(site.session());
+    }
+
+    // The data version as the database holds it now, read by a session of its own.
+    QString storedVersion()
+    {
+        ScriptedPrompter quiet;
+        Session other(quiet);
+        other.programDir = site.dir() + QLatin1Char('/');
+        other.localIni = site.localIni();
+        bool initialize = false;
+        EXPECT_TRUE(GetIniInfo(other, initialize));
+        other.db().close();
+        return other.options.version;
+    }
+
+    // An upgrade program in the server directory that leaves a mark when it runs.
+    QString placeUpgradeProgram(const QString& name, bool executable = true)
+    {
+        const QString path = site.path(QStringLiteral("server/") + name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\ntouch \"$(dirname \"$0\")/upgrade-ran\"\n");
+        file.close();
+        if (executable)
+            file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser);
+        return path;
+    }
+
+    bool upgradeRan(int waitMs = 5000) const
+    {
+        const QDeadlineTimer deadline(waitMs);
+        while (!deadline.hasExpired()) {
+            if (QFile::exists(site.path(QStringLiteral("server/upgrade-ran"))))
+                return true;
+            QThread::msleep(20);
+        }
+        return QFile::exists(site.path(QStringLiteral("server/upgrade-ran")));
+    }
+
+    TestSite site;
+};
+
+}  // namespace
+
+class NewerProgram : public ::testing::TestWithParam<Engine> {};
+
+TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
+{
+    VersionSite v(GetParam());
+    v.setDataVersion(QStringLiteral("6.50.0001"));
+    ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
+    EXPECT_TRUE(v.site.prompter().asked().isEmpty()) << v.site.prompter().titles().join(QLatin1Char(',')).toStdString();
+    EXPECT_EQ(v.site.session().options.version, QStringLiteral("7.00.0006"));
+    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
+    EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("7.00.0006"));
+
+    // The next workstation of that version: versions agree, nothing is asked or written.
+    WriteIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version"), QStringLiteral("untouched"));
+    ScriptedPrompter next;
+    Session second(next);
+    second.programDir = v.site.dir() + QLatin1Char('/');
+    second.localIni = v.site.localIni();
+    second.programVersion = QStringLiteral("7.00.0006");
+    ASSERT_TRUE(StartSession(second));
+    EXPECT_TRUE(next.asked().isEmpty());
+    EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("untouched"));
+}
+
+TEST_P(NewerProgram, ShortVersionTextCountsAsTheFirstVersion)
+{
+    VersionSite v(GetParam());
+    v.setDataVersion(QStringLiteral("1.0"));
+    ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
+    EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
+    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, NewerProgram, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+TEST(OlderProgram, RevisionOnlyDifferenceNamesTheGenericUpgradeProgram)
+{
+    VersionSite v;
+    v.setDataVersion(QStringLiteral("7.00.0006"));
+    ASSERT_TRUE(v.start(QStringLiteral("7.00.0004")));
+    auto& p = v.site.prompter();
+    ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
+    const QString expected = QStringLiteral("WARNING: This version of Tarlox (7.00.0004)\r\nis different than the server (7.00.0006)!\r\n"
+                                            "Can't upgrade automatically!\r\nMissing file: '")
+        + QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QStringLiteral("/TLXUpgrade.exe'");
+    EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")), expected);
+    EXPECT_EQ(p.asked().first().buttons, Buttons::Ok);
+    EXPECT_EQ(p.asked().first().icon, Icon::Critical);
+    // The older program works on and leaves the data's version alone.
+    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
+}
+
+TEST(OlderProgram, ShortVersionTextIsReadAsTheFirstVersion)
+{
+    VersionSite v;
+    v.setDataVersion(QStringLiteral("1.0"));
+    ASSERT_TRUE(v.start(QStringLiteral("0.90.0001")));
+    const QString text = v.site.prompter().textOf(QStringLiteral("Bad Version"));
+    EXPECT_TRUE(text.contains(QStringLiteral("is different than the server (1.00.0000)!"))) << text.toStdString();
+    EXPECT_TRUE(text.endsWith(QStringLiteral("/TLUg1.00.exe'"))) << text.toStdString();
+}
+
+TEST(OlderProgram, YesStartsTheGenericUpgradeProgramAndEnds)
+{
+    VersionSite v;
+    v.setDataVersion(QStringLiteral("7.00.0006"));
+    // On this system the program may lie there without ".exe".
+    v.placeUpgradeProgram(QStringLiteral("TLXUpgrade"));
+    v.site.prompter().answer(Answer::Yes);
+    EXPECT_FALSE(v.start(QStringLiteral("7.00.0004")));
+    const Prompt& asked = v.site.prompter().asked().first();
+    EXPECT_EQ(asked.title, QStringLiteral("Bad Version"));
+    EXPECT_EQ(asked.buttons, Buttons::YesNoCancel);
+    EXPECT_TRUE(asked.text.endsWith(QStringLiteral("!\r\nHit 'Yes' to upgrade your computer,\r\n'No' to run without upgrading, or\r\n'Cancel' to end.")));
+    EXPECT_TRUE(v.upgradeRan());
+}
+
+TEST(OlderProgram, VersionedUpgradeProgramIsFoundWhateverItsCase)
+{
+    VersionSite v;
+    v.setDataVersion(QStringLiteral("8.00.0001"));
+    v.placeUpgradeProgram(QStringLiteral("tlug8.00"));
+    v.site.prompter().answer(Answer::Yes);
+    EXPECT_FALSE(v.start(QStringLiteral("7.00.0006"))) << v.site.prompter().textOf(QStringLiteral("Bad Version")).toStdString();
+    EXPECT_TRUE(v.upgradeRan());
+}
+
+TEST(OlderProgram, NoRunsWithoutUpgradingAndCancelEnds)
+{
+    {
+        VersionSite v;
+        v.setDataVersion(QStringLiteral("7.00.0006"));
+        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"));
+        v.site.prompter().answer(Answer::No);
+        EXPECT_TRUE(v.start(QStringLiteral("7.00.0004")));
+        EXPECT_FALSE(v.upgradeRan(300));
+        EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
+    }
+    {
+        VersionSite v;
+        v.setDataVersion(QStringLiteral("7.00.0006"));
+        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"));
+        v.site.prompter().answer(Answer::Cancel);
+        EXPECT_FALSE(v.start(QStringLiteral("7.00.0004")));
+        EXPECT_FALSE(v.upgradeRan(300));
+    }
+}
+
+TEST(OlderProgram, UpgradeProgramThatCantRunOffersToGoOn)
+{
+    const QString cantRun = QStringLiteral("The upgrade program could not be run!\r\nHit 'OK' to run without upgrading\r\nor 'Cancel' to end.");
+    for (const Answer second : {Answer::Ok, Answer::Cancel}) {
+        VersionSite v;
+        v.setDataVersion(QStringLiteral("7.00.0006"));
+        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"), false);
+        v.site.prompter().answer(Answer::Yes);
+        v.site.prompter().answer(second);
+        EXPECT_EQ(v.start(QStringLiteral("7.00.0004")), second == Answer::Ok);
+        EXPECT_EQ(v.site.prompter().textOf(QStringLiteral("Can't Upgrade")), cantRun);
+        EXPECT_EQ(v.site.prompter().asked().last().buttons, Buttons::OkCancel);
+    }
+}
+
+TEST(VersionTexts, WithoutRevisionAndUpgradeProgramNames)
+{
+    EXPECT_EQ(VersionWithoutRevision(QStringLiteral("7.00.0006")), QStringLiteral("7.00"));
+    EXPECT_EQ(VersionWithoutRevision(QStringLiteral("1.0")), QString());
+
+    QTemporaryDir dir;
+    const QString exe = dir.filePath(QStringLiteral("TLXUpgrade.exe"));
+    EXPECT_EQ(ExistingUpgradeProgram(exe), QString());
+    // A file without ".exe" counts only when it can be run.
+    QFile bare(dir.filePath(QStringLiteral("TLXUpgrade")));
+    ASSERT_TRUE(bare.open(QIODevice::WriteOnly));
+    bare.close();
+    EXPECT_EQ(ExistingUpgradeProgram(exe), QString());
+    bare.setPermissions(bare.permissions() | QFile::ExeOwner);
+    EXPECT_EQ(ExistingUpgradeProgram(exe), bare.fileName());
+    // The name as given wins over the bare one.
+    QFile named(exe);
+    ASSERT_TRUE(named.open(QIODevice::WriteOnly));
+    named.close();
+    EXPECT_EQ(ExistingUpgradeProgram(exe), exe);
+
+    // Names made for systems that ignore case are found in any case.
+    QFile lower(dir.filePath(QStringLiteral("tlug8.00")));
+    ASSERT_TRUE(lower.open(QIODevice::WriteOnly));
+    lower.close();
+    lower.setPermissions(lower.permissions() | QFile::ExeOwner);
+    EXPECT_EQ(ExistingUpgradeProgram(dir.filePath(QStringLiteral("TLUg8.00.exe"))), lower.fileName());
+    QFile::remove(bare.fileName());
+    EXPECT_EQ(ExistingUpgradeProgram(dir.filePath(QStringLiteral("tlxupgrade.EXE"))), exe);
+}

@@ -1,0 +1,86 @@
+#include "store/SaneDevices.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QThread>
+#include <QTimer>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+
+namespace {
+
+// SANE reads where its configuration is once per process.
+QTemporaryDir& saneDir()
+{
+    static QTemporaryDir dir;
+    static const bool set = qputenv("SANE_CONFIG_DIR", QFile::encodeName(dir.path()));
+    Q_UNUSED(set);
+    return dir;
+}
+
+void useBackend(const char* backend)
+{
+    QFile dll(saneDir().filePath(QStringLiteral("dll.conf")));
+    ASSERT_TRUE(dll.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    dll.write(backend);
+    dll.write("\n");
+    QFile test(saneDir().filePath(QStringLiteral("test.conf")));
+    ASSERT_TRUE(test.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    test.write("number_of_devices 2\n");
+}
+
+}  // namespace
+
+TEST(SaneDevices, ListsWhatTheBackendsFindAndNothingWithoutThem)
+{
+    useBackend("test");
+    const QList<SaneDevice> devices = ListSaneDevices();
+    ASSERT_EQ(devices.size(), 2);
+    EXPECT_EQ(devices.first().name, QStringLiteral("test:0"));
+    EXPECT_FALSE(devices.first().vendor.isEmpty());
+
+    useBackend("tarlox_no_such_backend");
+    EXPECT_TRUE(ListSaneDevices().isEmpty());
+
+    // Again with the scanner back: each call asks SANE afresh.
+    useBackend("test");
+    EXPECT_EQ(ListSaneDevices().size(), 2);
+}
+
+TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
+{
+    useBackend("test");
+    int argc = 1;
+    char name[] = "sane";
+    char* argv[] = {name, nullptr};
+    QCoreApplication app(argc, argv);
+
+    auto* gone = new QObject;
+    bool calledAfterGone = false;
+    ProbeSaneDevices(gone, [&](const QList<SaneDevice>&) { calledAfterGone = true; });
+    delete gone;
+
+    QObject context;
+    QList<SaneDevice> answer;
+    bool done = false;
+    Qt::HANDLE thread = nullptr;
+    ProbeSaneDevices(&context, [&](const QList<SaneDevice>& devices) {
+        answer = devices;
+        done = true;
+        thread = QThread::currentThreadId();
+        QCoreApplication::quit();
+    });
+    QTimer::singleShot(30000, &app, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    ASSERT_TRUE(done);
+    EXPECT_EQ(answer.size(), 2);
+    EXPECT_EQ(thread, QThread::currentThreadId());
+    // The first probe, whose context went first, has had time to finish: it said nothing.
+    QThread::msleep(200);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(calledAfterGone);
+}
