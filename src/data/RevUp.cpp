@@ -214,6 +214,12 @@ private:
         // Newest first: the order of every list of references.
         if (!ensureIndex(IndexName::InfoDateImage, QStringLiteral("Info"), {QStringLiteral("Entry Date"), QStringLiteral("Image #")}))
             return false;
+        // The image number by the beginning of its digits.
+        if (!hasIndex(IndexName::InfoImageText)
+            && !run(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
+                        .arg(q(IndexName::InfoImageText), q(QStringLiteral("Info")),
+                             d_.isSqlite() ? QStringLiteral("CAST(\"Image #\" AS TEXT)") : QStringLiteral("(\"Image #\"::text) text_pattern_ops"))))
+            return false;
         if (!(d_.isSqlite() ? addSqliteSearch() : addPostgresSearch()))
             return false;
         return addMissingImages();

@@ -34,6 +34,7 @@ inline const QString InfoPo = QStringLiteral("Info:P/O #");
 inline const QString InfoVend = QStringLiteral("Info:Vend Name");
 inline const QString InfoMfg = QStringLiteral("Info:Mfg Name");
 inline const QString ImagesPath = QStringLiteral("Images:Path");
+inline const QString InfoImageText = QStringLiteral("Info:Image # text");
 inline const QString SearchTermsKey = QStringLiteral("Search Terms:Field/Term");
 }  // namespace IndexName
 

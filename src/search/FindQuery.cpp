@@ -121,26 +121,28 @@ void textPattern(const Dialect& d, const FieldColumn& c, const QString& pattern,
 
 constexpr qint64 MaxNumber = std::numeric_limits<qint32>::max();
 
-// The image number against a pattern. A number's beginning ("12%": 12,
-// 120-129, 1200-1299, ...) becomes ranges of the number's index; any other
-// pattern is matched against the number's text.
+// The image number against a pattern, as its decimal text. Both engines
+// index that text; the file database reaches its index through the range of
+// the pattern's fixed beginning ("12%": from "12" up to "13"), the server
+// finds the beginning in the LIKE itself.
 void numberPattern(const Dialect& d, const FieldColumn& c, const QString& pattern, SqlCondition& term)
 {
-    static const QRegularExpression beginning(QStringLiteral("^([1-9][0-9]{0,9})%+$"));
-    if (const auto m = beginning.match(pattern); m.hasMatch()) {
-        const qint64 digits = m.captured(1).toLongLong();
-        QStringList ranges;
-        for (qint64 scale = 1; digits * scale <= MaxNumber; scale *= 10) {
-            ranges << columnRef(c) + QStringLiteral(" BETWEEN ? AND ?");
-            term.binds << digits * scale << std::min((digits + 1) * scale - 1, MaxNumber);
-        }
-        term.text = ranges.size() == 1 ? ranges.front() : QLatin1Char('(') + ranges.join(QStringLiteral(" OR ")) + QLatin1Char(')');
-        if (ranges.isEmpty())
-            term.text = QStringLiteral("1 = 0");
+    if (!d.isSqlite()) {
+        term.text = columnRef(c) + QStringLiteral("::text LIKE ?");
+        term.binds << likePattern(d, pattern);
         return;
     }
-    term.text = (d.isSqlite() ? QStringLiteral("CAST(%1 AS TEXT)") : QStringLiteral("%1::text")).arg(columnRef(c)) + QStringLiteral(" LIKE ?");
-    term.binds << likePattern(d, pattern);
+    const QString text = QStringLiteral("CAST(%1 AS TEXT)").arg(columnRef(c));
+    const QString lead = literalRuns(pattern).value(0);
+    if (isWildCard(pattern.front()) || lead.isEmpty()) {
+        term.text = text + QStringLiteral(" LIKE ?");
+        term.binds << pattern;
+        return;
+    }
+    QString above = lead;
+    above.back() = QChar(above.back().unicode() + 1);
+    term.text = QStringLiteral("(%1 >= ? AND %1 < ? AND %1 LIKE ?)").arg(text);
+    term.binds << lead << above << pattern;
 }
 
 // One value of a box, trimmed and with AssumeWild applied.
