@@ -91,7 +91,9 @@ frmFind::frmFind(Session& session, QWidget* parent)
         });
     }
     // The record boxes stay readable while they can't be edited.
-    for (QLineEdit* box : recordBoxes() << ui->txtCurPath) {
+    QList<QLineEdit*> shown = recordBoxes();
+    shown << ui->txtCurPath;
+    for (QLineEdit* box : shown) {
         QPalette p = box->palette();
         p.setColor(QPalette::Disabled, QPalette::Text, palette().color(QPalette::Active, QPalette::Text));
         box->setPalette(p);
