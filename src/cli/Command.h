@@ -38,6 +38,7 @@ std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeSettingsCommand();
 std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
+std::unique_ptr<Command> makeFindCommand();
 
 // Output helpers: stdout for results, stderr for one-line failures.
 void printLine(const QString& text);

@@ -22,6 +22,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeSettingsCommand());
     commands.push_back(makeAddCommand());
     commands.push_back(makeShowCommand());
+    commands.push_back(makeFindCommand());
     return commands;
 }
 

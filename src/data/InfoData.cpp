@@ -189,12 +189,27 @@ bool AddInfo(Session& s, bool retry, bool keepOpen)
 {
     InfoRecord& info = s.info;
     DataOp op(s, QStringLiteral("AddInfo"), keepOpen);
-    const bool ok = insertRow(op, s, info.heat, info.part, info.po, retry);
+    const bool ok = detail::InsertInfo(op, s, retry);
     ok ? DataOp::clearStatus(info) : op.storeStatus(info);
     return ok;
 }
 
 namespace detail {
+
+bool InsertInfo(DataOp& op, Session& s, bool retry)
+{
+    const InfoRecord& info = s.info;
+    return insertRow(op, s, info.heat, info.part, info.po, retry);
+}
+
+bool DeleteInfo(DataOp& op, Session& s)
+{
+    const InfoRecord& info = s.info;
+    return op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ? AND %3 = ? AND %4 = ? AND %5 = ? AND %6 = ?")
+                       .arg(q("Info"), q("Part #"), q("Heat #"), q("P/O #"), q("Mfg Name"), q("Image #")),
+                   {info.part, info.heat, info.po, info.mfg, info.imageNumber})
+        .has_value();
+}
 
 bool InsertInfoRecords(DataOp& op, Session& s, bool retry)
 {
@@ -228,12 +243,8 @@ bool AddInfoRecords(Session& s, bool retry, bool keepOpen)
 
 bool DeleteInfo(Session& s, bool keepOpen)
 {
-    const InfoRecord& info = s.info;
     DataOp op(s, QStringLiteral("DeleteInfo"), keepOpen);
-    const bool ok = op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ? AND %3 = ? AND %4 = ? AND %5 = ? AND %6 = ?")
-                                .arg(q("Info"), q("Part #"), q("Heat #"), q("P/O #"), q("Mfg Name"), q("Image #")),
-                            {info.part, info.heat, info.po, info.mfg, info.imageNumber})
-                        .has_value();
+    const bool ok = detail::DeleteInfo(op, s);
     if (!ok)
         op.storeStatus(s.info);
     return ok;
@@ -283,7 +294,20 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
         }
     }
     op.step(QStringLiteral("Counting the references"));
-    auto count = op.scalar(QStringLiteral("SELECT count(*)") + from, where.binds);
+    std::optional<QVariant> count;
+    if (where.text.contains(q("Images") + QLatin1Char('.'))) {
+        count = op.scalar(QStringLiteral("SELECT count(*)") + from, where.binds);
+    } else {
+        // Every reference whose image row exists, without joining the two
+        // tables: all matching references, less those of the few image
+        // numbers that have no row (kept in "Missing Images" by triggers).
+        const QString also = where.isEmpty() ? QString() : QStringLiteral(" AND (") + where.text + QLatin1Char(')');
+        count = op.scalar(QStringLiteral("SELECT (SELECT count(*) FROM %1 WHERE 1 = 1%2) - (SELECT CAST(coalesce(sum("
+                                         "(SELECT count(*) FROM %1 WHERE %3 = m.%4%2)), 0) AS BIGINT) FROM %5 m "
+                                         "WHERE NOT EXISTS (SELECT 1 FROM %6 WHERE %7 = m.%4))")
+                              .arg(q("Info"), also, col("Info", "Image #"), q("Image #"), q("Missing Images"), q("Images"), col("Images", "Image #")),
+                          where.binds + where.binds);
+    }
     if (!count)
         return -1;
     total = count->toLongLong();

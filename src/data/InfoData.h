@@ -42,6 +42,10 @@ int CheckCount(Session& session, const QString& field, const QString& value, boo
 bool CheckCount(Session& session, const QString& field, const QString& value, const QString& newValue, bool keepOpen);
 
 namespace detail {
+// The statements of AddInfo and DeleteInfo on an operation that may already
+// be inside a transaction.
+bool InsertInfo(DataOp& op, Session& session, bool retry);
+bool DeleteInfo(DataOp& op, Session& session);
 // The inserts of AddInfoRecords on an operation that may already be inside a
 // transaction; used where the image row and its references go in together.
 bool InsertInfoRecords(DataOp& op, Session& session, bool retry);

@@ -2,6 +2,7 @@
 
 #include "data/Database.h"
 #include "data/Records.h"
+#include "search/FindCriteria.h"
 #include "startup/Clock.h"
 #include "startup/Trace.h"
 
@@ -111,6 +112,11 @@ public:
     QString tempFilePath;
     QString storedPath;
     QString pageSizeCode = QStringLiteral(" ");
+
+    // --- hand-over between screens
+    // The criteria of the last find; the screens that work on the found set
+    // run them again.
+    FindCriteria findQuery;
 
 private:
     Prompter* prompter_;

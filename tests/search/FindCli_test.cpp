@@ -1,0 +1,124 @@
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
+
+#include "search/SearchData.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QString S(const char* text) { return QString::fromUtf8(text); }
+
+struct CliRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+class FindCliTest : public ::testing::TestWithParam<Engine> {
+protected:
+    FindCliTest() : site(GetParam()) {}
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        QList<Ref> refs{{S("AB100"), S("P1"), S("PO1"), S("Acme, Inc."), S("Mill A"), 7, QDateTime(QDate(2003, 1, 2), QTime(9, 30)), S("/srv/data")},
+                        {S("AB200"), S("P2"), S("PO1"), S("O'Neil \"Steel\""), S("Mill A"), 8, QDateTime(QDate(2003, 1, 3), QTime(0, 0)), S("/srv/data")},
+                        {S("ZZ1"), S("P3"), S("PO3"), S("Other"), S("Mill B"), 9, QDateTime(QDate(2003, 2, 1), QTime(0, 0)), S("/srv/data")}};
+        ASSERT_TRUE(addRefs(site.session(), refs));
+        site.session().db().close();
+    }
+
+    CliRun cli(QStringList args)
+    {
+        QProcess p;
+        args.prepend(site.localIni());
+        args.prepend(S("--ini"));
+        p.start(qEnvironmentVariable("TARLOX_CLI"), args);
+        EXPECT_TRUE(p.waitForFinished(60000));
+        return CliRun{p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+    }
+
+    TestSite site;
+};
+
+TEST_P(FindCliTest, PrintsTheCountLineAndTheRows)
+{
+    CliRun r = cli({S("find"), S("--heat"), S("ab*")});
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 4) << r.out.toStdString();
+    EXPECT_EQ(lines[0], S("2 found 2 shown"));
+    EXPECT_TRUE(lines[1].startsWith(S("Heat #"))) << lines[1].toStdString();
+    EXPECT_TRUE(lines[1].contains(S("Entry Date")));
+    // Newest first.
+    EXPECT_TRUE(lines[2].startsWith(S("AB200 ")));
+    EXPECT_TRUE(lines[3].startsWith(S("AB100 ")));
+    EXPECT_TRUE(lines[3].contains(S("1/2/2003 9:30:00 AM")));
+    EXPECT_TRUE(lines[3].endsWith(S("/srv/data")));
+
+    r = cli({S("find"), S("--limit"), S("1")});
+    EXPECT_EQ(r.out.split(QLatin1Char('\n')).front(), S("3 found 1 shown"));
+    r = cli({S("find"), S("--vendor=nobody")});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.out.trimmed(), S("None found!"));
+}
+
+TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
+{
+    CliRun r = cli({S("find"), S("--mfg"), S("mill a"), S("--format"), S("csv")});
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_EQ(r.err.trimmed(), S("2 found 2 shown"));
+    const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(lines[0], S("Heat #,Part #,P/O #,Vendor,Mfg,Entry Date,Image #,Path"));
+    EXPECT_EQ(lines[1], S("AB200,P2,PO1,\"O'Neil \"\"Steel\"\"\",Mill A,2003-01-03T00:00:00,8,/srv/data"));
+    EXPECT_EQ(lines[2], S("AB100,P1,PO1,\"Acme, Inc.\",Mill A,2003-01-02T09:30:00,7,/srv/data"));
+
+    r = cli({S("find"), S("--from"), S("2003-01-03"), S("--to"), S("2/1/2003"), S("--format"), S("json")});
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    const QJsonObject doc = QJsonDocument::fromJson(r.out.toUtf8()).object();
+    EXPECT_EQ(doc.value(S("found")).toInteger(), 2);
+    EXPECT_EQ(doc.value(S("shown")).toInteger(), 2);
+    EXPECT_EQ(doc.value(S("countLine")).toString(), S("2 found 2 shown"));
+    const QJsonArray rows = doc.value(S("rows")).toArray();
+    ASSERT_EQ(rows.size(), 2);
+    EXPECT_EQ(rows[0].toObject().value(S("heat")).toString(), S("ZZ1"));
+    EXPECT_EQ(rows[0].toObject().value(S("imageNumber")).toInt(), 9);
+    EXPECT_EQ(rows[1].toObject().value(S("vendor")).toString(), S("O'Neil \"Steel\""));
+    EXPECT_EQ(rows[1].toObject().value(S("entryDate")).toString(), S("2003-01-03T00:00:00"));
+}
+
+TEST_P(FindCliTest, BadCriteriaAndBadUsage)
+{
+    CliRun r = cli({S("find"), S("--from"), S("31/31/2003")});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(r.err.contains(S("Invalid Date: 31/31/2003"))) << r.err.toStdString();
+    r = cli({S("find"), S("--image"), S("TR000007")});
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_TRUE(r.err.contains(S("TR000007"))) << r.err.toStdString();
+    r = cli({S("find"), S("--colour"), S("red")});
+    EXPECT_EQ(r.exitCode, 2);
+    r = cli({S("find"), S("--heat")});
+    EXPECT_EQ(r.exitCode, 2);
+    r = cli({S("find"), S("--format"), S("xml")});
+    EXPECT_EQ(r.exitCode, 2);
+    r = cli({S("find"), S("--limit"), S("0")});
+    EXPECT_EQ(r.exitCode, 2);
+    // Image number with a wild card, as the screen takes it.
+    r = cli({S("find"), S("--image"), S("*8")});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.out.startsWith(S("1 found 1 shown")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, FindCliTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+}  // namespace

@@ -1,0 +1,363 @@
+#include "data/DataOp.h"
+#include "data/ImageData.h"
+#include "data/InfoData.h"
+#include "search/FindQuery.h"
+#include "startup/IniFile.h"
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
+
+#include "search/SearchData.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QDateTime at(int y, int m, int d, int h = 0, int min = 0, int sec = 0) { return QDateTime(QDate(y, m, d), QTime(h, min, sec)); }
+QString S(const char* text) { return QString::fromUtf8(text); }
+QStringList L(std::initializer_list<const char*> items)
+{
+    QStringList list;
+    for (const char* item : items)
+        list << QString::fromUtf8(item);
+    std::sort(list.begin(), list.end());
+    return list;
+}
+
+class FindQueryTest : public ::testing::TestWithParam<Engine> {
+protected:
+    FindQueryTest() : site(GetParam()) {}
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+
+    Session& s() { return site.session(); }
+    ScriptedPrompter& prompter() { return site.prompter(); }
+
+    // References whose values exercise each rule of the criteria.
+    void fileExamples()
+    {
+        const QList<Ref> refs{
+            {S("ABC"), S("P1"), S("PO-1"), S("Acme Steel"), S("Mill A"), 1, at(2003, 1, 2, 9), S("/srv/data/one")},
+            {S("abc2"), S("P2"), S("PO-2"), S("ACME STEEL"), S("Mill B"), 12, at(2003, 1, 15, 12), S("/srv/data/one")},
+            {S("AB12"), S("P3"), S(" "), S("O'Neil"), S("Mill A"), 120, at(2003, 2, 3, 23, 59, 59), S("/srv/data/two")},
+            {S("AB99"), S("P4"), S("PO-4"), S("Steel & Co"), S(" "), 123, at(2003, 2, 4), S("/srv/Archive/2003")},
+            {S("C1"), S("P5"), S("PO-5"), S("Acme Steel"), S("Mill C"), 1234, at(2003, 3, 1), S("/srv/archive/2003")},
+            {S("C12"), S("P6"), S(""), S("acme steel"), S("Mill C"), 5, at(2003, 3, 2), S("/srv/data/one")},
+            {S("XA-1234-B"), S("P7"), S("PO-7"), S("Plate Works"), S("Mill D"), 312, at(2004, 5, 1), S("/srv/data/one")},
+            {S("50%"), S("P8"), S("PO-8"), S("Plate Works"), S("Mill D"), 7, at(2004, 5, 2), S("/srv/data/one")},
+            {S("5X0"), S("P9"), S("PO-9"), S("Plate Works"), S("Mill D"), 8, at(2004, 5, 3), S("/srv/data/one")},
+            {S("A\\B"), S("P10"), S("PO-10"), S("Plate Works"), S("Mill D"), 9, at(2004, 5, 4), S("/srv/data/one")},
+            {S("A_B"), S("P11"), S("PO-11"), S("Plate Works"), S("Mill D"), 10, at(2004, 5, 5), S("/srv/data/one")},
+            {S("AXB"), S("P12"), S("PO-12"), S("Plate Works"), S("Mill D"), 11, at(2004, 5, 6), S("/srv/data/one")},
+        };
+        ASSERT_TRUE(addRefs(s(), refs));
+    }
+
+    QStringList all()
+    {
+        return L({"ABC", "abc2", "AB12", "AB99", "C1", "C12", "XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"});
+    }
+
+    TestSite site;
+};
+
+struct Example {
+    const char* name;
+    FindCriteria criteria;
+    bool assumeWild;
+    QStringList expected;
+};
+
+TEST_P(FindQueryTest, CriteriaExamplesFindTheirReferences)
+{
+    fileExamples();
+    const QList<Example> examples{
+        {"single value, any case", {.heat = S("abc")}, false, L({"ABC"})},
+        {"assume wild makes a beginning", {.heat = S("ABC")}, true, L({"ABC", "abc2"})},
+        {"list of patterns", {.heat = S("AB*, C?")}, false, L({"ABC", "abc2", "AB12", "AB99", "C1"})},
+        {"list of values", {.heat = S("C1,C12")}, false, L({"C1", "C12"})},
+        {"doubled comma", {.heat = S("C1,,C12")}, false, L({"C1", "C12"})},
+        {"leading comma", {.heat = S(",C1")}, false, L({"C1"})},
+        {"trailing comma", {.heat = S("C1,")}, false, L({"C1"})},
+        {"only commas: no condition", {.heat = S(",,")}, false, all()},
+        {"quote in a value", {.vend = S("O'Neil")}, false, L({"AB12"})},
+        {"vendor without case", {.vend = S("acme steel")}, false, L({"ABC", "abc2", "C1", "C12"})},
+        {"lone blank: what was left empty", {.po = S(" ")}, false, L({"AB12", "C12"})},
+        {"lone blank with assume wild", {.heat = S(" ")}, true, all()},
+        {"lone star", {.mfg = S("*")}, false, all()},
+        {"image number with assume wild", {.imageNumber = S("12")}, true, L({"abc2", "AB12", "AB99", "C1"})},
+        {"image number with a wild card", {.imageNumber = S("12*")}, false, L({"abc2", "AB12", "AB99", "C1"})},
+        {"image number exact", {.imageNumber = S("12")}, false, L({"abc2"})},
+        {"image number list", {.imageNumber = S("5, 7")}, false, L({"C12", "50%"})},
+        {"image number one character", {.imageNumber = S("1?3")}, false, L({"AB99"})},
+        {"image number inside", {.imageNumber = S("*23*")}, false, L({"AB99", "C1"})},
+        {"image number too big", {.imageNumber = S("99999999999")}, false, QStringList()},
+        {"piece of a heat", {.heat = S("*123*")}, false, L({"XA-1234-B"})},
+        {"piece of a heat, any case", {.heat = S("*a-12*")}, false, L({"XA-1234-B"})},
+        {"short piece", {.heat = S("*B9*")}, false, L({"AB99"})},
+        {"one character each side", {.heat = S("?B1?")}, false, L({"AB12"})},
+        {"percent in a plain value", {.heat = S("50%")}, false, L({"50%"})},
+        {"percent in a pattern is a wild card", {.heat = S("5%0*")}, false, L({"50%", "5X0"})},
+        {"backslash in a value", {.heat = S("A\\B")}, false, L({"A\\B"})},
+        {"backslash in a pattern", {.heat = S("A\\*")}, false, L({"A\\B"})},
+        {"underscore in a plain value", {.heat = S("A_B")}, false, L({"A_B"})},
+        {"underscore in a pattern", {.heat = S("A_B*")}, false, L({"A\\B", "A_B", "AXB"})},
+        {"beginning of a path", {.path = S("/srv/arch*")}, false, L({"AB99", "C1"})},
+        {"piece of a path", {.path = S("*ARCHIVE*")}, false, L({"AB99", "C1"})},
+        {"fields together", {.heat = S("AB*"), .vend = S("o'neil")}, false, L({"AB12"})},
+        {"manufacturer", {.mfg = S("mill a")}, false, L({"ABC", "AB12"})},
+        {"date range takes the whole last day", {.from = S("1/2/2003"), .to = S("2/3/2003")}, false, L({"ABC", "abc2", "AB12"})},
+        {"dates in ISO form", {.from = S("2003-01-03"), .to = S("2003-01-15")}, false, L({"abc2"})},
+        {"from a day on", {.heat = S("AB*, C*"), .from = S("2/4/03")}, false, L({"AB99", "C1", "C12"})},
+    };
+    for (const Example& e : examples)
+        EXPECT_EQ(heatsFound(s(), e.criteria, e.assumeWild), e.expected) << e.name;
+    EXPECT_TRUE(prompter().asked().isEmpty()) << prompter().asked().front().text.toStdString();
+}
+
+TEST_P(FindQueryTest, CriteriaThatCantBeSearchedSayWhich)
+{
+    fileExamples();
+    EXPECT_EQ(heatsFound(s(), {.imageNumber = S("abc")}, false), L({"!txtImgNum"}));
+    EXPECT_EQ(heatsFound(s(), {.imageNumber = S(" ")}, false), L({"!txtImgNum"}));
+    EXPECT_EQ(heatsFound(s(), {.from = S("13/45/2003")}, false), L({"!txtFrom"}));
+    EXPECT_EQ(heatsFound(s(), {.to = S("tomorrow")}, false), L({"!txtTo"}));
+    // Nothing went to the database, so nothing was reported.
+    EXPECT_TRUE(prompter().asked().isEmpty());
+
+    FindProblem problem{FindProblem::Kind::NotANumber, QStringLiteral("txtImgNum"), QStringLiteral("abc")};
+    EXPECT_TRUE(FindProblemText(problem).endsWith(QStringLiteral(": abc")));
+    problem.kind = FindProblem::Kind::InvalidDate;
+    EXPECT_EQ(FindProblemText(problem), QStringLiteral("Invalid Date"));
+}
+
+TEST_P(FindQueryTest, AssumeWildIsReadAtEachSearchAndKeptWithTheCriteria)
+{
+    fileExamples();
+    FindCriteria criteria{.heat = S("ABC")};
+    FindResult r = FindReferences(s(), criteria, 100, false);
+    EXPECT_EQ(r.found, 1);
+    ASSERT_TRUE(criteria.assumeWild.has_value());
+    EXPECT_FALSE(*criteria.assumeWild);
+
+    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AssumeWild"), QStringLiteral("True"));
+    FindCriteria fresh{.heat = S("ABC")};
+    r = FindReferences(s(), fresh, 100, false);
+    EXPECT_EQ(r.found, 2);
+    EXPECT_TRUE(*fresh.assumeWild);
+    // Criteria searched before keep what they were searched with.
+    r = FindReferences(s(), criteria, 100, false);
+    EXPECT_EQ(r.found, 1);
+}
+
+TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
+{
+    QList<Ref> refs;
+    for (int i = 0; i < 250; ++i)
+        refs << Ref{QStringLiteral("H%1").arg(i, 3, 10, QLatin1Char('0')), S("P"), S("PO"), S("V"), S("M"), 1000 + i / 2,
+                    at(2005, 1, 1).addSecs(3600 * (i / 2))};
+    refs << Ref{S("OTHER"), S("P"), S("PO"), S("V"), S("M"), 5, at(2010, 1, 1)};
+    ASSERT_TRUE(addRefs(s(), refs));
+
+    EXPECT_EQ(ReadFindRecords(s()), 100);
+    FindCriteria criteria{.heat = S("H*")};
+    FindResult r = FindReferences(s(), criteria, ReadFindRecords(s()), false);
+    EXPECT_EQ(r.countLine(), QStringLiteral("250 found 100 shown"));
+    ASSERT_EQ(r.rows.size(), 100);
+    EXPECT_EQ(r.lastIndex, 99);
+    // Newest first; two references of one image and moment: the higher image first.
+    EXPECT_EQ(r.rows[0].imageNumber, 1124);
+    EXPECT_EQ(r.rows[0].entryDate, at(2005, 1, 1).addSecs(3600 * 124));
+    for (int i = 1; i < r.rows.size(); ++i)
+        EXPECT_GE(r.rows[i - 1].entryDate, r.rows[i].entryDate);
+
+    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("0"));
+    EXPECT_EQ(ReadFindRecords(s()), 100);
+    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("300"));
+    EXPECT_EQ(ReadFindRecords(s()), 300);
+    FindCriteria again{.heat = S("H*")};
+    EXPECT_EQ(FindReferences(s(), again, 300, false).countLine(), QStringLiteral("250 found 250 shown"));
+
+    FindCriteria none;
+    r = FindReferences(s(), none, 10, false);
+    EXPECT_EQ(r.countLine(), QStringLiteral("251 found 10 shown"));
+    EXPECT_EQ(r.rows[0].heat, QStringLiteral("OTHER"));
+
+    FindCriteria nothing{.heat = S("NOPE")};
+    r = FindReferences(s(), nothing, 100, false);
+    EXPECT_EQ(r.lastIndex, -1);
+    EXPECT_EQ(r.countLine(), QStringLiteral("None found!"));
+    EXPECT_TRUE(prompter().asked().isEmpty());
+}
+
+// References whose image row is missing can't be shown; the count leaves
+// them out too, whatever order rows and image rows come and go in.
+TEST_P(FindQueryTest, ReferencesWithoutImageRowAreNeitherShownNorCounted)
+{
+    ASSERT_TRUE(addRefs(s(), {{S("H1"), S("P1"), S("PO"), S("V"), S("M"), 1, at(2003, 1, 1)},
+                              {S("H2"), S("P2"), S("PO"), S("V"), S("M"), 2, at(2003, 1, 2)}}));
+    ASSERT_TRUE(addRefs(s(), {{S("H3"), S("P3"), S("PO"), S("V"), S("M"), 3, at(2003, 1, 3)},
+                              {S("H4"), S("P4"), S("PO"), S("V"), S("M"), 3, at(2003, 1, 3)}},
+                        false));
+    const auto count = [&](const QString& heat, int maxRows) -> QString {
+        FindCriteria c{.heat = heat};
+        const FindResult r = FindReferences(s(), c, maxRows, false);
+        return QString::number(r.found) + QLatin1Char('/') + QString::number(r.rows.size());
+    };
+    EXPECT_EQ(count(S("H*"), 100), QStringLiteral("2/2"));
+    // maxRows 1 makes the count run as its own statement.
+    EXPECT_EQ(count(S("H*"), 1), QStringLiteral("2/1"));
+    EXPECT_EQ(count(QString(), 1), QStringLiteral("2/1"));
+
+    s().image = ImageRecord{3, S("/srv/x"), S("VOL"), at(2003, 1, 3), S(" "), S("4")};
+    ASSERT_TRUE(AddImage(s(), false, false));
+    EXPECT_EQ(count(S("H*"), 1), QStringLiteral("4/1"));
+    ASSERT_TRUE(DeleteImage(s(), 1, false));
+    EXPECT_EQ(count(S("H*"), 1), QStringLiteral("3/1"));
+    EXPECT_EQ(count(QString(), 1), QStringLiteral("3/1"));
+    ASSERT_TRUE(DeleteImageAll(s(), 3, false));
+    EXPECT_EQ(count(QString(), 1), QStringLiteral("1/1"));
+    // Moving a reference to an image without a row hides it.
+    DataOp op(s(), QStringLiteral("test"), false);
+    ASSERT_TRUE(op.exec(QStringLiteral("UPDATE \"Info\" SET \"Image #\" = 9 WHERE \"Heat #\" = 'H2'")));
+    EXPECT_EQ(count(QString(), 1), QStringLiteral("0/0"));
+    EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Missing Images\" WHERE \"Image #\" = 9")), 1);
+    EXPECT_TRUE(prompter().asked().isEmpty());
+}
+
+// Values change under the trigram index (the file database keeps it through
+// the search terms): a piece of the new value is found, of the old one not.
+TEST_P(FindQueryTest, PiecesFollowChangedAndRemovedValues)
+{
+    ASSERT_TRUE(addRefs(s(), {{S("HEAT-1"), S("P1"), S("PO"), S("Northern Forge"), S("M"), 1, at(2003, 1, 1)},
+                              {S("HEAT-2"), S("P2"), S("PO"), S("Northern Forge"), S("M"), 2, at(2003, 1, 2)},
+                              {S("HEAT-3"), S("P3"), S("PO"), S("Southern Mill"), S("M"), 3, at(2003, 1, 3)}}));
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*thern*")}, false), L({"HEAT-1", "HEAT-2", "HEAT-3"}));
+    ASSERT_TRUE(GetInfoFieldLengths(s()));
+    ASSERT_TRUE(CheckCount(s(), S("Vend Name"), S("Northern Forge"), S("Eastern Rolling"), false));
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*FORGE*")}, false), QStringList());
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*rolling*")}, false), L({"HEAT-1", "HEAT-2"}));
+    ASSERT_TRUE(DeleteImageAll(s(), 3, false));
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*southern*")}, false), QStringList());
+    ASSERT_TRUE(addRefs(s(), {{S("HEAT-4"), S("P4"), S("PO"), S("Southern Mill"), S("M"), 4, at(2003, 1, 4)}}));
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*southern*")}, false), L({"HEAT-4"}));
+    EXPECT_EQ(heatsFound(s(), {.heat = S("*eat-4*")}, false), L({"HEAT-4"}));
+    if (GetParam() == Engine::Sqlite) {
+        // A value no reference holds any more is no term any more.
+        EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Search Terms\" WHERE \"Term\" = 'northern forge'")), 0);
+        EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Search Terms\" WHERE \"Term\" = 'HEAT-3'")), 0);
+    }
+}
+
+// The plan of each kind of search reads an index, never the whole table.
+TEST_P(FindQueryTest, NoSearchReadsTheWholeTable)
+{
+    fileExamples();
+    const Dialect& d = s().db().dialect();
+    const QList<std::pair<const char*, FindCriteria>> searches{
+        {"exact", {.heat = S("ABC")}},         {"beginning", {.heat = S("ab*")}},      {"piece", {.heat = S("*123*")}},
+        {"vendor", {.vend = S("acme*")}},      {"piece of a vendor", {.vend = S("*cme st*")}},
+        {"P/O", {.po = S("PO-1*")}},           {"manufacturer", {.mfg = S("*mill*")}}, {"part", {.part = S("p1*")}},
+        {"path", {.path = S("*archive*")}},    {"image number", {.imageNumber = S("12*")}},
+        {"vendor and dates", {.vend = S("Acme Steel"), .from = S("1/1/2003"), .to = S("12/31/2003")}},
+        {"newest", {}},
+    };
+    DataOp op(s(), QStringLiteral("test"), true);
+    if (!d.isSqlite()) {
+        ASSERT_TRUE(op.exec(QStringLiteral("SET enable_seqscan = off")));
+    }
+    for (const auto& [name, criteria] : searches) {
+        FindCriteria c = criteria;
+        FindProblem problem;
+        const auto where = FindCondition(s(), c, problem);
+        ASSERT_TRUE(where) << name;
+        const QString sql = QStringLiteral(
+                                "SELECT \"Info\".\"Heat #\" FROM \"Info\", \"Images\" WHERE \"Images\".\"Image #\" = \"Info\".\"Image #\"")
+            + (where->isEmpty() ? QString() : QStringLiteral(" AND (") + where->text + QLatin1Char(')'))
+            + QStringLiteral(" ORDER BY \"Info\".\"Entry Date\" DESC, \"Info\".\"Image #\" DESC LIMIT 100");
+        QStringList plan;
+        if (d.isSqlite()) {
+            auto q = op.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + sql, where->binds);
+            ASSERT_TRUE(q) << name;
+            while (q->next())
+                plan << q->value(3).toString();
+            // Newest first walks the date index backwards and stops at 100;
+            // every other search seeks its rows.
+            for (const QString& line : plan) {
+                const bool newest = line == QLatin1String("SCAN Info USING INDEX Info:Date/Image") && QLatin1String(name) == QLatin1String("newest");
+                EXPECT_TRUE((!line.startsWith(QLatin1String("SCAN Info")) && !line.startsWith(QLatin1String("SCAN Images"))) || newest)
+                    << name << ": " << plan.join(QStringLiteral("; ")).toStdString();
+            }
+        } else {
+            // The server can't prepare EXPLAIN: the values go in as literals.
+            QString literal = sql;
+            for (const QVariant& value : where->binds) {
+                const QString text = value.metaType().id() == QMetaType::QString ? d.literal(value.toString())
+                    : value.metaType().id() == QMetaType::QDateTime ? d.literal(value.toDateTime().toString(Qt::ISODate))
+                                                                     : value.toString();
+                literal.replace(literal.indexOf(QLatin1Char('?')), 1, text);
+            }
+            auto q = op.exec(QStringLiteral("EXPLAIN ") + literal);
+            ASSERT_TRUE(q) << name;
+            while (q->next())
+                plan << q->value(0).toString();
+            EXPECT_FALSE(plan.join(QLatin1Char('\n')).contains(QLatin1String("Seq Scan on \"Info\""))) << name << ":\n"
+                                                                                                    << plan.join(QLatin1Char('\n')).toStdString();
+        }
+    }
+    s().db().close();
+}
+
+// Quotes, statement ends, comments, wild cards, backslashes and the
+// trigram query's own syntax: in every box they are values. What holds them
+// is found, nothing else is, and nothing changes.
+TEST_P(FindQueryTest, InjectionCorpusIsOnlyEverAValue)
+{
+    const QStringList corpus{S("x' OR '1'='1"), S("'; DROP TABLE Info; --"), S("a;b"), S("/* c */"), S("-- d"), S("100%"),
+                             S("back\\slash"), S("q\"uote"), S("{Heat} : \"x\""), S("NEAR(ab cd)"), S("a\\'b"), S("$1"), S("?x")};
+    QList<Ref> refs;
+    int image = 1;
+    for (const QString& value : corpus) {
+        refs << Ref{value, value, value, value, value, image, at(2003, 1, image), value};
+        ++image;
+    }
+    ASSERT_TRUE(addRefs(s(), refs));
+    const qint64 infoRows = scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\""));
+    const qint64 imageRows = scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Images\""));
+    for (const QString& value : corpus) {
+        const bool pattern = value.contains(QLatin1Char('?')) || value.contains(QLatin1Char('*'));
+        for (QString FindCriteria::*box : {&FindCriteria::heat, &FindCriteria::part, &FindCriteria::po, &FindCriteria::vend,
+                                             &FindCriteria::mfg, &FindCriteria::path}) {
+            FindCriteria c;
+            c.*box = value;
+            QStringList found = heatsFound(s(), c, false);
+            if (pattern) {
+                EXPECT_TRUE(found.contains(value)) << value.toStdString();
+            } else {
+                EXPECT_EQ(found, QStringList{value}) << value.toStdString();
+            }
+            // The same piece inside a pattern finds the same reference.
+            c.*box = QLatin1Char('*') + value + QLatin1Char('*');
+            found = heatsFound(s(), c, false);
+            EXPECT_TRUE(found.contains(value)) << value.toStdString();
+            EXPECT_FALSE(found.contains(QStringLiteral("!failed"))) << value.toStdString();
+        }
+        EXPECT_EQ(heatsFound(s(), {.imageNumber = value}, false).value(0).left(1), pattern ? QString() : QStringLiteral("!"))
+            << value.toStdString();
+        EXPECT_EQ(heatsFound(s(), {.from = value}, false), L({"!txtFrom"}));
+        EXPECT_EQ(heatsFound(s(), {.to = value}, false), L({"!txtTo"}));
+    }
+    EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\"")), infoRows);
+    EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Images\"")), imageRows);
+    EXPECT_TRUE(prompter().asked().isEmpty()) << prompter().asked().front().text.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, FindQueryTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+}  // namespace

@@ -1,0 +1,223 @@
+#include "data/DataOp.h"
+#include "data/InfoData.h"
+#include "search/ReferenceEdit.h"
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
+
+#include "search/SearchData.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QDateTime at(int y, int m, int d, int h = 0, int min = 0) { return QDateTime(QDate(y, m, d), QTime(h, min)); }
+QString S(const char* text) { return QString::fromUtf8(text); }
+
+class ReferenceEditTest : public ::testing::TestWithParam<Engine> {
+protected:
+    ReferenceEditTest() : site(GetParam()) {}
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        ASSERT_TRUE(addRefs(s(), {{S("H1"), S("P1"), S("PO1"), S("Acme"), S("Mill"), 7, at(2003, 1, 2, 14, 30), S("/srv/a")},
+                                  {S("H2"), S("P2"), S("PO1"), S("Acme"), S("Mill"), 7, at(2003, 1, 2, 14, 30), S("/srv/a")},
+                                  {S("H3"), S("P3"), S("PO3"), S("Other"), S("Mill"), 8, at(2003, 2, 1), S("/srv/b")}}));
+        site.prompter().clear();
+    }
+
+    Session& s() { return site.session(); }
+
+    // Every reference as one line, in key order: the whole table at a glance.
+    QStringList table()
+    {
+        DataOp op(s(), QStringLiteral("test"), false);
+        auto q = op.exec(QStringLiteral("SELECT \"Heat #\", \"Part #\", \"P/O #\", \"Vend Name\", \"Mfg Name\", \"Entry Date\", \"Image #\" FROM \"Info\" "
+                                        "ORDER BY \"Image #\", \"Heat #\""));
+        QStringList lines;
+        while (q && q->next())
+            lines << QStringList{q->value(0).toString(), q->value(1).toString(), q->value(2).toString(), q->value(3).toString(),
+                                 q->value(4).toString(), op.dialect().readDate(q->value(5)).toString(Qt::ISODate), q->value(6).toString()}
+                         .join(QLatin1Char('|'));
+        return lines;
+    }
+
+    InfoRow row(const QString& heat)
+    {
+        FindCriteria c{.heat = heat};
+        c.assumeWild = false;
+        const FindResult r = FindReferences(s(), c, 10, false);
+        EXPECT_EQ(r.rows.size(), 1) << heat.toStdString();
+        return r.rows.value(0);
+    }
+
+    TestSite site;
+};
+
+TEST_P(ReferenceEditTest, ChangingOnlyTheVendorKeepsKeyAndMoment)
+{
+    const InfoRow stored = row(S("H1"));
+    ReferenceEntry edited = EntryOf(stored);
+    EXPECT_EQ(edited.date, QStringLiteral("1/2/2003"));
+    EXPECT_EQ(edited.imageNumber, QStringLiteral("7"));
+    edited.vend = S("New Vendor");
+    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
+    EXPECT_EQ(result.stored.vend, S("New Vendor"));
+    EXPECT_EQ(result.stored.path, S("/srv/a"));
+    EXPECT_EQ(table(), (QStringList{S("H1|P1|PO1|New Vendor|Mill|2003-01-02T14:30:00|7"), S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"),
+                                    S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}));
+    EXPECT_TRUE(site.prompter().asked().isEmpty());
+}
+
+TEST_P(ReferenceEditTest, ChangedValuesAreStoredAsAddsStoreThem)
+{
+    const InfoRow stored = row(S("H3"));
+    ReferenceEntry edited = EntryOf(stored);
+    edited.heat = S("H3-NEW");
+    edited.po = QString();
+    edited.date = S("2004-03-05");
+    edited.mfg = S("A manufacturer name longer than thirty-two");
+    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
+    // What the screen keeps is what a later change deletes by.
+    EXPECT_EQ(result.stored.po, S(" "));
+    EXPECT_EQ(result.stored.mfg, S("A manufacturer name longer than "));
+    EXPECT_EQ(result.stored.entryDate, at(2004, 3, 5));
+    EXPECT_EQ(table().last(), S("H3-NEW|P3| |Other|A manufacturer name longer than |2004-03-05T00:00:00|8"));
+    ReferenceEntry again = EntryOf(result.stored);
+    again.vend = S("Again");
+    ASSERT_EQ(ChangeReference(s(), result.stored, again, false).outcome, ChangeResult::Outcome::Changed);
+    EXPECT_EQ(table().size(), 3);
+    // Values are trimmed before they are cut, so the cut's trailing blank goes now.
+    EXPECT_EQ(table().last(), S("H3-NEW|P3| |Again|A manufacturer name longer than|2004-03-05T00:00:00|8"));
+}
+
+TEST_P(ReferenceEditTest, ClashWithAnotherKeyLeavesTheRowExactlyAsItWas)
+{
+    const QStringList before = table();
+    const InfoRow stored = row(S("H1"));
+    ReferenceEntry edited = EntryOf(stored);
+    // H2/P2/PO1/Mill/7 is the key of the other reference of image 7.
+    edited.heat = S("h2");
+    edited.part = S("P2");
+    edited.vend = S("Changed");
+    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    ASSERT_EQ(result.outcome, ChangeResult::Outcome::AddFailed);
+    EXPECT_FALSE(result.errorText.isEmpty());
+    EXPECT_EQ(table(), before);
+    // Nothing was reported: the screen tells it in its own words.
+    EXPECT_TRUE(site.prompter().asked().isEmpty());
+}
+
+TEST_P(ReferenceEditTest, BadDateIsCaughtBeforeAnythingIsDeleted)
+{
+    const QStringList before = table();
+    const InfoRow stored = row(S("H1"));
+    ReferenceEntry edited = EntryOf(stored);
+    edited.date = S("31/31/2003");
+    edited.heat = S("CHANGED");
+    EXPECT_EQ(ChangeReference(s(), stored, edited, false).outcome, ChangeResult::Outcome::InvalidDate);
+    EXPECT_EQ(table(), before);
+}
+
+TEST_P(ReferenceEditTest, ChangeOfARowAnotherWorkstationRemovedAddsTheNewValues)
+{
+    const InfoRow stored = row(S("H3"));
+    ScriptedPrompter otherPrompter;
+    auto other = site.openAnother(otherPrompter);
+    other->info = InfoRecord{S("H3"), S("P3"), S("PO3"), S("Other"), S("Mill"), {}, 8};
+    ASSERT_TRUE(DeleteInfo(*other, false));
+    ReferenceEntry edited = EntryOf(stored);
+    edited.vend = S("Mine");
+    EXPECT_EQ(ChangeReference(s(), stored, edited, false).outcome, ChangeResult::Outcome::Changed);
+    EXPECT_EQ(table().last(), S("H3|P3|PO3|Mine|Mill|2003-02-01T00:00:00|8"));
+}
+
+TEST_P(ReferenceEditTest, AddNeedsAnImageOnFileAndADate)
+{
+    const QStringList before = table();
+    ReferenceEntry entry{S("H9"), S("P9"), S("PO9"), S("V"), S("M"), S("99"), S("1/5/2004")};
+    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::ImageNotOnFile);
+    entry.imageNumber = QString();
+    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::ImageNotOnFile);
+    entry.imageNumber = S("8");
+    entry.date = S("not a date");
+    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::InvalidDate);
+    EXPECT_EQ(table(), before);
+
+    entry.date = S("1/5/2004");
+    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::Added);
+    EXPECT_EQ(table().last(), S("H9|P9|PO9|V|M|2004-01-05T00:00:00|8"));
+    // The same key again is refused by the table and reported to nobody.
+    entry.vend = S("Other vendor");
+    const AddResult twice = AddReference(s(), entry, false);
+    EXPECT_EQ(twice.outcome, AddResult::Outcome::NotAdded);
+    EXPECT_FALSE(twice.errorText.isEmpty());
+    EXPECT_EQ(table().size(), before.size() + 1);
+    EXPECT_TRUE(site.prompter().asked().isEmpty());
+}
+
+TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
+{
+    const InfoRow h1 = row(S("H1"));
+    const InfoRow h2 = row(S("H2"));
+    const InfoRow h3 = row(S("H3"));
+    RemoveResult result = RemoveReference(s(), h3, false);
+    EXPECT_EQ(result.outcome, RemoveResult::Outcome::OnlyReference);
+    EXPECT_EQ(result.references, 1);
+
+    result = RemoveReference(s(), h1, false);
+    EXPECT_EQ(result.outcome, RemoveResult::Outcome::Removed);
+    EXPECT_EQ(result.references, 2);
+    EXPECT_EQ(RemoveReference(s(), h2, false).outcome, RemoveResult::Outcome::OnlyReference);
+    EXPECT_EQ(table(), (QStringList{S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"), S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}));
+    EXPECT_TRUE(site.prompter().asked().isEmpty());
+}
+
+// Two workstations removing the two references of one image at once: the
+// second waits for the first, counts again and refuses, so the image keeps
+// a reference.
+TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
+{
+    const InfoRow h1 = row(S("H1"));
+    const InfoRow h2 = row(S("H2"));
+    std::atomic<bool> holding = false;
+    std::atomic<int> outcome = -1;
+    std::thread second;
+    DataOp op(s(), QStringLiteral("test"), false);
+    const bool committed = op.transaction([&] {
+        // This workstation's removal of H2, held open while the other one starts.
+        if (!op.dialect().isSqlite() && !op.exec(QStringLiteral("SELECT 1 FROM \"Images\" WHERE \"Image #\" = 7 FOR UPDATE")))
+            return false;
+        s().info = InfoRecord{h2.heat, h2.part, h2.po, h2.vend, h2.mfg, {}, 7};
+        if (!detail::DeleteInfo(op, s()))
+            return false;
+        second = std::thread([&] {
+            ScriptedPrompter otherPrompter;
+            auto other = site.openAnother(otherPrompter);
+            holding = true;
+            outcome = static_cast<int>(RemoveReference(*other, h1, false).outcome);
+        });
+        while (!holding)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_EQ(outcome, -1) << "the second removal did not wait";
+        return true;
+    });
+    second.join();
+    ASSERT_TRUE(committed);
+    EXPECT_EQ(outcome, static_cast<int>(RemoveResult::Outcome::OnlyReference));
+    EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 7")), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, ReferenceEditTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+
+}  // namespace
