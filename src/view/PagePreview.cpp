@@ -69,9 +69,9 @@ QImage ShrinkMonoToGrey(const QImage& monoIn, const QRect& sourceIn, const QSize
     const int lastByte = source.right() / 8;
     const int bytes = lastByte - firstByte + 1;
     const int shift = source.left() - firstByte * 8;  // pixels of the first byte left of the source
-    std::vector<quint64> lanes(size_t(bytes));
-    std::vector<quint32> counts(size_t(outW));
-    std::vector<int> colStart(size_t(outW) + 1);
+    std::vector<quint64> lanes(static_cast<size_t>(bytes));
+    std::vector<quint32> counts(static_cast<size_t>(outW));
+    std::vector<int> colStart(static_cast<size_t>(outW) + 1);
     for (int c = 0; c <= outW; ++c)
         colStart[size_t(c)] = int(qint64(c) * source.width() / outW);
     const auto& table = spreadTable();

@@ -41,7 +41,9 @@ TEST_F(DrawingTest, LineIsBurnedAtFullResolutionWithItsWidth)
     EXPECT_EQ(page.format(), QImage::Format_Mono);
     EXPECT_EQ(page.colorTable(), MonoColorTable());
     // Nine pixels thick, centred on row 1000, all along its length.
-    for (int x : {100, 101, 1000, 1999, 2000}) {
+    EXPECT_TRUE(IsBlackAt(page, 100, 1000));
+    EXPECT_TRUE(IsBlackAt(page, 2000, 1000));
+    for (int x : {105, 1000, 1995}) {
         EXPECT_TRUE(IsBlackAt(page, x, 996)) << x;
         EXPECT_TRUE(IsBlackAt(page, x, 1004)) << x;
         EXPECT_FALSE(IsBlackAt(page, x, 994)) << x;

@@ -2,6 +2,7 @@
 
 #include "startup/ErrorReport.h"
 #include "startup/Settings.h"
+#include "view/PagePreview.h"
 #include "view/PageSource.h"
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
@@ -112,7 +113,7 @@ protected:
     void open(int pages) { open(NumberedPages(pages)); }
     int shown() const { return PageNumberOf(doc.page()); }
     QString original() const { return OriginalPathOf(path); }
-    bool reportShown() const { return prompter().wasAsked(ProgramTitle()); }
+    bool reportShown() { return prompter().wasAsked(ProgramTitle()); }
 
     void drawLine()
     {
@@ -186,6 +187,7 @@ TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
 {
     open(1);
     s().draw.rectangleWidth = 3;
+    s().draw.rectangleBlack = true;
     doc.RectangleCommand();
     EXPECT_EQ(doc.drawMode(), QStringLiteral("Rect"));
     doc.select(200, 100, 201, 400);

@@ -128,6 +128,7 @@ void PageView::render()
 void PageView::paintEvent(QPaintEvent*)
 {
     render();
+    emit painted();
     QPainter painter(this);
     painter.fillRect(rect(), palette().window());
     if (!rendered_.isNull())

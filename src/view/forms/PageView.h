@@ -40,6 +40,8 @@ signals:
     void mouseUp(int button, QPointF at);
     void selected(double left, double top, double right, double bottom);
     void scrolled(double x, double y);
+    // The view has been painted on the screen.
+    void painted();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

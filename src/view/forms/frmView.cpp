@@ -95,6 +95,11 @@ frmView::frmView(Session& session, QWidget* parent, bool annotateMode, const QSt
     connect(view_, &PageView::mouseUp, this, [this](int button, QPointF at) { document_.mouseUp(button, at); });
     connect(view_, &PageView::selected, this, [this](double l, double t, double r, double b) { document_.select(l, t, r, b); });
     connect(view_, &PageView::scrolled, this, [this](double x, double y) { document_.scroll(x, y); });
+    // The file is opened once the window is on the screen, never before.
+    connect(view_, &PageView::painted, this, [this] {
+        if (firstPaint_)
+            QTimer::singleShot(0, this, &frmView::Form_Paint);
+    });
 
     view_->setDocument(&document_);
     document_.load(annotateMode, annotateFile);
@@ -314,15 +319,6 @@ void frmView::Form_Paint()
     firstPaint_ = false;
     document_.FirstImage();
     session_.prompter().setBusy(false);
-}
-
-void frmView::paintEvent(QPaintEvent* event)
-{
-    QWidget::paintEvent(event);
-    if (firstPaint_) {
-        // The file is opened once the window is on the screen, never before.
-        QTimer::singleShot(0, this, &frmView::Form_Paint);
-    }
 }
 
 void frmView::resizeEvent(QResizeEvent* event)

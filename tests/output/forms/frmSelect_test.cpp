@@ -4,9 +4,10 @@
 #include "startup/IniFile.h"
 #include "view/forms/frmView.h"
 #include "view/ViewerTestSupport.h"
-#include "ui_frmSelect.h"
 
 #include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QFile>
 #include <QPointer>
 #include <QTest>
@@ -17,6 +18,14 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
+
+// A control of a form, found by its name as the person at the screen knows it.
+template <class T> T* child(QObject* form, const char* name)
+{
+    T* w = form->findChild<T*>(QLatin1String(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+}
 
 void ensureApplication()
 {
@@ -49,15 +58,15 @@ TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
     frmSelect* form = frmSelect::Open(site.session(), 123);
     ASSERT_NE(form, nullptr);
     EXPECT_EQ(form->windowTitle(), QStringLiteral("Print, View, Fax and Re-Scan"));
-    EXPECT_EQ(form->ui()->txtImg->text(), QStringLiteral("TR000123.TIF"));
-    EXPECT_EQ(form->ui()->txtPages->text(), QStringLiteral("3"));
-    EXPECT_EQ(form->ui()->txtSize->text(), QStringLiteral("G"));
-    EXPECT_EQ(form->ui()->txtType->text(), QStringLiteral("4"));
-    EXPECT_EQ(form->ui()->txtDate->text(), QStringLiteral("3/5/2024"));
-    EXPECT_FALSE(form->ui()->cmdPrint->isVisible());
-    EXPECT_FALSE(form->ui()->cmdFax->isVisible());
-    EXPECT_FALSE(form->ui()->cmdEmail->isVisible());
-    EXPECT_TRUE(form->ui()->cmdView->isVisible());
+    EXPECT_EQ(child<QLineEdit>(form, "txtImg")->text(), QStringLiteral("TR000123.TIF"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtPages")->text(), QStringLiteral("3"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtSize")->text(), QStringLiteral("G"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtType")->text(), QStringLiteral("4"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtDate")->text(), QStringLiteral("3/5/2024"));
+    EXPECT_FALSE(child<QPushButton>(form, "cmdPrint")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(form, "cmdFax")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(form, "cmdEmail")->isVisible());
+    EXPECT_TRUE(child<QPushButton>(form, "cmdView")->isVisible());
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, QStringLiteral("TR000123.TIF"));
 
     QList<QPointer<frmView>> viewers;

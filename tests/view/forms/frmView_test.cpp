@@ -8,11 +8,11 @@
 #include "view/forms/frmVTRec.h"
 #include "view/forms/frmVTStm.h"
 #include "view/ViewerTestSupport.h"
-#include "ui_frmVTLin.h"
-#include "ui_frmVTRec.h"
-#include "ui_frmVTStm.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QRadioButton>
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -29,6 +29,14 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
+
+// A control of a form, found by its name as the person at the screen knows it.
+template <class T> T* child(QObject* form, const char* name)
+{
+    T* w = form->findChild<T*>(QLatin1String(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+}
 
 void ensureApplication()
 {
@@ -175,11 +183,11 @@ TEST_F(ViewerWindow, DragMagnifiesAndRightClickReturns)
 TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
 {
     frmView* viewer = openViewer(NumberedPages(2));
-    site.session().draw.lineWidth = 4;
-    viewer->LineCommand();
     // Magnified first: the line must land on the same page pixels all the same.
     viewer->document().select(200, 400, 600, 500);
     ASSERT_TRUE(viewer->document().zoomed());
+    site.session().draw.lineWidth = 4;
+    viewer->LineCommand();
     drag(viewer, QPointF(250, 450), QPointF(500, 450));
     EXPECT_TRUE(viewer->action(QStringLiteral("mnuSave"))->isEnabled());
     EXPECT_FALSE(viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled());
@@ -262,23 +270,24 @@ TEST_F(ViewerWindow, WidthBoxesClampAndClosingKeepsTheSettings)
     {
         frmVTLin form(s);
         EXPECT_EQ(form.windowTitle(), QStringLiteral("Line Properties"));
-        QLineEdit* box = form.ui()->txtLineWidth;
+        QLineEdit* box = child<QLineEdit>(&form, "txtLineWidth");
         EXPECT_EQ(box->text(), QStringLiteral("1"));  // 0 in the settings
         box->setText(QStringLiteral("500"));
         EXPECT_EQ(box->text(), QStringLiteral("100"));
         box->clear();
         EXPECT_EQ(box->text(), QStringLiteral("1"));
         box->setText(QStringLiteral("7"));
-        form.close();
+        form.show();
+        form.close();  // the title bar's close button keeps the value too
     }
     EXPECT_EQ(s.draw.lineWidth, 7);
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("LineWidth")).value, QStringLiteral("7"));
     {
         frmVTRec form(s);
-        form.ui()->txtRecWidth->setText(QStringLiteral("0"));
-        EXPECT_EQ(form.ui()->txtRecWidth->text(), QStringLiteral("1"));
-        form.ui()->chkFill->setChecked(true);
-        form.ui()->chkBlack->setChecked(false);
+        child<QLineEdit>(&form, "txtRecWidth")->setText(QStringLiteral("0"));
+        EXPECT_EQ(child<QLineEdit>(&form, "txtRecWidth")->text(), QStringLiteral("1"));
+        child<QCheckBox>(&form, "chkFill")->setChecked(true);
+        child<QCheckBox>(&form, "chkBlack")->setChecked(false);
         form.reject();
     }
     EXPECT_EQ(s.draw.rectangleWidth, 1);
@@ -299,10 +308,10 @@ TEST_F(ViewerWindow, StampFormShowsAndKeepsTextLinesFontAndType)
     {
         frmVTStm form(s);
         EXPECT_EQ(form.windowTitle(), QStringLiteral("Text Properties"));
-        EXPECT_EQ(form.ui()->txtStampText->toPlainText(), QStringLiteral("RECEIVED\nQA DEPT"));
-        EXPECT_EQ(form.ui()->txtFont->text(), QStringLiteral("DejaVu Serif 18point Bold "));
-        EXPECT_TRUE(form.ui()->txtStampText->isEnabled());
-        EXPECT_FALSE(form.ui()->txtImageName->isEnabled());
+        EXPECT_EQ(child<QPlainTextEdit>(&form, "txtStampText")->toPlainText(), QStringLiteral("RECEIVED\nQA DEPT"));
+        EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Serif 18point Bold "));
+        EXPECT_TRUE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
+        EXPECT_FALSE(child<QLineEdit>(&form, "txtImageName")->isEnabled());
         form.chooseFont = [](const QFont&, QWidget*) {
             QFont chosen(QStringLiteral("DejaVu Sans"));
             chosen.setPointSize(24);
@@ -310,14 +319,14 @@ TEST_F(ViewerWindow, StampFormShowsAndKeepsTextLinesFontAndType)
             return std::optional<QFont>(chosen);
         };
         form.cmdFont_Click();
-        EXPECT_EQ(form.ui()->txtFont->text(), QStringLiteral("DejaVu Sans 24point Italic "));
-        form.ui()->txtStampText->setPlainText(QStringLiteral("APPROVED\nBY\n"));
-        form.ui()->optImage->setChecked(true);
-        EXPECT_FALSE(form.ui()->txtStampText->isEnabled());
-        EXPECT_TRUE(form.ui()->txtImageName->isEnabled());
+        EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Sans 24point Italic "));
+        child<QPlainTextEdit>(&form, "txtStampText")->setPlainText(QStringLiteral("APPROVED\nBY\n"));
+        child<QRadioButton>(&form, "optImage")->setChecked(true);
+        EXPECT_FALSE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
+        EXPECT_TRUE(child<QLineEdit>(&form, "txtImageName")->isEnabled());
         site.prompter().answerFile(site.path(QStringLiteral("stamp.png")));
         form.cmdImageName_Click();
-        form.ui()->cbStampOvl->setChecked(true);
+        child<QCheckBox>(&form, "cbStampOvl")->setChecked(true);
         form.accept();
     }
     EXPECT_EQ(s.draw.stampText, QStringLiteral("APPROVED|BY|"));
