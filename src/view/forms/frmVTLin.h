@@ -4,6 +4,8 @@
 
 #include <memory>
 
+class QLineEdit;
+
 namespace Ui {
 class frmVTLin;
 }
@@ -40,6 +42,6 @@ private:
 };
 
 // Keeps a width box within 1..100 as the person types.
-void ClampWidthBox(class QLineEdit* box);
+void ClampWidthBox(QLineEdit* box);
 
 }  // namespace tarlox

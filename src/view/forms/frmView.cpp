@@ -13,7 +13,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPrinter>
-#include <QShortcut>
+#include <QKeyEvent>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTimer>
@@ -76,12 +76,8 @@ frmView::frmView(Session& session, QWidget* parent, bool annotateMode, const QSt
         if (!applying_)
             document_.goToPage(page);
     });
-    auto* pageUp = new QShortcut(QKeySequence(Qt::Key_PageUp), this);
-    auto* pageDown = new QShortcut(QKeySequence(Qt::Key_PageDown), this);
-    pageUp->setContext(Qt::WidgetWithChildrenShortcut);
-    pageDown->setContext(Qt::WidgetWithChildrenShortcut);
-    connect(pageUp, &QShortcut::activated, this, [this] { document_.goToPage(document_.currentPage() - 1); });
-    connect(pageDown, &QShortcut::activated, this, [this] { document_.goToPage(document_.currentPage() + 1); });
+    view_->setFocusPolicy(Qt::StrongFocus);
+    setFocusProxy(view_);
 
     lblPrintMsg_->setObjectName(QStringLiteral("lblPrintMsg"));
     lblPrintMsg_->setAlignment(Qt::AlignCenter);
@@ -319,6 +315,19 @@ void frmView::Form_Paint()
     firstPaint_ = false;
     document_.FirstImage();
     session_.prompter().setBusy(false);
+}
+
+void frmView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_PageDown && event->modifiers() == Qt::NoModifier) {
+        document_.goToPage(document_.currentPage() + 1);
+        return;
+    }
+    if (event->key() == Qt::Key_PageUp && event->modifiers() == Qt::NoModifier) {
+        document_.goToPage(document_.currentPage() - 1);
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void frmView::resizeEvent(QResizeEvent* event)
