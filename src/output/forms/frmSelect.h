@@ -1,0 +1,63 @@
+#pragma once
+
+#include "output/SelectImage.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace Ui {
+class frmSelect;
+}
+
+namespace tarlox {
+
+class PageSource;
+class Session;
+class frmView;
+
+// Print, View, Fax and Re-Scan: the facts of one found image (the image in
+// hand, session.currentImage) and what can be done with it. Print, Fax and
+// E-mail stay hidden until those parts of the program exist.
+class frmSelect : public QDialog {
+    Q_OBJECT
+public:
+    explicit frmSelect(Session& session, QWidget* parent = nullptr);
+    ~frmSelect() override;
+
+    Ui::frmSelect* ui() const { return ui_.get(); }
+
+    // Locates the file and fills the form; false, after telling why, when
+    // the image can't be shown (the form should then close).
+    bool Form_Activate();
+    // A new viewer on the image each time; the form closes.
+    void cmdView_Click();
+    // The rescan form for the image; the form closes.
+    void cmdReScan_Click();
+
+    // Where a new viewer goes (the main window puts it in its MDI area);
+    // by default it opens as a window of its own.
+    std::function<void(frmView*)> showViewer;
+    // The scanner handed to the viewers it opens.
+    PageSource* pageSource = nullptr;
+
+    const std::optional<SelectedImage>& selected() const { return selected_; }
+
+    // Find's Select: makes number the image in hand and opens the form, or
+    // tells why it can't and returns nullptr.
+    static frmSelect* Open(Session& session, qint32 number, QWidget* parent = nullptr);
+
+signals:
+    // frmRescn should open for this image.
+    void rescanRequested(qint32 image);
+    void viewerOpened(frmView* viewer);
+
+private:
+    Session& session_;
+    std::unique_ptr<Ui::frmSelect> ui_;
+    std::optional<SelectedImage> selected_;
+};
+
+}  // namespace tarlox

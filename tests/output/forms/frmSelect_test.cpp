@@ -1,0 +1,114 @@
+#include "output/forms/frmSelect.h"
+
+#include "output/SelectImage.h"
+#include "startup/IniFile.h"
+#include "view/forms/frmView.h"
+#include "view/ViewerTestSupport.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QFile>
+#include <QPointer>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A control of a form, found by its name as the person at the screen knows it.
+template <class T> T* child(QObject* form, const char* name)
+{
+    T* w = form->findChild<T*>(QLatin1String(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+}
+
+void ensureApplication()
+{
+    static int argc = 1;
+    static char name[] = "frmSelect_test";
+    static char* argv[] = {name, nullptr};
+    if (!QApplication::instance())
+        new QApplication(argc, argv);
+}
+
+class SelectScreen : public ::testing::TestWithParam<Engine> {
+protected:
+    SelectScreen() : site(GetParam()) {}
+    void SetUp() override
+    {
+        ensureApplication();
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+    TestSite site;
+};
+
+}  // namespace
+
+TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
+{
+    const QString path = StoreReport(site, NumberedPages(3), 123, QStringLiteral("G"));
+    ASSERT_FALSE(path.isEmpty());
+    site.session().currentImage = 0;
+    frmSelect* form = frmSelect::Open(site.session(), 123);
+    ASSERT_NE(form, nullptr);
+    EXPECT_EQ(form->windowTitle(), QStringLiteral("Print, View, Fax and Re-Scan"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtImg")->text(), QStringLiteral("TR000123.TIF"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtPages")->text(), QStringLiteral("3"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtSize")->text(), QStringLiteral("G"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtType")->text(), QStringLiteral("4"));
+    EXPECT_EQ(child<QLineEdit>(form, "txtDate")->text(), QStringLiteral("3/5/2024"));
+    EXPECT_FALSE(child<QPushButton>(form, "cmdPrint")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(form, "cmdFax")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(form, "cmdEmail")->isVisible());
+    EXPECT_TRUE(child<QPushButton>(form, "cmdView")->isVisible());
+    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, QStringLiteral("TR000123.TIF"));
+
+    QList<QPointer<frmView>> viewers;
+    form->showViewer = [&](frmView* viewer) { viewers.append(viewer); };
+    QPointer<frmSelect> guard(form);
+    form->cmdView_Click();
+    QApplication::processEvents();
+    ASSERT_EQ(viewers.size(), 1);
+    EXPECT_EQ(viewers[0]->document().copyFile(), path);
+
+    frmSelect* again = frmSelect::Open(site.session(), 123);
+    ASSERT_NE(again, nullptr);
+    again->showViewer = [&](frmView* viewer) { viewers.append(viewer); };
+    again->cmdView_Click();
+    ASSERT_EQ(viewers.size(), 2);
+    EXPECT_NE(viewers[0].data(), viewers[1].data());
+    for (const auto& viewer : viewers)
+        delete viewer.data();
+}
+
+TEST_P(SelectScreen, MissingImageRowOrFileSaysWhy)
+{
+    EXPECT_EQ(frmSelect::Open(site.session(), 777), nullptr);
+    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), QStringLiteral("Can't find image in data base!"));
+
+    const QString path = StoreReport(site, NumberedPages(1), 124);
+    QFile::remove(path);
+    site.prompter().clear();
+    // The volume holding the directory is the one the row names: the file is gone.
+    EXPECT_EQ(frmSelect::Open(site.session(), 124), nullptr);
+    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), QStringLiteral("This image file no longer exists!"));
+}
+
+TEST_P(SelectScreen, RescanButtonHandsTheImageOn)
+{
+    StoreReport(site, NumberedPages(2), 125);
+    frmSelect* form = frmSelect::Open(site.session(), 125);
+    ASSERT_NE(form, nullptr);
+    qint32 asked = 0;
+    QObject::connect(form, &frmSelect::rescanRequested, [&](qint32 image) { asked = image; });
+    form->cmdReScan_Click();
+    EXPECT_EQ(asked, 125);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, SelectScreen, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);

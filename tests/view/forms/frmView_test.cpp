@@ -1,0 +1,409 @@
+#include "view/forms/frmView.h"
+
+#include "startup/IniFile.h"
+#include "startup/Settings.h"
+#include "store/ImageInput.h"
+#include "view/forms/PageView.h"
+#include "view/forms/frmVTLin.h"
+#include "view/forms/frmVTRec.h"
+#include "view/forms/frmVTStm.h"
+#include "view/ViewerTestSupport.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPrinter>
+#include <QSpinBox>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A control of a form, found by its name as the person at the screen knows it.
+template <class T> T* child(QObject* form, const char* name)
+{
+    T* w = form->findChild<T*>(QLatin1String(name));
+    EXPECT_NE(w, nullptr) << name;
+    return w;
+}
+
+void ensureApplication()
+{
+    static int argc = 1;
+    static char name[] = "frmView_test";
+    static char* argv[] = {name, nullptr};
+    if (!QApplication::instance())
+        new QApplication(argc, argv);
+}
+
+// Waits up to two seconds for the condition, letting events through.
+template <class Condition> bool waitFor(Condition condition)
+{
+    for (int i = 0; i < 200 && !condition(); ++i)
+        QTest::qWait(10);
+    return condition();
+}
+
+// Pictures of each step, for a person to look at, when TARLOX_SCREENSHOTS names a folder.
+void screenshot(QWidget* window, const QString& name)
+{
+    const QString folder = qEnvironmentVariable("TARLOX_SCREENSHOTS");
+    if (folder.isEmpty())
+        return;
+    QDir().mkpath(folder);
+    QApplication::processEvents();
+    window->grab().save(QDir(folder).filePath(name + QStringLiteral(".png")));
+}
+
+// A page that looks like a certificate: typed lines and a heading bar.
+QImage certificatePage(int n)
+{
+    QImage page = TextPage(1275, 1650, quint32(n), 150);
+    for (int y = 10; y < 30; ++y)
+        for (int x = 0; x < 300; ++x)
+            page.setPixel(x, y, 0);
+    FillBlack(page, 10, 10, 20 * n, 20);
+    FillBlack(page, 100, 60, 1075, 6);
+    return page;
+}
+
+class ViewerWindow : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ensureApplication();
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+
+    frmView* openViewer(const QList<QImage>& pages)
+    {
+        path = StoreReport(site, pages);
+        EXPECT_FALSE(path.isEmpty());
+        auto* viewer = new frmView(site.session());
+        viewer->resize(700, 900);
+        viewer->show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(viewer));
+        QTest::qWait(20);
+        QApplication::processEvents();
+        return viewer;
+    }
+
+    // Drags on the page from one image point to another with the left button.
+    void drag(frmView* viewer, QPointF from, QPointF to)
+    {
+        PageView* view = viewer->imcMain();
+        const QPoint a = view->toWindow(from);
+        const QPoint b = view->toWindow(to);
+        QTest::mousePress(view, Qt::LeftButton, {}, a);
+        QTest::mouseMove(view, (a + b) / 2);
+        QTest::mouseMove(view, b);
+        QTest::mouseRelease(view, Qt::LeftButton, {}, b);
+        QApplication::processEvents();
+    }
+
+    TestSite site{Engine::Sqlite};
+    QString path;
+};
+
+}  // namespace
+
+TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
+{
+    path = StoreReport(site, {certificatePage(1), certificatePage(2)});
+    auto* viewer = new frmView(site.session());
+    EXPECT_TRUE(viewer->document().page().isNull());  // not at construction
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Image: ") + path);
+    viewer->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
+    ASSERT_TRUE(waitFor([&] { return !viewer->document().page().isNull(); }));
+    EXPECT_EQ(viewer->document().pageCount(), 2);
+    EXPECT_TRUE(viewer->action(QStringLiteral("mnuPrint"))->isEnabled());
+    EXPECT_TRUE(viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled());
+    EXPECT_TRUE(viewer->action(QStringLiteral("mnuPageNum_2"))->isVisible());
+    EXPECT_FALSE(viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible());
+    EXPECT_FALSE(viewer->action(QStringLiteral("mnuSave"))->isEnabled());
+    EXPECT_FALSE(viewer->action(QStringLiteral("mnuViewOrig"))->isVisible());
+    EXPECT_EQ(viewer->pageBox()->maximum(), 2);
+
+    // The fitted page is shown in grey levels: thin strokes average, not vanish.
+    ASSERT_TRUE(waitFor([&] { return !viewer->imcMain()->rendered().isNull(); }));
+    const QImage shown = viewer->imcMain()->rendered();
+    QSet<int> levels;
+    for (int y = 0; y < shown.height(); ++y)
+        for (int x = 0; x < shown.width(); ++x)
+            levels.insert(qGray(shown.pixel(x, y)));
+    levels.remove(0x80);  // the ground beside the page
+    EXPECT_TRUE(levels.contains(255));
+    EXPECT_GE(levels.size(), 4);  // white, black and shades between
+    viewer->close();
+}
+
+TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
+{
+    frmView* viewer = openViewer(NumberedPages(3));
+    viewer->action(QStringLiteral("mnuPageNum_3"))->trigger();
+    EXPECT_EQ(PageNumberOf(viewer->document().page()), 3);
+    EXPECT_EQ(viewer->pageBox()->value(), 3);
+    QTest::keyClick(viewer->imcMain(), Qt::Key_PageUp);
+    EXPECT_EQ(viewer->document().currentPage(), 2);
+    viewer->pageBox()->setValue(1);
+    EXPECT_EQ(PageNumberOf(viewer->document().page()), 1);
+    QTest::keyClick(viewer->imcMain(), Qt::Key_PageDown);
+    EXPECT_EQ(viewer->document().currentPage(), 2);
+    viewer->close();
+}
+
+TEST_F(ViewerWindow, DragMagnifiesAndRightClickReturns)
+{
+    frmView* viewer = openViewer(NumberedPages(1));
+    drag(viewer, QPointF(100, 100), QPointF(400, 250));
+    ASSERT_TRUE(viewer->document().zoomed());
+    EXPECT_NEAR(viewer->document().zoomSize(), 300, 6);
+    EXPECT_NEAR(viewer->document().zoomLeft(), 100, 4);
+    EXPECT_EQ(viewer->imcMain()->toolTip(), QStringLiteral("Right click to return to full screen."));
+    // The square fills the view's shorter side.
+    const ViewGeometry g = viewer->imcMain()->geometryNow();
+    EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
+    const QPoint centre = viewer->imcMain()->rect().center();
+    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, centre);
+    EXPECT_FALSE(viewer->document().zoomed());
+    viewer->close();
+}
+
+TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
+{
+    frmView* viewer = openViewer(NumberedPages(2));
+    // Magnified first: the line must land on the same page pixels all the same.
+    viewer->document().select(200, 400, 600, 500);
+    ASSERT_TRUE(viewer->document().zoomed());
+    site.session().draw.lineWidth = 4;
+    viewer->LineCommand();
+    drag(viewer, QPointF(250, 450), QPointF(500, 450));
+    EXPECT_TRUE(viewer->action(QStringLiteral("mnuSave"))->isEnabled());
+    EXPECT_FALSE(viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled());
+    EXPECT_FALSE(viewer->pageBox()->isEnabled());
+    EXPECT_TRUE(viewer->windowTitle().endsWith(QStringLiteral(" - Drawing Mode")));
+    const QImage& page = viewer->document().page();
+    EXPECT_TRUE(IsBlackAt(page, 375, 450));
+    EXPECT_FALSE(IsBlackAt(page, 375, 460));
+    viewer->action(QStringLiteral("mnuSave"))->trigger();
+    EXPECT_TRUE(QFileInfo::exists(OriginalPathOf(path)));
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
+    EXPECT_TRUE(viewer->action(QStringLiteral("mnuViewOrig"))->isVisible());
+    viewer->close();
+}
+
+TEST_F(ViewerWindow, ClosingWithChangesAsksAndSaves)
+{
+    frmView* viewer = openViewer(NumberedPages(1));
+    bool closed = false;
+    QObject::connect(viewer, &frmView::closed, [&] { closed = true; });
+    site.session().draw.lineWidth = 3;
+    viewer->LineCommand();
+    drag(viewer, QPointF(100, 600), QPointF(700, 600));
+    site.prompter().answer(Answer::Yes);
+    viewer->close();
+    EXPECT_TRUE(closed);
+    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Save Changes")));
+    auto reader = TiffReader::open(path);
+    EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 600));
+}
+
+TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
+{
+    frmView* viewer = openViewer({certificatePage(1), TextPage(1650, 1275, 9, 150), certificatePage(3)});
+    const QString pdf = site.path(QStringLiteral("printed.pdf"));
+    int dialogs = 0;
+    viewer->printDialog = [&](QWidget*, QPrinter& printer, int pageCount, int& copies, int& from, int& to) {
+        ++dialogs;
+        EXPECT_EQ(pageCount, 3);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(pdf);
+        printer.setPageSize(QPageSize(QPageSize::Letter));
+        printer.setPageMargins(QMarginsF(0.25, 0.25, 0.25, 0.25), QPageLayout::Inch);
+        copies = 2;
+        from = 2;
+        to = 3;
+        return true;
+    };
+    viewer->action(QStringLiteral("mnuPrint"))->trigger();
+    EXPECT_EQ(dialogs, 1);
+    EXPECT_FALSE(viewer->lblPrintMsg()->isVisible());
+    auto printed = ImageInput::open(pdf, 50);
+    ASSERT_TRUE(printed) << printed.error().toStdString();
+    ASSERT_EQ(printed->pageCount(), 4);  // pages 2 and 3, twice
+    for (int i = 0; i < 4; ++i) {
+        auto page = printed->page(i);
+        ASSERT_TRUE(page);
+        EXPECT_EQ(page->size(), QSize(425, 550)) << i;  // letter at 50 dpi
+        // The picture stands in the 8 x 10.5 inch frame a quarter inch from the corner.
+        const QImage grey = page->convertToFormat(QImage::Format_Grayscale8);
+        int right = 0;
+        int bottom = 0;
+        for (int y = 0; y < grey.height(); ++y)
+            for (int x = 0; x < grey.width(); ++x)
+                if (qGray(grey.pixel(x, y)) < 200) {
+                    right = std::max(right, x);
+                    bottom = std::max(bottom, y);
+                }
+        EXPECT_LE(right, 13 + 400);
+        EXPECT_LE(bottom, 13 + 525);
+        EXPECT_GT(bottom, 13 + 400);
+    }
+    EXPECT_EQ(viewer->document().currentPage(), 1);
+    viewer->close();
+}
+
+TEST_F(ViewerWindow, WidthBoxesClampAndClosingKeepsTheSettings)
+{
+    Session& s = site.session();
+    {
+        frmVTLin form(s);
+        EXPECT_EQ(form.windowTitle(), QStringLiteral("Line Properties"));
+        QLineEdit* box = child<QLineEdit>(&form, "txtLineWidth");
+        EXPECT_EQ(box->text(), QStringLiteral("1"));  // 0 in the settings
+        box->setText(QStringLiteral("500"));
+        EXPECT_EQ(box->text(), QStringLiteral("100"));
+        box->clear();
+        EXPECT_EQ(box->text(), QStringLiteral("1"));
+        box->setText(QStringLiteral("7"));
+        form.show();
+        form.close();  // the title bar's close button keeps the value too
+    }
+    EXPECT_EQ(s.draw.lineWidth, 7);
+    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("LineWidth")).value, QStringLiteral("7"));
+    {
+        frmVTRec form(s);
+        child<QLineEdit>(&form, "txtRecWidth")->setText(QStringLiteral("0"));
+        EXPECT_EQ(child<QLineEdit>(&form, "txtRecWidth")->text(), QStringLiteral("1"));
+        child<QCheckBox>(&form, "chkFill")->setChecked(true);
+        child<QCheckBox>(&form, "chkBlack")->setChecked(false);
+        form.reject();
+    }
+    EXPECT_EQ(s.draw.rectangleWidth, 1);
+    EXPECT_TRUE(s.draw.rectangleFill);
+    EXPECT_FALSE(s.draw.rectangleBlack);
+    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("RectangleFill")).value,
+              GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill")));
+}
+
+TEST_F(ViewerWindow, StampFormShowsAndKeepsTextLinesFontAndType)
+{
+    Session& s = site.session();
+    s.draw.stampType = QStringLiteral("Text");
+    s.draw.stampText = QStringLiteral("RECEIVED|QA DEPT");
+    s.draw.fontName = QStringLiteral("DejaVu Serif");
+    s.draw.fontSize = 18;
+    s.draw.fontBold = true;
+    {
+        frmVTStm form(s);
+        EXPECT_EQ(form.windowTitle(), QStringLiteral("Text Properties"));
+        EXPECT_EQ(child<QPlainTextEdit>(&form, "txtStampText")->toPlainText(), QStringLiteral("RECEIVED\nQA DEPT"));
+        EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Serif 18point Bold "));
+        EXPECT_TRUE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
+        EXPECT_FALSE(child<QLineEdit>(&form, "txtImageName")->isEnabled());
+        form.chooseFont = [](const QFont&, QWidget*) {
+            QFont chosen(QStringLiteral("DejaVu Sans"));
+            chosen.setPointSize(24);
+            chosen.setItalic(true);
+            return std::optional<QFont>(chosen);
+        };
+        form.cmdFont_Click();
+        EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Sans 24point Italic "));
+        child<QPlainTextEdit>(&form, "txtStampText")->setPlainText(QStringLiteral("APPROVED\nBY\n"));
+        child<QRadioButton>(&form, "optImage")->setChecked(true);
+        EXPECT_FALSE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
+        EXPECT_TRUE(child<QLineEdit>(&form, "txtImageName")->isEnabled());
+        site.prompter().answerFile(site.path(QStringLiteral("stamp.png")));
+        form.cmdImageName_Click();
+        child<QCheckBox>(&form, "cbStampOvl")->setChecked(true);
+        form.accept();
+    }
+    EXPECT_EQ(s.draw.stampText, QStringLiteral("APPROVED|BY|"));
+    EXPECT_EQ(s.draw.stampType, QStringLiteral("Image"));
+    EXPECT_EQ(s.draw.fontName, QStringLiteral("DejaVu Sans"));
+    EXPECT_EQ(s.draw.fontSize, 24);
+    EXPECT_TRUE(s.draw.fontItalic);
+    EXPECT_FALSE(s.draw.fontBold);
+    EXPECT_TRUE(s.draw.stampOvl);
+    EXPECT_EQ(s.draw.stampImage, site.path(QStringLiteral("stamp.png")));
+    const auto key = [&](const char* name) { return ReadIniValue(site.localIni(), QStringLiteral("Draw"), QLatin1String(name)).value; };
+    EXPECT_EQ(key("StampText"), QStringLiteral("APPROVED|BY|"));
+    EXPECT_EQ(key("StampType"), QStringLiteral("Image"));
+    EXPECT_EQ(key("FontSize"), QStringLiteral("24"));
+}
+
+// The walk a new user takes: open, magnify, turn, draw a line, blank out a
+// part, stamp text, save, look at the Original, restore it. With
+// TARLOX_SCREENSHOTS set, each step is saved as a picture.
+TEST_F(ViewerWindow, WalkThroughOfAnnotatingAReport)
+{
+    Session& s = site.session();
+    frmView* viewer = openViewer({certificatePage(1), certificatePage(2), certificatePage(3)});
+    screenshot(viewer, QStringLiteral("01-opened"));
+
+    viewer->document().select(100, 40, 700, 300);
+    screenshot(viewer, QStringLiteral("02-magnified"));
+    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
+
+    viewer->action(QStringLiteral("mnuRotate_1"))->trigger();
+    screenshot(viewer, QStringLiteral("03-turned-clockwise"));
+    viewer->action(QStringLiteral("mnuRotate_2"))->trigger();
+    EXPECT_EQ(viewer->document().viewRotation(), 0);
+
+    s.draw.lineWidth = 6;
+    viewer->LineCommand();
+    drag(viewer, QPointF(150, 1400), QPointF(1100, 1400));
+    screenshot(viewer, QStringLiteral("04-line"));
+
+    s.draw.rectangleWidth = 1;
+    s.draw.rectangleFill = true;
+    s.draw.rectangleBlack = false;
+    viewer->RectangleCommand();
+    drag(viewer, QPointF(100, 200), QPointF(700, 400));
+    screenshot(viewer, QStringLiteral("05-white-rectangle"));
+
+    s.draw.stampType = QStringLiteral("Text");
+    s.draw.stampText = QStringLiteral("RECEIVED|QA 03/05/2024");
+    s.draw.fontName = QStringLiteral("DejaVu Sans");
+    s.draw.fontSize = 20;
+    s.draw.fontBold = true;
+    s.draw.stampCenter = true;
+    viewer->StampCommand();
+    drag(viewer, QPointF(700, 1450), QPointF(1200, 1600));
+    screenshot(viewer, QStringLiteral("06-text-stamp"));
+    const QImage edited = viewer->document().page();
+    EXPECT_FALSE(IsBlackAt(edited, 400, 300));  // blanked
+    EXPECT_TRUE(IsBlackAt(edited, 600, 1400));  // line
+
+    viewer->action(QStringLiteral("mnuSave"))->trigger();
+    screenshot(viewer, QStringLiteral("07-saved"));
+    EXPECT_TRUE(QFileInfo::exists(OriginalPathOf(path)));
+    auto stored = TiffReader::open(path);
+    EXPECT_TRUE(SamePixels(*stored->readPage(0), edited));
+
+    viewer->action(QStringLiteral("mnuViewOrig"))->trigger();
+    screenshot(viewer, QStringLiteral("08-original"));
+    EXPECT_TRUE(viewer->windowTitle().endsWith(QStringLiteral(" (Original)")));
+    EXPECT_FALSE(viewer->menu(QStringLiteral("mnuScanOpt"))->menuAction()->isEnabled());
+
+    site.prompter().answer(Answer::Ok);
+    viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
+    screenshot(viewer, QStringLiteral("09-restored"));
+    EXPECT_FALSE(QFileInfo::exists(OriginalPathOf(path)));
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Image: ") + path);
+    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 300) == IsBlackAt(certificatePage(1), 400, 300));
+    viewer->close();
+}
