@@ -1,4 +1,6 @@
 #include "shell/forms/MessageBoxPrompter.h"
+#include "shell/ServerSetup.h"
+#include "shell/forms/frmSecure.h"
 #include "shell/forms/mdiMain.h"
 #include "startup/Session.h"
 #include "startup/Startup.h"
@@ -21,7 +23,8 @@ int main(int argc, char** argv)
     session.defaultPrinter = [] { return QPrinterInfo::defaultPrinterName(); };
 
     StartTrace(session, ParseTraceSwitch(app.arguments().mid(1)));
-    if (!StartSession(session))
+    // A machine without a row gets the server setup screen before the main window.
+    if (!StartSessionWithSetup(session, [&] { RunServerSetupForNewMachine(session, nullptr); }))
         return 1;
 
     mdiMain window(session);

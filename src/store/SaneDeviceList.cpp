@@ -1,5 +1,7 @@
 #include "store/SaneDeviceList.h"
 
+#include "store/SaneDevices.h"
+
 #include <sane/sane.h>
 
 #include <mutex>
@@ -19,25 +21,16 @@ void noteVersion(SANE_Int code)
 
 }  // namespace
 
-QStringList ListSaneDevices()
+QStringList ListSaneDeviceEntries()
 {
-    SANE_Int code = 0;
-    if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
-        return {};
-    noteVersion(code);
     QStringList entries;
-    const SANE_Device** devices = nullptr;
-    if (sane_get_devices(&devices, SANE_FALSE) == SANE_STATUS_GOOD && devices) {
-        for (int i = 0; devices[i]; ++i) {
-            const SANE_Device* d = devices[i];
-            QString entry = QString::fromLocal8Bit(d->name);
-            const QString description = QString(QString::fromLocal8Bit(d->vendor) + QLatin1Char(' ') + QString::fromLocal8Bit(d->model)).trimmed();
-            if (!description.isEmpty())
-                entry += QStringLiteral(" (") + description + QLatin1Char(')');
-            entries.append(entry);
-        }
+    for (const SaneDevice& d : ListSaneDevices()) {
+        QString entry = d.name;
+        const QString description = QString(d.vendor + QLatin1Char(' ') + d.model).trimmed();
+        if (!description.isEmpty())
+            entry += QStringLiteral(" (") + description + QLatin1Char(')');
+        entries.append(entry);
     }
-    sane_exit();
     return entries;
 }
 
@@ -55,6 +48,7 @@ QString SaneVersionText()
         code = knownVersion;
     }
     if (code < 0) {
+        std::lock_guard<std::mutex> sane(SaneLock());
         if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
             return {};
         sane_exit();

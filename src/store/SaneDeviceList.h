@@ -7,7 +7,7 @@ namespace tarlox {
 
 // The scanners SANE can reach, one entry each: the device name, a blank and
 // vendor and model in brackets ("test:0 (Noname frontend-tester)").
-QStringList ListSaneDevices();
+QStringList ListSaneDeviceEntries();
 
 // The device name of such an entry ("test:0").
 QString SaneDeviceName(const QString& entry);

@@ -22,7 +22,7 @@ TEST(SaneDeviceList, ListsTheTestBackendsDevices)
     write("test.conf", "number_of_devices 2\n");
     qputenv("SANE_CONFIG_DIR", dir.path().toLocal8Bit());
 
-    const QStringList devices = ListSaneDevices();
+    const QStringList devices = ListSaneDeviceEntries();
     ASSERT_EQ(devices.size(), 2) << devices.join(QLatin1Char('|')).toStdString();
     EXPECT_EQ(SaneDeviceName(devices.at(0)), QStringLiteral("test:0"));
     EXPECT_EQ(SaneDeviceName(devices.at(1)), QStringLiteral("test:1"));

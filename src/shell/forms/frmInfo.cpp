@@ -344,7 +344,7 @@ void frmInfo::browseDirectory(QLineEdit* field, const QString& title)
 void frmInfo::cmdDevice_Click()
 {
     session_.prompter().setBusy(true);
-    const QStringList devices = ListSaneDevices();
+    const QStringList devices = ListSaneDeviceEntries();
     session_.prompter().setBusy(false);
     if (devices.isEmpty()) {
         session_.prompter().ask(QStringLiteral("Scanning Device"), QStringLiteral("No scanner was found."), Buttons::Ok, Icon::Exclamation);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell/forms/ViewerCommands.h"
 #include "view/PageDocument.h"
 
 #include <QHash>
@@ -26,7 +27,7 @@ class Session;
 // editing. Drawing and saving happen in its PageDocument; the window shows
 // the page and forwards the person's gestures. Several viewers may be open
 // at once; each is a plain widget, ready to sit in the main window's MDI area.
-class frmView : public QWidget, private ViewerHost {
+class frmView : public QWidget, public ViewerCommands, private ViewerHost {
     Q_OBJECT
 public:
     // Form_Load on the image in hand (session.imageFilePath), or in annotate
@@ -61,10 +62,10 @@ public:
 
 public slots:
     // The main toolbar's four buttons, on the active viewer.
-    void ViewCommand();
-    void LineCommand();
-    void RectangleCommand();
-    void StampCommand();
+    void ViewCommand() override;
+    void LineCommand() override;
+    void RectangleCommand() override;
+    void StampCommand() override;
     void PrintImage();
 
 signals:

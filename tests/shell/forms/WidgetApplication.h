@@ -12,7 +12,11 @@ namespace tarlox::test {
 // and gone after the last, while main is still running.
 class WidgetApplication : public ::testing::Environment {
 public:
-    void SetUp() override { app_ = std::make_unique<QApplication>(argc_, argv_); }
+    void SetUp() override
+    {
+        if (!QApplication::instance())
+            app_ = std::make_unique<QApplication>(argc_, argv_);
+    }
     void TearDown() override { app_.reset(); }
 
 private:
