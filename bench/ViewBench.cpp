@@ -63,24 +63,36 @@ Report& report()
     return r;
 }
 
-// The floor's shrink: 3 x 3 boxes of a packed 1-bit page counted bit by bit.
+// The floor's shrink: 3 x 3 boxes of a packed 1-bit page. Each byte of a row
+// adds its eight pixels as byte lanes of a 64-bit word (a table lookup), so
+// three rows are summed a byte at a time; then each group of three columns.
 void bareShrinkByThree(const std::vector<uint8_t>& bits, int width, int height, std::vector<uint8_t>& grey)
 {
+    static const std::vector<uint64_t> spread = [] {
+        std::vector<uint64_t> t(256);
+        for (int b = 0; b < 256; ++b)
+            for (int j = 0; j < 8; ++j)
+                if (b & (0x80 >> j))
+                    t[size_t(b)] |= uint64_t(1) << (8 * j);
+        return t;
+    }();
     const int rowBytes = (width + 7) / 8;
     const int outW = width / 3;
     const int outH = height / 3;
     grey.resize(size_t(outW) * size_t(outH));
+    std::vector<uint64_t> lanes(static_cast<size_t>(rowBytes));
     for (int r = 0; r < outH; ++r) {
+        std::fill(lanes.begin(), lanes.end(), 0);
+        for (int dy = 0; dy < 3; ++dy) {
+            const uint8_t* row = bits.data() + size_t(r * 3 + dy) * size_t(rowBytes);
+            for (int i = 0; i < rowBytes; ++i)
+                lanes[size_t(i)] += spread[row[i]];
+        }
+        const auto* counts = reinterpret_cast<const uint8_t*>(lanes.data());
+        uint8_t* out = grey.data() + size_t(r) * size_t(outW);
         for (int c = 0; c < outW; ++c) {
-            int black = 0;
-            for (int dy = 0; dy < 3; ++dy) {
-                const uint8_t* row = bits.data() + size_t(r * 3 + dy) * size_t(rowBytes);
-                for (int dx = 0; dx < 3; ++dx) {
-                    const int x = c * 3 + dx;
-                    black += (row[x >> 3] >> (7 - (x & 7))) & 1;
-                }
-            }
-            grey[size_t(r) * size_t(outW) + size_t(c)] = uint8_t(255 - black * 255 / 9);
+            const int black = counts[3 * c] + counts[3 * c + 1] + counts[3 * c + 2];
+            out[c] = uint8_t(255 - black * 255 / 9);
         }
     }
 }

@@ -45,6 +45,17 @@ const std::array<quint64, 256>& spreadTable()
     return table;
 }
 
+// Adds the pixel counts of boxes K pixels wide to counts.
+template <int K> void addBoxes(const uchar* perPixel, quint32* counts, int boxes)
+{
+    for (int c = 0; c < boxes; ++c) {
+        quint32 sum = 0;
+        for (int k = 0; k < K; ++k)
+            sum += perPixel[c * K + k];
+        counts[c] += sum;
+    }
+}
+
 QImage monoToGrey(const QImage& mono)
 {
     return mono.convertToFormat(QImage::Format_Grayscale8);
@@ -72,9 +83,12 @@ QImage ShrinkMonoToGrey(const QImage& monoIn, const QRect& sourceIn, const QSize
     std::vector<quint64> lanes(static_cast<size_t>(bytes));
     std::vector<quint32> counts(static_cast<size_t>(outW));
     std::vector<int> colStart(static_cast<size_t>(outW) + 1);
+    std::vector<quint32> prefix(static_cast<size_t>(source.width()) + 1);
     for (int c = 0; c <= outW; ++c)
         colStart[size_t(c)] = int(qint64(c) * source.width() / outW);
     const auto& table = spreadTable();
+    const quint32 narrowWidth = quint32(source.width() / outW);
+    const int uniformWidth = source.width() % outW == 0 ? int(narrowWidth) : 0;
 
     for (int r = 0; r < outH; ++r) {
         const int y0 = source.top() + int(qint64(r) * source.height() / outH);
@@ -90,18 +104,38 @@ QImage ShrinkMonoToGrey(const QImage& monoIn, const QRect& sourceIn, const QSize
                     lanes[size_t(i)] += table[line[i]];
             }
             const auto* perPixel = reinterpret_cast<const uchar*>(lanes.data()) + shift;
-            for (int c = 0; c < outW; ++c) {
-                quint32 sum = 0;
-                for (int x = colStart[size_t(c)]; x < colStart[size_t(c) + 1]; ++x)
-                    sum += perPixel[x];
-                counts[size_t(c)] += sum;
+            switch (uniformWidth) {
+            case 2:
+                addBoxes<2>(perPixel, counts.data(), outW);
+                break;
+            case 3:
+                addBoxes<3>(perPixel, counts.data(), outW);
+                break;
+            case 4:
+                addBoxes<4>(perPixel, counts.data(), outW);
+                break;
+            default: {
+                // Running sums along the row, so each box is one difference.
+                quint32 running = 0;
+                for (int x = 0; x < source.width(); ++x) {
+                    prefix[size_t(x)] = running;
+                    running += perPixel[x];
+                }
+                prefix[size_t(source.width())] = running;
+                for (int c = 0; c < outW; ++c)
+                    counts[size_t(c)] += prefix[size_t(colStart[size_t(c) + 1])] - prefix[size_t(colStart[size_t(c)])];
+            }
             }
         }
         uchar* out = grey.scanLine(r);
+        // Black share to grey without a division per pixel: a 16-bit fixed
+        // point factor for each of the (at most two) box widths of the row.
         const quint32 rows = quint32(y1 - y0);
+        const quint64 narrow = ((quint64(255) << 16) + narrowWidth * rows / 2) / (narrowWidth * rows);
+        const quint64 wide = ((quint64(255) << 16) + (narrowWidth + 1) * rows / 2) / ((narrowWidth + 1) * rows);
         for (int c = 0; c < outW; ++c) {
-            const quint32 area = quint32(colStart[size_t(c) + 1] - colStart[size_t(c)]) * rows;
-            out[c] = uchar(255 - (counts[size_t(c)] * 255 + area / 2) / area);
+            const quint64 factor = quint32(colStart[size_t(c) + 1] - colStart[size_t(c)]) == narrowWidth ? narrow : wide;
+            out[c] = uchar(255 - std::min<quint64>(255, (counts[size_t(c)] * factor + 0x8000) >> 16));
         }
     }
     if (grey.size() != target)
@@ -149,6 +183,13 @@ QImage RenderView(const QImage& page, const ViewGeometry& geometry)
     const QImage area = RenderArea(page, source, place.size());
     if (area.isNull())
         return view;
+    if (area.format() == view.format() && view.rect().contains(QRect(place.topLeft(), area.size()))) {
+        // Same format: rows are copied as they are.
+        const int bytes = area.bytesPerLine() < area.width() * (view.depth() / 8) ? area.bytesPerLine() : area.width() * (view.depth() / 8);
+        for (int y = 0; y < area.height(); ++y)
+            std::memcpy(view.scanLine(place.top() + y) + place.left() * (view.depth() / 8), area.constScanLine(y), size_t(bytes));
+        return view;
+    }
     QPainter painter(&view);
     painter.drawImage(place.topLeft(), area);
     return view;

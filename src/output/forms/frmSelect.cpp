@@ -17,6 +17,7 @@ frmSelect::frmSelect(Session& session, QWidget* parent)
     ui_->cmdEmail->hide();
     ui_->txtPrintMsg->hide();
     ui_->cmdView->setDefault(true);
+    setMinimumWidth(440);
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmSelect::cmdView_Click);
     connect(ui_->cmdReScan, &QPushButton::clicked, this, &frmSelect::cmdReScan_Click);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);

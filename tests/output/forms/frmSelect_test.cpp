@@ -58,6 +58,10 @@ TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
     frmSelect* form = frmSelect::Open(site.session(), 123);
     ASSERT_NE(form, nullptr);
     EXPECT_EQ(form->windowTitle(), QStringLiteral("Print, View, Fax and Re-Scan"));
+    if (const QString folder = qEnvironmentVariable("TARLOX_SCREENSHOTS"); !folder.isEmpty() && GetParam() == Engine::Sqlite) {
+        QApplication::processEvents();
+        form->grab().save(folder + QStringLiteral("/00-select.png"));
+    }
     EXPECT_EQ(child<QLineEdit>(form, "txtImg")->text(), QStringLiteral("TR000123.TIF"));
     EXPECT_EQ(child<QLineEdit>(form, "txtPages")->text(), QStringLiteral("3"));
     EXPECT_EQ(child<QLineEdit>(form, "txtSize")->text(), QStringLiteral("G"));

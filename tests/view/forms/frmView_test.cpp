@@ -322,6 +322,8 @@ TEST_F(ViewerWindow, StampFormShowsAndKeepsTextLinesFontAndType)
         };
         form.cmdFont_Click();
         EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Sans 24point Italic "));
+        form.show();
+        screenshot(&form, QStringLiteral("10-stamp-properties"));
         child<QPlainTextEdit>(&form, "txtStampText")->setPlainText(QStringLiteral("APPROVED\nBY\n"));
         child<QRadioButton>(&form, "optImage")->setChecked(true);
         EXPECT_FALSE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
