@@ -265,14 +265,14 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
     const int limit = std::max(maxRows, 0);
     if (limit > 0) {
         op.step(QStringLiteral("Reading the newest references"));
-        QVariantList binds = where.binds;
-        binds << limit;
+        // The limit is a number of ours, written into the statement: the
+        // file database sorts for a known limit faster than for a bound one.
         auto query = op.exec(QStringLiteral("SELECT %1, %2, %3, %4, %5, %6, %7, %8")
                                      .arg(col("Info", "Heat #"), col("Info", "Part #"), col("Info", "P/O #"), col("Info", "Vend Name"),
                                           col("Info", "Mfg Name"), col("Info", "Entry Date"), col("Info", "Image #"), col("Images", "Path"))
                                  + newestFrom
-                                 + QStringLiteral(" ORDER BY %1 DESC, %2 DESC LIMIT ?").arg(col("Info", "Entry Date"), col("Info", "Image #")),
-                             binds);
+                                 + QStringLiteral(" ORDER BY %1 DESC, %2 DESC LIMIT %3").arg(col("Info", "Entry Date"), col("Info", "Image #")).arg(limit),
+                             where.binds);
         if (!query)
             return -1;
         while (query->next()) {

@@ -90,6 +90,12 @@ bool TuneSqliteConnection(QSqlDatabase& db, const QString& file, int timeoutSeco
     query.exec(network ? QStringLiteral("PRAGMA journal_mode=DELETE") : QStringLiteral("PRAGMA journal_mode=WAL"));
     query.exec(network ? QStringLiteral("PRAGMA synchronous=FULL") : QStringLiteral("PRAGMA synchronous=NORMAL"));
     query.exec(QStringLiteral("PRAGMA foreign_keys=OFF"));
+    // A site's whole history is a few hundred megabytes: keep the pages a
+    // search touches in memory, and on a local disk read them through a
+    // mapping instead of a system call each.
+    query.exec(QStringLiteral("PRAGMA cache_size=-65536"));
+    if (!network)
+        query.exec(QStringLiteral("PRAGMA mmap_size=1073741824"));
     return true;
 }
 
