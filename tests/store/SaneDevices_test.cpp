@@ -54,10 +54,8 @@ TEST(SaneDevices, ListsWhatTheBackendsFindAndNothingWithoutThem)
 TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
 {
     useBackend("test");
-    int argc = 1;
-    char name[] = "sane";
-    char* argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);
+    QCoreApplication* app = QCoreApplication::instance();
+    ASSERT_NE(app, nullptr);
 
     auto* gone = new QObject;
     bool calledAfterGone = false;
@@ -74,7 +72,7 @@ TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
         thread = QThread::currentThreadId();
         QCoreApplication::quit();
     });
-    QTimer::singleShot(30000, &app, &QCoreApplication::quit);
+    QTimer::singleShot(30000, app, &QCoreApplication::quit);
     QCoreApplication::exec();
     ASSERT_TRUE(done);
     EXPECT_EQ(answer.size(), 2);

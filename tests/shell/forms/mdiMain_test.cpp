@@ -243,8 +243,8 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
     mdiMain bare(site.session());
     bare.MDIForm_Activate();
     const QWidgetList before = QApplication::topLevelWidgets();
-    for (const char* entry : {"mnuScan", "mnuBatch", "mnuBarcode", "mnuFind", "mnuPrint", "mnuList", "mnuFax", "mnuAscii", "mnuImport",
-                              "mnuImportTif", "mnuUpdate", "mnuChange", "mnuChangeServer", "mnuAbout"}) {
+    for (const char* entry : {"mnuScan", "mnuBatch", "mnuBarcode", "mnuPrint", "mnuList", "mnuFax", "mnuAscii", "mnuImport",
+                              "mnuImportTif", "mnuUpdate"}) {
         QAction* action = bare.menuEntry(QLatin1String(entry));
         EXPECT_FALSE(action->isEnabled()) << entry;
         action->trigger();
@@ -252,7 +252,6 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
     EXPECT_EQ(bare.ShowForm(QStringLiteral("frmScan")), nullptr);
     EXPECT_TRUE(bare.mdiArea()->subWindowList().isEmpty());
     EXPECT_EQ(QApplication::topLevelWidgets().size(), before.size());
-    EXPECT_FALSE(bare.toolbar()->isVisibleTo(&bare));
 }
 
 TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
@@ -476,7 +475,7 @@ TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
     for (const HelpTopic& t : book.contents())
         if (t.level == 0)
             chapters << t.title;
-    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Changes")}));
+    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Viewing"), QStringLiteral("Annotating"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
     EXPECT_TRUE(book.brokenLinks().isEmpty()) << book.brokenLinks().join(QLatin1Char('\n')).toStdString();
 
     const auto indexHas = [&](const QString& keyword, const QString& url) {
