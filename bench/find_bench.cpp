@@ -197,7 +197,13 @@ bool prepareSite(const Options& o, const QString& engine, Session& s)
     const QString file = QDir(o.dir).filePath(engine + QStringLiteral("/server/Tarlox.db"));
     const QString sizeNote = QDir(o.dir).filePath(engine + QStringLiteral("/size"));
     const QString size = QStringLiteral("%1/%2").arg(o.refs).arg(o.images);
-    const bool reuse = o.keep && ReadIniValue(sizeNote, QStringLiteral("Bench"), QStringLiteral("Size")).value == size;
+    bool reuse = o.keep && ReadIniValue(sizeNote, QStringLiteral("Bench"), QStringLiteral("Size")).value == size;
+    if (reuse && !sqlite) {
+        // The server may be a fresh one that never held the bench database.
+        PGconn* c = PQconnectdb((o.pg + QStringLiteral(" dbname=") + BenchDatabase).toUtf8().constData());
+        reuse = PQstatus(c) == CONNECTION_OK;
+        PQfinish(c);
+    }
     if (!reuse) {
         if (sqlite) {
             QFile::remove(file);
@@ -443,6 +449,7 @@ void benchEngine(const Options& o, const QString& engine)
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     QApplication app(argc, argv);
     Options o;
     QStringList args = app.arguments().mid(1);

@@ -1,6 +1,7 @@
 #include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/InfoData.h"
+#include "data/Schema.h"
 #include "search/FindQuery.h"
 #include "startup/IniFile.h"
 #include "support/QtPrinters.h"
@@ -356,6 +357,47 @@ TEST_P(FindQueryTest, InjectionCorpusIsOnlyEverAValue)
     EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\"")), infoRows);
     EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Images\"")), imageRows);
     EXPECT_TRUE(prompter().asked().isEmpty()) << prompter().asked().front().text.toStdString();
+}
+
+// A site upgraded to the search indexes: the ladder builds them over the
+// references already on file, with those whose image row is missing.
+TEST_P(FindQueryTest, SearchIndexesAreBuiltOverReferencesOnFile)
+{
+    {
+        DataOp op(s(), QStringLiteral("test"), true);
+        const bool sqlite = op.dialect().isSqlite();
+        QStringList drops;
+        auto q = op.exec(sqlite ? QStringLiteral("SELECT type, name, tbl_name FROM sqlite_master WHERE type IN ('index', 'trigger') "
+                                                 "AND tbl_name IN ('Info', 'Images') AND name NOT LIKE 'sqlite_autoindex%'")
+                                : QStringLiteral("SELECT 'index', indexname, tablename FROM pg_indexes WHERE tablename IN ('Info', 'Images') "
+                                                 "UNION ALL SELECT 'trigger', t.tgname, c.relname FROM pg_trigger t JOIN pg_class c "
+                                                 "ON c.oid = t.tgrelid WHERE NOT t.tgisinternal AND c.relname IN ('Info', 'Images')"));
+        ASSERT_TRUE(q);
+        const QStringList core{IndexName::InfoKey, IndexName::InfoDatePo, IndexName::InfoHeat, IndexName::InfoImage, IndexName::ImagesImage};
+        while (q->next()) {
+            const QString name = q->value(1).toString();
+            if (q->value(0).toString() == QLatin1String("trigger"))
+                drops << QStringLiteral("DROP TRIGGER \"%1\"%2").arg(name, sqlite ? QString() : QStringLiteral(" ON \"%1\"").arg(q->value(2).toString()));
+            else if (!core.contains(name))
+                drops << QStringLiteral("DROP INDEX \"%1\"").arg(name);
+        }
+        for (const QString& table : {SearchTable::Trigrams, SearchTable::Terms, SearchTable::MissingImages})
+            drops << QStringLiteral("DROP TABLE IF EXISTS \"%1\"").arg(table);
+        for (const QString& sql : drops)
+            ASSERT_TRUE(op.exec(sql)) << sql.toStdString();
+        s().db().close();
+    }
+    fileExamples();
+    ASSERT_TRUE(addRefs(s(), {{S("ORPHAN-1"), S("P"), S("PO"), S("Plate Works"), S("M"), 500, at(2004, 6, 1)}}, false));
+    ASSERT_TRUE(RevUp(s())) << prompter().textOf(QStringLiteral("Error")).toStdString();
+    EXPECT_EQ(heatsFound(s(), {.heat = S("*123*")}, false), L({"XA-1234-B"}));
+    EXPECT_EQ(heatsFound(s(), {.path = S("*ARCHIVE*")}, false), L({"AB99", "C1"}));
+    EXPECT_EQ(heatsFound(s(), {.vend = S("*plate*")}, false), L({"XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"}));
+    FindCriteria none;
+    EXPECT_EQ(FindReferences(s(), none, 1, false).countLine(), QStringLiteral("12 found 1 shown"));
+    // The indexes are back, and new rows are kept from here on.
+    ASSERT_TRUE(addRefs(s(), {{S("LATE-1234"), S("P"), S("PO"), S("V"), S("M"), 600, at(2004, 7, 1)}}));
+    EXPECT_EQ(heatsFound(s(), {.heat = S("*123*")}, false), L({"LATE-1234", "XA-1234-B"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, FindQueryTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
