@@ -36,6 +36,7 @@ public:
 std::unique_ptr<Command> makeInitCommand();
 std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeSettingsCommand();
+std::unique_ptr<Command> makeScanCommand();
 
 // Output helpers: stdout for results, stderr for one-line failures.
 void printLine(const QString& text);

@@ -20,6 +20,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeInitCommand());
     commands.push_back(makeInfoCommand());
     commands.push_back(makeSettingsCommand());
+    commands.push_back(makeScanCommand());
     return commands;
 }
 

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace tarlox {
 
@@ -111,6 +112,11 @@ public:
     QString tempFilePath;
     QString storedPath;
     QString pageSizeCode = QStringLiteral(" ");
+
+    // --- scanning: the brightness and resolution last chosen on a scan
+    // form this session (the viewer's page scans start from them)
+    std::optional<int> brightness;
+    QString dpi;
 
 private:
     Prompter* prompter_;

@@ -1,5 +1,7 @@
 #include "store/SaneDeviceList.h"
 
+#include "store/SaneLibrary.h"
+
 #include <sane/sane.h>
 
 #include <mutex>
@@ -19,25 +21,40 @@ void noteVersion(SANE_Int code)
 
 }  // namespace
 
-QStringList ListSaneDevices()
+QList<SaneDeviceEntry> ListSaneDeviceEntries()
 {
-    SANE_Int code = 0;
-    if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
+    const auto library = SaneLibrary::acquire();
+    if (!library)
         return {};
-    noteVersion(code);
-    QStringList entries;
+    noteVersion(library->versionCode());
+    QList<SaneDeviceEntry> entries;
     const SANE_Device** devices = nullptr;
     if (sane_get_devices(&devices, SANE_FALSE) == SANE_STATUS_GOOD && devices) {
         for (int i = 0; devices[i]; ++i) {
             const SANE_Device* d = devices[i];
-            QString entry = QString::fromLocal8Bit(d->name);
-            const QString description = QString(QString::fromLocal8Bit(d->vendor) + QLatin1Char(' ') + QString::fromLocal8Bit(d->model)).trimmed();
-            if (!description.isEmpty())
-                entry += QStringLiteral(" (") + description + QLatin1Char(')');
-            entries.append(entry);
+            entries.append(SaneDeviceEntry{QString::fromLocal8Bit(d->name), QString::fromLocal8Bit(d->vendor),
+                                           QString::fromLocal8Bit(d->model)});
         }
     }
-    sane_exit();
+    return entries;
+}
+
+QString SaneDeviceEntry::description() const
+{
+    return QString(vendor + QLatin1Char(' ') + model).trimmed();
+}
+
+QString SaneDeviceEntry::entry() const
+{
+    const QString text = description();
+    return text.isEmpty() ? name : QString(name + QStringLiteral(" (") + text + QLatin1Char(')'));
+}
+
+QStringList ListSaneDevices()
+{
+    QStringList entries;
+    for (const SaneDeviceEntry& device : ListSaneDeviceEntries())
+        entries.append(device.entry());
     return entries;
 }
 
@@ -55,9 +72,10 @@ QString SaneVersionText()
         code = knownVersion;
     }
     if (code < 0) {
-        if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
+        const auto library = SaneLibrary::acquire();
+        if (!library)
             return {};
-        sane_exit();
+        code = library->versionCode();
         noteVersion(code);
     }
     return QStringLiteral("%1.%2.%3").arg(SANE_VERSION_MAJOR(code)).arg(SANE_VERSION_MINOR(code)).arg(SANE_VERSION_BUILD(code));
