@@ -4,12 +4,18 @@
 #include "store/SaneFrame.h"
 #include "store/SaneLibrary.h"
 
+#include <QDir>
+#include <QFile>
+#include <QSet>
+
 #include <sane/sane.h>
 #include <sane/saneopts.h>
 
 #include <algorithm>
 #include <cmath>
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <vector>
 
 namespace tarlox {
@@ -311,14 +317,78 @@ SaneResult SaneDevice::press(const SaneOption& option)
     return setValue(option, QVariant());
 }
 
+namespace {
+
+// Many backends read the device on a thread of their own, started by
+// sane_start, and end it by cancelling it at once (asynchronously) when the
+// frame has been read or the scan is stopped. A thread cancelled while it
+// still frees its buffers leaves the memory allocator locked for the whole
+// process, and the program hangs at some later allocation. So before the
+// read that ends a frame, the threads that sane_start created are given
+// time to end by themselves; before a scan is stopped, to reach a wait
+// (on their pipe) where cancelling them is safe.
+class BackendThreads {
+public:
+    // Threads of this process now (none where the system doesn't show them).
+    static QSet<int> current()
+    {
+        QSet<int> ids;
+        const QStringList names = QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        for (const QString& name : names)
+            ids.insert(name.toInt());
+        return ids;
+    }
+
+    void beforeStart() { before_ = current(); }
+    void afterStart() { started_ = current() - before_; }
+
+    // Waits until the threads sane_start created have ended (or, with
+    // untilEnded false, are no longer running), for at most a moment.
+    void settle(bool untilEnded) const
+    {
+        using namespace std::chrono;
+        const auto deadline = steady_clock::now() + milliseconds(400);
+        while (steady_clock::now() < deadline) {
+            const QSet<int> now = current();
+            bool waiting = false;
+            for (int id : started_)
+                if (now.contains(id) && (untilEnded || running(id)))
+                    waiting = true;
+            if (!waiting)
+                return;
+            std::this_thread::sleep_for(milliseconds(2));
+        }
+    }
+
+private:
+    static bool running(int id)
+    {
+        QFile stat(QStringLiteral("/proc/self/task/%1/stat").arg(id));
+        if (!stat.open(QIODevice::ReadOnly))
+            return false;
+        const QByteArray text = stat.readAll();
+        const qsizetype close = text.lastIndexOf(')');
+        return close >= 0 && close + 2 < text.size() && text.at(close + 2) == 'R';
+    }
+
+    QSet<int> before_;
+    QSet<int> started_;
+};
+
+}  // namespace
+
 SaneDevice::Page SaneDevice::readPage(double dpiX, double dpiY)
 {
     SANE_Handle h = handleOf(handle_);
+    BackendThreads readers;
     const auto failed = [&](int status, const QString& text = {}) {
+        readers.settle(false);
         sane_cancel(h);
         return Page{QImage(), SaneResult{status, text.isEmpty() ? SaneStatusText(status, name_) : text}};
     };
+    readers.beforeStart();
     SANE_Status status = sane_start(h);
+    readers.afterStart();
     if (status != SANE_STATUS_GOOD)
         return failed(status);
     SanePageBuilder builder;
@@ -346,7 +416,13 @@ SaneDevice::Page SaneDevice::readPage(double dpiX, double dpiY)
         format.depth = p.depth;
         if (IoStatus begun = builder.beginFrame(format); !begun)
             return failed(SANE_STATUS_INVAL, begun.error());
+        const qint64 announced = format.lines > 0 ? qint64(format.bytesPerLine) * format.lines : -1;
+        qint64 received = 0;
         while (true) {
+            // All of the frame is here: the next read ends it, and with it
+            // the backend's reader.
+            if (received == announced)
+                readers.settle(true);
             SANE_Int length = 0;
             status = sane_read(h, reinterpret_cast<SANE_Byte*>(buffer.data()), SANE_Int(buffer.size()), &length);
             if (status == SANE_STATUS_EOF)
@@ -354,13 +430,16 @@ SaneDevice::Page SaneDevice::readPage(double dpiX, double dpiY)
             if (status != SANE_STATUS_GOOD)
                 return failed(status);
             if (length > 0) {
+                received += length;
                 if (IoStatus added = builder.append(buffer.data(), length); !added)
                     return failed(SANE_STATUS_NO_MEM, added.error());
             }
         }
         if (format.lastFrame)
             break;
+        readers.beforeStart();
         status = sane_start(h);
+        readers.afterStart();
         if (status != SANE_STATUS_GOOD)
             return failed(status);
     }

@@ -89,6 +89,9 @@ ScanEntryFields frmScan::fields() const
 void frmScan::setScanning(bool scanning)
 {
     scanning_ = scanning;
+    // The focus waits on Stop, so it doesn't pass through the fields as they are disabled.
+    if (scanning)
+        ui_->cmdCancel->setFocus();
     for (QWidget* w : {static_cast<QWidget*>(ui_->cmdScan), static_cast<QWidget*>(ui_->txtHeat), static_cast<QWidget*>(ui_->txtPart),
                        static_cast<QWidget*>(ui_->txtPO), static_cast<QWidget*>(ui_->txtVend), static_cast<QWidget*>(ui_->txtMfg),
                        static_cast<QWidget*>(ui_->frmSize), static_cast<QWidget*>(ui_->frmResolution), static_cast<QWidget*>(ui_->frmBright)})

@@ -81,16 +81,20 @@ struct Controls {
     PageView* imcMain() const { return child<PageView>(form, "imcMain"); }
 };
 
+void screenshot(QWidget& form, const QString& name);
+
 // Answers the next "Scan Next Page" dialog the way a person would, by
 // pressing one of its buttons once it is up.
-void pressInScanCheck(const char* button)
+void pressInScanCheck(const char* button, const QString& shot = {})
 {
     auto* timer = new QTimer;
     timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, [timer, name = QString::fromLatin1(button)] {
+    QObject::connect(timer, &QTimer::timeout, [timer, shot, name = QString::fromLatin1(button)] {
         auto* dialog = qobject_cast<frmScanChk*>(QApplication::activeModalWidget());
         if (!dialog)
             return;
+        if (!shot.isEmpty())
+            screenshot(*dialog, shot);
         EXPECT_FALSE(Controls(dialog).chkInvert()->isVisible()) << "no invert question after the pass";
         EXPECT_TRUE(Controls(dialog).cmdNo()->isDefault());
         dialog->findChild<QPushButton*>(name)->click();
@@ -260,6 +264,37 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
     form.close();
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanState")).value, QStringLiteral("0"));
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanWidth")).value, QStringLiteral("15000"));
+}
+
+// Three sheets laid on one after the other: Yes, Yes, No in the check
+// dialog gives one report of three pages.
+TEST_F(ScanForms, ThreeSheetsThroughTheCheckDialog)
+{
+    frmScan form(s());
+    const Controls ui(&form);
+    form.resize(1000, 640);
+    showActive(form);
+    QTest::keyClicks(ui.txtHeat(), QStringLiteral("H7 H8"));
+    QTest::keyClicks(ui.txtPart(), QStringLiteral("P7 P8"));
+    int passes = 0;
+    QObject::connect(&form, &frmScan::pageShown, [&](int number) {
+        ++passes;
+        QApplication::processEvents();
+        screenshot(form, QStringLiteral("frmScan-4-three-sheets-page-%1").arg(number));
+        pressInScanCheck(number < 3 ? "cmdYes" : "cmdNo", QStringLiteral("frmScanChk-after-page-%1").arg(number));
+    });
+    ui.cmdScan()->click();
+    ASSERT_TRUE(form.lastResult().stored());
+    EXPECT_EQ(passes, 3);
+    auto reader = TiffReader::open(s().imageFilePath);
+    ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->pageCount(), 3);
+    EXPECT_EQ(reader->tags().part, QStringLiteral("P7 P8"));
+    screenshot(form, QStringLiteral("frmScan-5-three-sheets-after"));
+    // The stored pages as pictures, for a person to look at.
+    if (const QString dir = qEnvironmentVariable("TARLOX_SCREENSHOTS"); !dir.isEmpty())
+        for (int i = 0; i < reader->pageCount(); ++i)
+            reader->readPage(i)->save(dir + QStringLiteral("/stored-page-%1.png").arg(i + 1));
 }
 
 TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
