@@ -39,6 +39,7 @@ std::unique_ptr<Command> makeSettingsCommand();
 std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
+std::unique_ptr<Command> makeScanCommand();
 
 // Output helpers: stdout for results, stderr for one-line failures.
 void printLine(const QString& text);

@@ -23,6 +23,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeAddCommand());
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
+    commands.push_back(makeScanCommand());
     return commands;
 }
 

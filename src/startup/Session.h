@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace tarlox {
 
@@ -117,6 +118,10 @@ public:
     // The criteria of the last find; the screens that work on the found set
     // run them again.
     FindCriteria findQuery;
+    // --- scanning: the brightness and resolution last chosen on a scan
+    // form this session (the viewer's page scans start from them)
+    std::optional<int> brightness;
+    QString dpi;
 
 private:
     Prompter* prompter_;

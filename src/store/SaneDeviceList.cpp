@@ -1,6 +1,7 @@
 #include "store/SaneDeviceList.h"
 
 #include "store/SaneDevices.h"
+#include "store/SaneLibrary.h"
 
 #include <sane/sane.h>
 
@@ -8,29 +9,11 @@
 
 namespace tarlox {
 
-namespace {
-
-std::mutex versionLock;
-SANE_Int knownVersion = -1;
-
-void noteVersion(SANE_Int code)
-{
-    std::lock_guard<std::mutex> lock(versionLock);
-    knownVersion = code;
-}
-
-}  // namespace
-
 QStringList ListSaneDeviceEntries()
 {
     QStringList entries;
-    for (const SaneDevice& d : ListSaneDevices()) {
-        QString entry = d.name;
-        const QString description = QString(d.vendor + QLatin1Char(' ') + d.model).trimmed();
-        if (!description.isEmpty())
-            entry += QStringLiteral(" (") + description + QLatin1Char(')');
-        entries.append(entry);
-    }
+    for (const SaneDeviceEntry& device : ListSaneDevices())
+        entries.append(device.entry());
     return entries;
 }
 
@@ -42,19 +25,16 @@ QString SaneDeviceName(const QString& entry)
 
 QString SaneVersionText()
 {
-    SANE_Int code = -1;
-    {
-        std::lock_guard<std::mutex> lock(versionLock);
-        code = knownVersion;
-    }
-    if (code < 0) {
-        std::lock_guard<std::mutex> sane(SaneLock());
-        if (sane_init(&code, nullptr) != SANE_STATUS_GOOD)
+    static std::mutex lock;
+    static int known = -1;
+    const std::lock_guard guard(lock);
+    if (known < 0) {
+        const auto library = SaneLibrary::acquire();
+        if (!library)
             return {};
-        sane_exit();
-        noteVersion(code);
+        known = library->versionCode();
     }
-    return QStringLiteral("%1.%2.%3").arg(SANE_VERSION_MAJOR(code)).arg(SANE_VERSION_MINOR(code)).arg(SANE_VERSION_BUILD(code));
+    return QStringLiteral("%1.%2.%3").arg(SANE_VERSION_MAJOR(known)).arg(SANE_VERSION_MINOR(known)).arg(SANE_VERSION_BUILD(known));
 }
 
 }  // namespace tarlox

@@ -13,8 +13,7 @@ QStringList ListSaneDeviceEntries();
 QString SaneDeviceName(const QString& entry);
 
 // The version of the SANE library as its initialisation reports it
-// ("1.2.1"), or empty when SANE can't be started. Read once per process;
-// SANE is started and ended only when no earlier call has noted it.
+// ("1.2.1"), or empty when SANE can't be started. Read once per process.
 QString SaneVersionText();
 
 }  // namespace tarlox

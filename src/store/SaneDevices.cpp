@@ -1,5 +1,7 @@
 #include "store/SaneDevices.h"
 
+#include "store/SaneLibrary.h"
+
 #include <QObject>
 
 #include <sane/sane.h>
@@ -9,26 +11,30 @@
 
 namespace tarlox {
 
-std::mutex& SaneLock()
+QString SaneDeviceEntry::description() const
 {
-    static std::mutex lock;
-    return lock;
+    return QString(vendor + QLatin1Char(' ') + model).trimmed();
 }
 
-QList<SaneDevice> ListSaneDevices()
+QString SaneDeviceEntry::entry() const
 {
-    const std::lock_guard guard(SaneLock());
-    QList<SaneDevice> devices;
-    SANE_Int version = 0;
-    if (sane_init(&version, nullptr) != SANE_STATUS_GOOD)
+    const QString text = description();
+    return text.isEmpty() ? name : QString(name + QStringLiteral(" (") + text + QLatin1Char(')'));
+}
+
+QList<SaneDeviceEntry> ListSaneDevices()
+{
+    QList<SaneDeviceEntry> devices;
+    const auto library = SaneLibrary::acquire();
+    if (!library)
         return devices;
+    const std::lock_guard guard(SaneLock());
     const SANE_Device** list = nullptr;
     if (sane_get_devices(&list, SANE_FALSE) == SANE_STATUS_GOOD && list) {
         for (const SANE_Device** d = list; *d; ++d)
-            devices.append(SaneDevice{QString::fromLocal8Bit((*d)->name), QString::fromLocal8Bit((*d)->vendor),
-                                      QString::fromLocal8Bit((*d)->model), QString::fromLocal8Bit((*d)->type)});
+            devices.append(SaneDeviceEntry{QString::fromLocal8Bit((*d)->name), QString::fromLocal8Bit((*d)->vendor),
+                                           QString::fromLocal8Bit((*d)->model), QString::fromLocal8Bit((*d)->type)});
     }
-    sane_exit();
     return devices;
 }
 
@@ -44,7 +50,7 @@ struct ProbeLink {
 
 class ProbeReceiver : public QObject {
 public:
-    ProbeReceiver(QObject* context, std::shared_ptr<ProbeLink> link, std::function<void(const QList<SaneDevice>&)> done)
+    ProbeReceiver(QObject* context, std::shared_ptr<ProbeLink> link, std::function<void(const QList<SaneDeviceEntry>&)> done)
         : QObject(context)
         , link_(std::move(link))
         , done_(std::move(done))
@@ -58,7 +64,7 @@ public:
         link_->receiver = nullptr;
     }
 
-    void deliver(const QList<SaneDevice>& devices)
+    void deliver(const QList<SaneDeviceEntry>& devices)
     {
         const auto done = std::move(done_);
         deleteLater();
@@ -67,17 +73,17 @@ public:
 
 private:
     std::shared_ptr<ProbeLink> link_;
-    std::function<void(const QList<SaneDevice>&)> done_;
+    std::function<void(const QList<SaneDeviceEntry>&)> done_;
 };
 
 }  // namespace
 
-void ProbeSaneDevices(QObject* context, std::function<void(const QList<SaneDevice>&)> done)
+void ProbeSaneDevices(QObject* context, std::function<void(const QList<SaneDeviceEntry>&)> done)
 {
     auto link = std::make_shared<ProbeLink>();
     new ProbeReceiver(context, link, std::move(done));
     std::thread([link] {
-        const QList<SaneDevice> devices = ListSaneDevices();
+        const QList<SaneDeviceEntry> devices = ListSaneDevices();
         const std::lock_guard guard(link->lock);
         if (auto* receiver = static_cast<ProbeReceiver*>(link->receiver))
             QMetaObject::invokeMethod(receiver, [receiver, devices] { receiver->deliver(devices); }, Qt::QueuedConnection);

@@ -38,7 +38,7 @@ void useBackend(const char* backend)
 TEST(SaneDevices, ListsWhatTheBackendsFindAndNothingWithoutThem)
 {
     useBackend("test");
-    const QList<SaneDevice> devices = ListSaneDevices();
+    const QList<SaneDeviceEntry> devices = ListSaneDevices();
     ASSERT_EQ(devices.size(), 2);
     EXPECT_EQ(devices.first().name, QStringLiteral("test:0"));
     EXPECT_FALSE(devices.first().vendor.isEmpty());
@@ -59,14 +59,14 @@ TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
 
     auto* gone = new QObject;
     bool calledAfterGone = false;
-    ProbeSaneDevices(gone, [&](const QList<SaneDevice>&) { calledAfterGone = true; });
+    ProbeSaneDevices(gone, [&](const QList<SaneDeviceEntry>&) { calledAfterGone = true; });
     delete gone;
 
     QObject context;
-    QList<SaneDevice> answer;
+    QList<SaneDeviceEntry> answer;
     bool done = false;
     Qt::HANDLE thread = nullptr;
-    ProbeSaneDevices(&context, [&](const QList<SaneDevice>& devices) {
+    ProbeSaneDevices(&context, [&](const QList<SaneDeviceEntry>& devices) {
         answer = devices;
         done = true;
         thread = QThread::currentThreadId();

@@ -364,7 +364,7 @@ void mdiMain::MDIForm_Load()
     MDIForm_Activate();
     // Looking for scanners can take seconds; until it answers the command
     // stands as this machine's row last recorded it.
-    ProbeSaneDevices(this, [this](const QList<SaneDevice>& devices) { scannerFound(!devices.isEmpty()); });
+    ProbeSaneDevices(this, [this](const QList<SaneDeviceEntry>& devices) { scannerFound(!devices.isEmpty()); });
 }
 
 void mdiMain::scannerFound(bool present)

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace tarlox {
+
+class Session;
+class ScannerSession;
+
+// What the operator typed and chose on the scan form.
+struct ScanEntryFields {
+    QString heat;
+    QString part;
+    QString po;
+    QString vend;
+    QString mfg;
+    QString pageSizeCode = QStringLiteral(" ");
+    bool highResolution = false;
+    int brightness = 0;
+    // Set by the command line in place of the form's choices and the
+    // settings: the resolution, the device and the feeder.
+    std::optional<int> dpi;
+    std::optional<QString> device;
+    std::optional<bool> useAdf;
+};
+
+// One report scanned and indexed, from the Scan button to the stored file:
+// the entry is checked, a number and the image row are settled before the
+// scanner starts, the pages go to the work file in the temporary
+// directory, which is then copied onto the data directory, and one
+// reference is written for each combination entered. The scan form and
+// the command line both drive it.
+class ScanEntry : public QObject {
+    Q_OBJECT
+public:
+    explicit ScanEntry(Session& session, QObject* parent = nullptr);
+
+    enum class Outcome {
+        Cancelled,   // at "Prepare to Scan"
+        Refused,     // the entry didn't pass its checks
+        NoNumber,    // no image number could be taken
+        NoImageRow,  // the image row could not be added
+        NotCreated,  // the scan produced no file; the image row is gone again
+        NotIndexed,  // the references could not be added; row and file are gone again
+        Stored,
+    };
+    struct Result {
+        Outcome outcome = Outcome::Cancelled;
+        qint32 imageNumber = 0;
+        bool stored() const { return outcome == Outcome::Stored; }
+    };
+
+    // The Scan button.
+    Result cmdScan_Click(const ScanEntryFields& fields);
+
+    // Lets the caller attach its dialogs and page display to the scanner
+    // session just before it runs.
+    std::function<void(ScannerSession&)> prepareScanner;
+
+    // The label of the step in hand, as the error report shows it.
+    QString stepLabel() const { return step_; }
+    // The scanner session while the scan runs, else null.
+    ScannerSession* scanner() const { return scanner_; }
+
+Q_SIGNALS:
+    void stepChanged(const QString& label);
+
+private:
+    void setStep(const QString& label);
+
+    Session& session_;
+    QString step_;
+    ScannerSession* scanner_ = nullptr;
+};
+
+}  // namespace tarlox

@@ -1,0 +1,121 @@
+#include "store/SaneDevice.h"
+#include "store/ScanCapabilities.h"
+#include "support/SaneTestBackend.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+SaneOption range(double low, double high, SaneOption::Unit unit = SaneOption::NoUnit, SaneOption::Type type = SaneOption::Int)
+{
+    SaneOption o;
+    o.type = type;
+    o.unit = unit;
+    o.constraint = SaneOption::Range;
+    o.minimum = low;
+    o.maximum = high;
+    return o;
+}
+
+}  // namespace
+
+TEST(ScanCapabilities, BrightnessIsScaledOntoTheDevicesRange)
+{
+    const SaneOption percent = range(-100, 100, SaneOption::Percent);
+    EXPECT_EQ(DeviceBrightness(-1000, percent), -100);
+    EXPECT_EQ(DeviceBrightness(0, percent), 0);
+    EXPECT_EQ(DeviceBrightness(500, percent), 50);
+    EXPECT_EQ(DeviceBrightness(1000, percent), 100);
+    EXPECT_EQ(DeviceBrightness(5000, percent), 100) << "out of range counts as the end";
+    const SaneOption bytes = range(0, 255);
+    EXPECT_EQ(DeviceBrightness(-1000, bytes), 0);
+    EXPECT_DOUBLE_EQ(DeviceBrightness(0, bytes), 127.5);
+    SaneOption list;
+    list.constraint = SaneOption::WordList;
+    list.words = {-2, -1, 0, 1, 2};
+    EXPECT_EQ(DeviceBrightness(1000, list), 2);
+    EXPECT_EQ(DeviceBrightness(-1000, list), -2);
+}
+
+TEST(ScanCapabilities, FrameInTheDevicesUnitWithinItsRange)
+{
+    const SaneOption mm = range(0, 355.6, SaneOption::Millimetre, SaneOption::Fixed);
+    EXPECT_DOUBLE_EQ(GeometryValue(8.5, mm, 200), 215.9);
+    EXPECT_DOUBLE_EQ(GeometryValue(11, mm, 200), 279.4);
+    EXPECT_DOUBLE_EQ(GeometryValue(14, mm, 200), 355.6);
+    EXPECT_DOUBLE_EQ(GeometryValue(14, range(0, 297, SaneOption::Millimetre), 200), 297) << "a flatbed shorter than Legal";
+    EXPECT_DOUBLE_EQ(GeometryValue(11.7, range(0, 10000, SaneOption::Pixel), 300), 3510);
+    EXPECT_DOUBLE_EQ(GeometryValue(0, range(1, 100, SaneOption::Millimetre), 200), 1);
+}
+
+TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
+{
+    const struct {
+        QStringList modes;
+        QString twoColour;
+        QString grey;
+    } modes[] = {
+        {{QStringLiteral("Lineart"), QStringLiteral("Gray"), QStringLiteral("Color")}, QStringLiteral("Lineart"), QStringLiteral("Gray")},
+        {{QStringLiteral("Color"), QStringLiteral("Halftone"), QStringLiteral("Binary")}, QStringLiteral("Binary"), {}},
+        {{QStringLiteral("Black & White"), QStringLiteral("Grayscale")}, QStringLiteral("Black & White"), QStringLiteral("Grayscale")},
+        {{QStringLiteral("Gray"), QStringLiteral("Color")}, {}, QStringLiteral("Gray")},
+        {{QStringLiteral("Halftone"), QStringLiteral("Color")}, {}, {}},
+    };
+    for (const auto& row : modes) {
+        SCOPED_TRACE(row.modes.join(QLatin1Char('|')).toStdString());
+        EXPECT_EQ(TwoColourMode(row.modes), row.twoColour);
+        EXPECT_EQ(GreyMode(row.modes), row.grey);
+    }
+    const struct {
+        QStringList sources;
+        QString feeder;
+    } sources[] = {
+        {{QStringLiteral("Flatbed"), QStringLiteral("Automatic Document Feeder")}, QStringLiteral("Automatic Document Feeder")},
+        {{QStringLiteral("Flatbed"), QStringLiteral("ADF Duplex"), QStringLiteral("ADF Front"), QStringLiteral("ADF Back")}, QStringLiteral("ADF Front")},
+        {{QStringLiteral("ADF Duplex")}, {}},
+        {{QStringLiteral("Flatbed"), QStringLiteral("Transparency Unit")}, {}},
+    };
+    for (const auto& row : sources)
+        EXPECT_EQ(FeederSource(row.sources), row.feeder) << row.sources.join(QLatin1Char('|')).toStdString();
+}
+
+// The settings as the test backend takes them: the frame in millimetres,
+// grey at one bit for two colours, the feeder as source.
+TEST(ScanCapabilities, AppliedToTheTestBackend)
+{
+    UseSaneTestBackend();
+    auto device = SaneDevice::open(QStringLiteral("Noname frontend-tester"));
+    ASSERT_TRUE(device.ok()) << device.error().toStdString();
+    SaneDevice& d = **device;
+    EXPECT_EQ(d.name(), QStringLiteral("test:0"));
+
+    Dpi actual;
+    ASSERT_TRUE(ApplyResolution(d, 300, &actual).ok());
+    EXPECT_EQ(actual, (Dpi{300, 300}));
+    ASSERT_TRUE(ApplyFrame(d, 8.5, 14, 300).ok());
+    EXPECT_NEAR(d.value(QStringLiteral("br-x")).toDouble(), 215.9, 0.01);
+    EXPECT_NEAR(d.value(QStringLiteral("br-y")).toDouble(), 355.6, 0.01);
+    EXPECT_EQ(d.value(QStringLiteral("tl-y")).toDouble(), 0);
+    ASSERT_TRUE(ApplyBlackAndWhite(d).ok());
+    EXPECT_EQ(d.value(QStringLiteral("mode")).toString(), QStringLiteral("Gray"));
+    EXPECT_EQ(d.value(QStringLiteral("depth")).toInt(), 1);
+    ASSERT_TRUE(ApplyFeeder(d).ok());
+    EXPECT_EQ(d.value(QStringLiteral("source")).toString(), QStringLiteral("Automatic Document Feeder"));
+    EXPECT_TRUE(ApplyBrightness(d, 300).ok()) << "a device without brightness ignores it";
+    EXPECT_TRUE(ApplyDuplexOff(d).ok());
+
+    // Values are brought into the option's range before they are set.
+    ASSERT_TRUE(d.setValue(QStringLiteral("resolution"), 5000).ok());
+    EXPECT_EQ(d.value(QStringLiteral("resolution")).toInt(), 1200);
+    EXPECT_FALSE(d.setValue(QStringLiteral("no-such-option"), 1).ok());
+
+    ASSERT_TRUE(d.setValue(QStringLiteral("resolution"), 100).ok());
+    SaneDevice::Page page = d.readPage(100, 100);
+    ASSERT_TRUE(page.result.ok()) << page.result.text.toStdString();
+    EXPECT_TRUE(IsBlackAndWhite(page.image));
+    EXPECT_NEAR(page.image.height(), 1400, 1);
+    EXPECT_NEAR(page.image.width(), 850, 1);
+}

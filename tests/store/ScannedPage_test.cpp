@@ -1,0 +1,132 @@
+#include "store/PageImage.h"
+#include "store/PageProcessing.h"
+#include "store/ScannedPage.h"
+#include "TestPages.h"
+
+#include <QTransform>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+// The size test and the length cut at the numbers an operator meets:
+// 200 dpi Letter is 2,200 lines, Legal 2,800, A4 at 300 dpi 3,510.
+TEST(ScannedPage, SizeTestAndLengthCutAtTheFrameLengths)
+{
+    EXPECT_EQ(FrameLengthFor(QStringLiteral(" ")), 11.0);
+    EXPECT_EQ(FrameLengthFor(QStringLiteral("G")), 14.0);
+    EXPECT_EQ(FrameLengthFor(QStringLiteral("A")), 11.7);
+    EXPECT_EQ(FrameLengthFor(QStringLiteral("X")), 11.0) << "anything else is Letter";
+    EXPECT_EQ(FrameLengthFor(QStringLiteral("A"), true), double(11.7f));
+
+    const struct {
+        double dpi;
+        double length;
+        int height;
+        bool tooSmall;
+        int kept;
+    } rows[] = {
+        {200, 11, 2184, false, 2184},   // 199 x 11 = 2,189 is not above 2,184 + 5
+        {200, 11, 2183, true, 2183},
+        {200, 11, 2200, false, 2200},
+        {200, 11, 2300, false, 2200},   // cut at the bottom to 11 inches
+        {200, 14, 2800, false, 2800},
+        {200, 14, 2200, true, 2200},    // a Letter sheet scanned as Legal
+        {300, 11.7, 3510, false, 3510}, // A4 at 300 dpi
+        {300, 11.7, 3600, false, 3510},
+        {300, 11.7, 3494, false, 3494}, // 299 x 11.7 = 3,498.3 is not above 3,499
+        {300, 11.7, 3493, true, 3493},
+        {205, 11.7, 2500, false, 2398}, // 2,398.5 rounds half to even
+        {200, 11, 1, true, 1},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.dpi << " dpi, " << r.length << " in, " << r.height << " lines");
+        EXPECT_EQ(IsTooSmall(r.dpi, r.height, r.length), r.tooSmall);
+        EXPECT_EQ(CutHeight(r.dpi, r.height, r.length), r.kept);
+    }
+}
+
+TEST(ScannedPage, TooSmallMessageWordForWord)
+{
+    EXPECT_EQ(TooSmallMessage(11, 2183, 200),
+              QStringLiteral("The image returned from the scanner was too small!\r\n"
+                             "It should have been 11 inches but instead was 10.915 inches.\r\n"
+                             "You may need to use the scanner's interface to scan these documents or you might try upgrading drivers for you scanner.\r\n"
+                             "To use this scan anyway select 'Yes' or select 'No' to abort this scan.\r\n"
+                             "To permanently ignore this problem, Select 'Ignore Size Check' in the Change System Information form."));
+    EXPECT_TRUE(TooSmallMessage(11.7, 1000, 300).contains(QStringLiteral("It should have been 11.7 inches but instead was 3.33333333333333 inches.")));
+    EXPECT_TRUE(TooSmallMessage(FrameLengthFor(QStringLiteral("A"), true), 1000, 300, true).contains(QStringLiteral("been 11.7 inches")));
+    EXPECT_EQ(NumberText(14), QStringLiteral("14"));
+}
+
+TEST(ScannedPage, InversionTestCountsBlackPixels)
+{
+    QImage page = NewMonoPage(101, 10);  // a width that isn't a whole number of bytes
+    EXPECT_FALSE(LooksInverted(page));
+    FillBlack(page, 0, 0, 101, 5);
+    EXPECT_FALSE(LooksInverted(page)) << "exactly half is not more than half";
+    FillBlack(page, 0, 5, 1, 1);
+    EXPECT_TRUE(LooksInverted(page));
+    EXPECT_FALSE(LooksInverted(QImage(10, 10, QImage::Format_Grayscale8))) << "only two-colour pages are tested";
+}
+
+// The work on a page in its order: inversion test, two colours, measure,
+// deskew, invert, cut. The size verdict comes from the page as scanned.
+TEST(ScannedPage, PreparingAPage)
+{
+    // A black-and-white page delivered in the wrong sense.
+    QImage scanned = TextPage(1700, 2300, 3, 200);
+    scanned.invertPixels();
+    PageWork work;
+    work.checkPalette = true;
+    auto prepared = PrepareScannedPage(scanned, work);
+    ASSERT_TRUE(prepared.ok()) << prepared.error().toStdString();
+    EXPECT_EQ(prepared->scanHeight, 2300);
+    EXPECT_EQ(prepared->dpi, 200);
+    EXPECT_FALSE(prepared->tooSmall);
+    EXPECT_EQ(prepared->page.height(), 2200);
+    EXPECT_EQ(prepared->page.width(), 1700);
+    EXPECT_EQ(DpiOf(prepared->page), (Dpi{200, 200}));
+    EXPECT_FALSE(LooksInverted(prepared->page));
+    const QImage truth = TextPage(1700, 2300, 3, 200);
+    EXPECT_EQ(std::memcmp(prepared->page.constScanLine(300), truth.constScanLine(300), 1700 / 8), 0) << "inverted back exactly";
+
+    // The same without the test stays inverted; Invert turns it back.
+    work.checkPalette = false;
+    EXPECT_TRUE(LooksInverted(PrepareScannedPage(scanned, work)->page));
+    work.invert = true;
+    EXPECT_FALSE(LooksInverted(PrepareScannedPage(scanned, work)->page));
+
+    // A grey page comes out in two colours; a short one is measured as scanned.
+    QImage grey(1700, 2000, QImage::Format_Grayscale8);
+    grey.fill(230);
+    for (int y = 200; y < 1800; y += 40)
+        for (int x = 100; x < 1600; ++x)
+            grey.scanLine(y)[x] = 20;
+    SetDpi(grey, Dpi{200, 200});
+    work = PageWork{};
+    auto mono = PrepareScannedPage(grey, work);
+    ASSERT_TRUE(mono.ok());
+    EXPECT_TRUE(IsBlackAndWhite(mono->page));
+    EXPECT_TRUE(mono->tooSmall);
+    EXPECT_EQ(mono->page.height(), 2000);
+    EXPECT_TRUE(IsBlackAt(mono->page, 500, 200));
+    EXPECT_FALSE(IsBlackAt(mono->page, 500, 220));
+
+    // Deskew straightens a turned page.
+    QImage turned = TextPage(1700, 2200, 5, 200).convertToFormat(QImage::Format_Grayscale8).transformed(QTransform().rotate(2.0), Qt::SmoothTransformation);
+    turned = turned.copy((turned.width() - 1700) / 2, (turned.height() - 2200) / 2, 1700, 2200);
+    SetDpi(turned, Dpi{200, 200});
+    work.deskew = true;
+    auto straight = PrepareScannedPage(turned, work);
+    ASSERT_TRUE(straight.ok());
+    EXPECT_EQ(straight->page.size(), QSize(1700, 2200));
+    EXPECT_GT(std::abs(FindSkew(turned)->angle), 1.5);
+    EXPECT_LT(std::abs(FindSkew(straight->page)->angle), 0.3);
+
+    EXPECT_FALSE(PrepareScannedPage(QImage(), work).ok());
+}
