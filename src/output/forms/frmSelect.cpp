@@ -58,8 +58,11 @@ void frmSelect::cmdView_Click()
 
 void frmSelect::cmdReScan_Click()
 {
-    if (selected_)
+    if (selected_) {
+        session_.currentImage = selected_->number;
+        session_.imageFilePath = selected_->filePath;
         emit rescanRequested(selected_->number);
+    }
     close();
 }
 

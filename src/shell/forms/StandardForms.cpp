@@ -1,5 +1,8 @@
 #include "shell/forms/FormRegistry.h"
 
+#include "capture/forms/ScannerPageSource.h"
+#include "capture/forms/frmRescn.h"
+#include "capture/forms/frmScan.h"
 #include "output/forms/frmSelect.h"
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
@@ -27,6 +30,7 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
         viewer->deleteLater();
         frame.ShowInstance(QStringLiteral("frmView"));
     };
+    QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
 }
 
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
@@ -47,6 +51,7 @@ FormRegistry StandardForms()
     });
     forms.add(QStringLiteral("frmView"), FormKind::Child, [](const FormContext& c) {
         auto* viewer = new frmView(c.session, &c.frame);
+        viewer->setPageSource(new ScannerPageSource(c.session, viewer));
         // The viewer's Window menu works on the frame.
         QObject::connect(viewer, &frmView::windowCommand, &c.frame, [&frame = c.frame](const QString& name) {
             if (name == QLatin1String("Cascade"))
@@ -62,6 +67,8 @@ FormRegistry StandardForms()
         });
         return viewer;
     });
+    forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {

@@ -249,7 +249,7 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
         EXPECT_FALSE(action->isEnabled()) << entry;
         action->trigger();
     }
-    EXPECT_EQ(bare.ShowForm(QStringLiteral("frmScan")), nullptr);
+    EXPECT_EQ(bare.ShowForm(QStringLiteral("frmBatch")), nullptr);
     EXPECT_TRUE(bare.mdiArea()->subWindowList().isEmpty());
     EXPECT_EQ(QApplication::topLevelWidgets().size(), before.size());
 }
@@ -475,7 +475,7 @@ TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
     for (const HelpTopic& t : book.contents())
         if (t.level == 0)
             chapters << t.title;
-    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Finding test reports"), QStringLiteral("Viewing"), QStringLiteral("Annotating"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
+    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Scanning"), QStringLiteral("Finding test reports"), QStringLiteral("Viewing"), QStringLiteral("Annotating"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
     EXPECT_TRUE(book.brokenLinks().isEmpty()) << book.brokenLinks().join(QLatin1Char('\n')).toStdString();
 
     const auto indexHas = [&](const QString& keyword, const QString& url) {
