@@ -520,6 +520,12 @@ void mdiMain::ChildLoad(QMdiSubWindow* child)
         wanted = wanted.boundedTo(screen->availableSize().expandedTo(size()));
     if (wanted != size())
         resize(wanted);
+    // On a small screen the frame stops at the screen's edge: the child
+    // shrinks to the room there is, so none of it lies out of reach.
+    const QSize room = wanted - extra;
+    const QSize fitted = place.size().boundedTo(QSize(room.width() - place.left(), room.height() - place.top())).expandedTo(child->minimumSize());
+    if (fitted != place.size())
+        child->resize(fitted);
 }
 
 void mdiMain::ChildUnload(QMdiSubWindow* child)

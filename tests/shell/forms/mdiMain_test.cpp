@@ -175,6 +175,15 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
     frame->ChildLoad(window);
     EXPECT_EQ(window->pos(), QPoint(0, 0));
 
+    // A child taller than the screen: the frame stops at the screen and the
+    // child shrinks to the room, so its bottom edge stays within reach.
+    const QSize screen = frame->screen()->availableSize();
+    window->setGeometry(0, 0, 300, screen.height() + 400);
+    frame->ChildLoad(window);
+    ASSERT_TRUE(waitUntil([&] { return frame->height() <= screen.height() && window->geometry().bottom() < room().height(); }))
+        << frame->height() << " " << window->geometry().bottom() << " " << room().height();
+    EXPECT_EQ(window->width(), 300);
+
     window->close();
     EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
 }
