@@ -9,14 +9,14 @@ namespace tarlox::test {
 // test.conf) named by SANE_CONFIG_DIR; nothing outside it is touched.
 // SANE reads its configuration once per process, so the first call
 // decides for the whole test program; later calls return the same
-// directory. The pages may be up to 400 mm long, so Letter, Legal and A4
+// directory (SANE reads it again whenever it starts afresh). The pages may be up to 400 mm long, so Letter, Legal and A4
 // frames fit, and show a 10 mm grid. Everything else (failures, feeder
 // length, hand scanner) is set per scan through the device's options.
 QString UseSaneTestBackend(int devices = 1);
 
 // Puts the test devices' options that outlive closing the device back as
 // test.conf has them (hand scanner, mode, source, picture, read status).
-// SANE stays started for the whole process, so each test starts from here.
+// SANE keeps them while it runs, which may span tests: each test starts from here.
 void ResetSaneTestDevices(int devices = 1);
 
 // SANE with no backend at all: no scanner is found.
