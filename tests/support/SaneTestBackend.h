@@ -7,9 +7,8 @@ namespace tarlox::test {
 // Makes the SANE "test" backend this process's only scanner: a
 // configuration directory of its own (dll.conf naming "test", and
 // test.conf) named by SANE_CONFIG_DIR; nothing outside it is touched.
-// SANE reads its configuration once per process, so the first call
-// decides for the whole test program; later calls return the same
-// directory (SANE reads it again whenever it starts afresh). The pages may be up to 400 mm long, so Letter, Legal and A4
+// The first call decides for the whole test program; later calls return
+// the same directory. The pages may be up to 400 mm long, so Letter, Legal and A4
 // frames fit, and show a 10 mm grid. Everything else (failures, feeder
 // length, hand scanner) is set per scan through the device's options.
 QString UseSaneTestBackend(int devices = 1);
