@@ -20,15 +20,6 @@ using namespace tarlox::test;
 
 namespace {
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "Rescan_test";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* app = QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
-    (void)app;
-}
-
 class RescanTest : public ::testing::TestWithParam<Engine> {
 protected:
     RescanTest() : site(GetParam()) {}
@@ -36,7 +27,6 @@ protected:
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
-        ensureApplication();
     }
 
     void SetUp() override

@@ -22,15 +22,6 @@ using namespace tarlox::test;
 
 namespace {
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "ScanEntry_test";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* app = QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
-    (void)app;
-}
-
 void setOption(SaneDevice& device, const char* name, const QVariant& value)
 {
     const SaneResult r = device.setValue(QLatin1String(name), value);
@@ -55,7 +46,6 @@ protected:
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
-        ensureApplication();
     }
 
     void SetUp() override

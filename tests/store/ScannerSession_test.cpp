@@ -21,15 +21,6 @@ using namespace tarlox::test;
 
 namespace {
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "ScannerSession_test";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* app = QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
-    (void)app;
-}
-
 const QString kScannerError = QStringLiteral("Scanner Error");
 const QString kNextPage = QStringLiteral("Scan Next Page");
 
@@ -74,7 +65,6 @@ protected:
     static void SetUpTestSuite()
     {
         UseSaneTestBackend(2);
-        ensureApplication();
     }
 
     void SetUp() override

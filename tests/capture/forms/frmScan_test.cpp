@@ -34,15 +34,6 @@ using namespace tarlox::test;
 
 namespace {
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmScan_test";
-    static char* argv[] = {name, nullptr};
-    static QApplication* app = QApplication::instance() ? nullptr : new QApplication(argc, argv);
-    (void)app;
-}
-
 // A control of a form, found by the name the person at the screen knows it by.
 template <class T> T* child(QObject* form, const char* name)
 {
@@ -126,7 +117,6 @@ protected:
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
-        ensureApplication();
     }
     void SetUp() override
     {

@@ -27,21 +27,11 @@ template <class T> T* child(QObject* form, const char* name)
     return w;
 }
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmSelect_test";
-    static char* argv[] = {name, nullptr};
-    if (!QApplication::instance())
-        new QApplication(argc, argv);
-}
-
 class SelectScreen : public ::testing::TestWithParam<Engine> {
 protected:
     SelectScreen() : site(GetParam()) {}
     void SetUp() override
     {
-        ensureApplication();
         ASSERT_TRUE(site.start());
         site.prompter().clear();
     }

@@ -27,18 +27,9 @@ namespace {
 QDateTime at(int y, int m, int d, int h = 0) { return QDateTime(QDate(y, m, d), QTime(h, 0)); }
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmFind_test";
-    static char* argv[] = {name, nullptr};
-    if (!qApp)
-        new QApplication(argc, argv);
-}
-
 class FindFormTest : public ::testing::TestWithParam<Engine> {
 protected:
-    FindFormTest() : site(GetParam()) { ensureApplication(); }
+    FindFormTest() : site(GetParam()) {}
 
     void SetUp() override
     {

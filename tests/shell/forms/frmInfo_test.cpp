@@ -39,15 +39,6 @@ template <class T> T* child(QObject& form, const char* name)
 }
 template <class T> T* child(QObject* form, const char* name) { return child<T>(*form, name); }
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmInfo_test";
-    static char* argv[] = {name, nullptr};
-    static QApplication* app = QApplication::instance() ? nullptr : new QApplication(argc, argv);
-    (void)app;
-}
-
 QString ini(const QString& path, const char* section, const char* key)
 {
     return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value;
@@ -66,7 +57,6 @@ class Settings : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ensureApplication();
         ASSERT_TRUE(site.start());
     }
     TestSite site;

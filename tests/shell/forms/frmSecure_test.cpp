@@ -40,18 +40,8 @@ template <class T> T* child(QObject& form, const char* name)
 }
 template <class T> T* child(QObject* form, const char* name) { return child<T>(*form, name); }
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmSecure_test";
-    static char* argv[] = {name, nullptr};
-    static QApplication* app = QApplication::instance() ? nullptr : new QApplication(argc, argv);
-    (void)app;
-}
-
 class ServerScreen : public ::testing::Test {
 protected:
-    void SetUp() override { ensureApplication(); }
     TestSite site;
 };
 

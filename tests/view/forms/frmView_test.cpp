@@ -38,15 +38,6 @@ template <class T> T* child(QObject* form, const char* name)
     return w;
 }
 
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "frmView_test";
-    static char* argv[] = {name, nullptr};
-    if (!QApplication::instance())
-        new QApplication(argc, argv);
-}
-
 // Waits up to two seconds for the condition, letting events through.
 template <class Condition> bool waitFor(Condition condition)
 {
@@ -82,7 +73,6 @@ class ViewerWindow : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ensureApplication();
         ASSERT_TRUE(site.start());
         site.prompter().clear();
     }
