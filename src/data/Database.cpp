@@ -2,9 +2,11 @@
 
 #include "data/SqliteTuning.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTimeZone>
 #include <QUrl>
 #include <QUuid>
 
@@ -191,7 +193,24 @@ bool Database::openPostgres(QSqlDatabase& db)
     // A row held by another workstation surfaces as the Retry/Cancel box
     // instead of a wait without end.
     setup.exec(QStringLiteral("SET lock_timeout TO %1").arg((timeoutSeconds_ > 0 ? timeoutSeconds_ : 30) * 1000));
+    useLocalTimeZone(db);
     return true;
+}
+
+// Dates go to the server as instants and the columns keep clock times
+// without a zone: the server turns one into the other in the session's
+// zone, which has to be this workstation's, or every entry date moves by
+// the difference between the two.
+void Database::useLocalTimeZone(QSqlDatabase& db)
+{
+    QSqlQuery zone(db);
+    zone.prepare(QStringLiteral("SELECT set_config('TimeZone', ?, false)"));
+    zone.addBindValue(QString::fromUtf8(QTimeZone::systemTimeZoneId()));
+    if (zone.exec())
+        return;
+    // A zone the server doesn't know by name: its offset now, in hours.
+    const double hours = QDateTime::currentDateTime().offsetFromUtc() / 3600.0;
+    zone.exec(QStringLiteral("SET TIME ZONE %1").arg(hours, 0, 'f', 2));
 }
 
 QSqlQuery* Database::preparedQuery(const QString& sql, QSqlError* error)

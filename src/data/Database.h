@@ -49,6 +49,7 @@ public:
 private:
     bool openSqlite(QSqlDatabase& db);
     bool openPostgres(QSqlDatabase& db);
+    static void useLocalTimeZone(QSqlDatabase& db);
 
     QString name_;
     Dialect dialect_{DatabaseKind::Access};

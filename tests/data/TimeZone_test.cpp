@@ -1,0 +1,71 @@
+#include "data/ImageData.h"
+#include "search/FindQuery.h"
+#include "support/TestSite.h"
+
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// A workstation six hours behind UTC in winter, five in summer: the clock
+// times it stores must come back as they went in, and finding by a day
+// must see the report of that day.
+class TimeZoneTest : public ::testing::TestWithParam<Engine> {
+protected:
+    TimeZoneTest() : site(GetParam()) {}
+
+    static void SetUpTestSuite()
+    {
+        qputenv("TZ", "America/Chicago");
+        tzset();
+    }
+    static void TearDownTestSuite()
+    {
+        qputenv("TZ", "UTC");
+        tzset();
+    }
+    void SetUp() override
+    {
+        ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago"));
+        ASSERT_TRUE(site.start());
+    }
+
+    Session& s() { return site.session(); }
+    TestSite site;
+};
+
+}  // namespace
+
+TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
+{
+    const QDateTime lateEvening(QDate(2026, 1, 15), QTime(22, 30));
+    const QDateTime summerMorning(QDate(2026, 7, 1), QTime(6, 15));
+    qint32 number = 500;
+    for (const QDateTime& when : {lateEvening, summerMorning}) {
+        s().image = ImageRecord{++number, s().dataDir, QStringLiteral(" "), when, QStringLiteral(" "), QStringLiteral("4")};
+        s().info = InfoRecord{QStringLiteral("HZ%1").arg(number), QStringLiteral("P"), {}, {}, {}, when, number};
+        ASSERT_TRUE(AddImageWithInfo(s(), false, false));
+    }
+    ASSERT_TRUE(ReadImage(s(), 501, false));
+    EXPECT_EQ(s().image.entryDate, lateEvening);
+    ASSERT_TRUE(ReadImage(s(), 502, false));
+    EXPECT_EQ(s().image.entryDate, summerMorning);
+
+    // 10:30 pm on the 15th is on the 15th here, though already the 16th in UTC.
+    FindCriteria day;
+    day.heat = QStringLiteral("HZ*");
+    day.from = QStringLiteral("1/15/2026");
+    day.to = QStringLiteral("1/15/2026");
+    const FindResult found = FindReferences(s(), day, 100, false);
+    ASSERT_EQ(found.rows.size(), 1);
+    EXPECT_EQ(found.rows.first().imageNumber, 501);
+    EXPECT_EQ(found.rows.first().entryDate, lateEvening);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, TimeZoneTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
