@@ -6,6 +6,7 @@
 #include "startup/Startup.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QPrinterInfo>
 
 using namespace tarlox;
@@ -14,6 +15,8 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tarlox"));
+    // Every window without an icon of its own, message boxes and child windows included.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarlox.svg")));
     QApplication::setApplicationDisplayName(QStringLiteral("Tarlox"));
     QApplication::setDesktopFileName(QStringLiteral("tarlox"));
 
