@@ -9,13 +9,15 @@ namespace tarlox {
 // isn't on an open device's own handle holds this lock.
 std::mutex& SaneLock();
 
-// The running SANE library. It is started by the first acquire and ended
-// when the last holder lets go, so an open scanner keeps it running while a
-// device list taken in between sees a fresh start (new configuration, a
-// scanner plugged in since).
+// The SANE library, started on first use and kept for the rest of the
+// process: the device list, a scan in progress and the version display
+// share it. A device list asks the backends afresh for their devices, so a
+// scanner plugged in since is found; a changed SANE configuration is read
+// at the next start of the program.
 class SaneLibrary {
 public:
-    // The running library, started when needed; null when SANE can't be started.
+    // The running library, started when first asked for; null when SANE
+    // can't be started (asked again next time).
     static std::shared_ptr<SaneLibrary> acquire();
 
     SaneLibrary(const SaneLibrary&) = delete;
