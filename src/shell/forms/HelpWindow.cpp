@@ -3,6 +3,7 @@
 #include "shell/forms/ShellResources.h"
 
 #include <QAction>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -108,6 +109,10 @@ HelpWindow::HelpWindow(QWidget* parent)
     browser_->setObjectName(QStringLiteral("brwTopic"));
     browser_->setOpenExternalLinks(true);
     browser_->setSearchPaths({ManualRoot});
+    // The pages name their style sheet for a web browser; the help shows
+    // them with it too.
+    if (QFile css(ManualRoot + QStringLiteral("/manual.css")); css.open(QIODevice::ReadOnly))
+        browser_->document()->setDefaultStyleSheet(QString::fromUtf8(css.readAll()));
     connect(browser_, &QTextBrowser::sourceChanged, this, [this] {
         if (!highlight_.isEmpty()) {
             browser_->find(highlight_);
