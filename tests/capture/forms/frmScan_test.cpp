@@ -14,6 +14,7 @@
 #include "store/TiffReader.h"
 #include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
+#include "support/FormControls.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -35,13 +36,6 @@ using namespace tarlox::test;
 namespace {
 
 // A control of a form, found by the name the person at the screen knows it by.
-template <class T> T* child(QObject* form, const char* name)
-{
-    T* w = form->findChild<T*>(QLatin1String(name));
-    EXPECT_NE(w, nullptr) << name;
-    return w;
-}
-
 // The controls of the scan forms by name.
 struct Controls {
     explicit Controls(QObject* f) : form(f) {}

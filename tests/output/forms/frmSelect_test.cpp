@@ -4,6 +4,7 @@
 #include "startup/IniFile.h"
 #include "view/forms/frmView.h"
 #include "view/ViewerTestSupport.h"
+#include "support/FormControls.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -20,13 +21,6 @@ using namespace tarlox::test;
 namespace {
 
 // A control of a form, found by its name as the person at the screen knows it.
-template <class T> T* child(QObject* form, const char* name)
-{
-    T* w = form->findChild<T*>(QLatin1String(name));
-    EXPECT_NE(w, nullptr) << name;
-    return w;
-}
-
 class SelectScreen : public ::testing::TestWithParam<Engine> {
 protected:
     SelectScreen() : site(GetParam()) {}

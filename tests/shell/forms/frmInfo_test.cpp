@@ -6,6 +6,7 @@
 #include "startup/Session.h"
 #include "startup/TextTools.h"
 #include "support/TestSite.h"
+#include "support/FormControls.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -29,15 +30,6 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
-
-// A control of a form, found by its name as the person at the screen knows it.
-template <class T> T* child(QObject& form, const char* name)
-{
-    T* w = form.findChild<T*>(QLatin1String(name));
-    EXPECT_NE(w, nullptr) << name;
-    return w;
-}
-template <class T> T* child(QObject* form, const char* name) { return child<T>(*form, name); }
 
 QString ini(const QString& path, const char* section, const char* key)
 {

@@ -8,6 +8,7 @@
 #include "view/forms/frmVTRec.h"
 #include "view/forms/frmVTStm.h"
 #include "view/ViewerTestSupport.h"
+#include "support/FormControls.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -31,13 +32,6 @@ using namespace tarlox::test;
 namespace {
 
 // A control of a form, found by its name as the person at the screen knows it.
-template <class T> T* child(QObject* form, const char* name)
-{
-    T* w = form->findChild<T*>(QLatin1String(name));
-    EXPECT_NE(w, nullptr) << name;
-    return w;
-}
-
 // Waits up to two seconds for the condition, letting events through.
 template <class Condition> bool waitFor(Condition condition)
 {
