@@ -1,5 +1,7 @@
 #include "store/FileReplacement.h"
 
+#include "store/DurableWrite.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -18,22 +20,6 @@ namespace {
 QString systemError(int error)
 {
     return qt_error_string(error);
-}
-
-// Writes all of size bytes or fails with errno set.
-bool writeAll(int fd, const char* data, ssize_t size)
-{
-    while (size > 0) {
-        const ssize_t written = ::write(fd, data, size_t(size));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += written;
-        size -= written;
-    }
-    return true;
 }
 
 // Copies the content and the permission bits of source into the open file fd.
@@ -57,7 +43,7 @@ IoStatus copyInto(const QString& source, int fd)
             ::close(in);
             return Failure(QStringLiteral("Can't read \"%1\": %2").arg(source, systemError(error)));
         }
-        if (!writeAll(fd, buffer.data(), got)) {
+        if (!WriteAll(fd, buffer.data(), got)) {
             const int error = errno;
             ::close(in);
             return Failure(QStringLiteral("Can't copy \"%1\": %2").arg(source, systemError(error)));
@@ -65,15 +51,6 @@ IoStatus copyInto(const QString& source, int fd)
     }
     ::close(in);
     return {};
-}
-
-void syncDirectory(const QString& directory)
-{
-    const int fd = ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        ::fsync(fd);
-        ::close(fd);
-    }
 }
 
 }  // namespace
@@ -164,7 +141,7 @@ IoStatus FileReplacement::commit()
         return Failure(QStringLiteral("Can't write \"%1\": %2").arg(target_, systemError(error)));
     }
     done_ = true;
-    syncDirectory(QFileInfo(target_).absolutePath());
+    SyncDirectory(QFileInfo(target_).absolutePath());
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include "startup/FileTools.h"
 #include "startup/Session.h"
 #include "startup/TextTools.h"
+#include "store/DurableWrite.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -22,16 +23,6 @@ QString systemError(const QString& action, const QString& path)
     return action + QLatin1Char(' ') + path + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
 }
 
-bool syncPath(const QString& path, int flags)
-{
-    const int fd = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC);
-    if (fd < 0)
-        return false;
-    const bool ok = ::fsync(fd) == 0;
-    ::close(fd);
-    return ok;
-}
-
 bool renameOver(const QString& from, const QString& to, QString* error)
 {
     if (::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0) {
@@ -39,22 +30,7 @@ bool renameOver(const QString& from, const QString& to, QString* error)
         return false;
     }
     // The new name itself reaches the disk with its directory.
-    syncPath(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY);
-    return true;
-}
-
-bool writeAll(int fd, const char* data, qint64 size)
-{
-    while (size > 0) {
-        const ssize_t written = ::write(fd, data, static_cast<size_t>(size));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += written;
-        size -= written;
-    }
+    SyncDirectory(QFileInfo(to).absolutePath());
     return true;
 }
 
@@ -123,7 +99,7 @@ bool CopyFileAtomically(const QString& source, const QString& target, QString* e
             return fail(QStringLiteral("Can't read ") + source + QStringLiteral(": ") + in.errorString());
         if (got == 0)
             break;
-        if (!writeAll(fd, buffer.constData(), got))
+        if (!WriteAll(fd, buffer.constData(), got))
             return fail(systemError(QStringLiteral("Can't write"), scratch));
     }
     if (::fsync(fd) != 0)
@@ -146,7 +122,7 @@ bool KeepOriginal(const QString& copyPath, QString* error)
 
 bool CommitFile(const QString& written, const QString& target, QString* error)
 {
-    if (!syncPath(written, O_RDONLY)) {
+    if (!SyncFile(written)) {
         *error = systemError(QStringLiteral("Can't write"), written);
         return false;
     }

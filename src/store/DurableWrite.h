@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace tarlox {
+
+// Writes all of size bytes to fd, again after an interrupted write; false
+// with errno set on failure.
+bool WriteAll(int fd, const char* data, qint64 size);
+
+// Flushes a file to the disk; false when it can't be opened or flushed.
+bool SyncFile(const QString& path);
+
+// Flushes a directory, so that names just made or renamed in it reach the
+// disk. Failures are ignored: not every filesystem can.
+void SyncDirectory(const QString& directory);
+
+}  // namespace tarlox
