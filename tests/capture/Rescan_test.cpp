@@ -31,9 +31,7 @@ protected:
 
     void SetUp() override
     {
-        ResetSaneTestDevices(1);
-        ASSERT_TRUE(site.start());
-        PutLocal(s(), QStringLiteral("Info"), QStringLiteral("Device"), QStringLiteral("test:0"));
+        ASSERT_TRUE(StartWithTestScanner(site));
         // A Letter report of two heats, scanned the everyday way, made current as the select form does.
         ScanEntryFields f;
         f.heat = QStringLiteral("H1 H2");

@@ -50,9 +50,7 @@ protected:
 
     void SetUp() override
     {
-        ResetSaneTestDevices(1);
-        ASSERT_TRUE(site.start());
-        PutLocal(s(), QStringLiteral("Info"), QStringLiteral("Device"), QStringLiteral("test:0"));
+        ASSERT_TRUE(StartWithTestScanner(site));
         prompter().clear();
     }
 

@@ -1,6 +1,8 @@
 #include "support/SaneTestBackend.h"
 
+#include "startup/Settings.h"
 #include "store/SaneDevice.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFile>
@@ -53,6 +55,15 @@ void ResetSaneTestDevices(int devices)
         (*device)->setValue(QStringLiteral("test-picture"), QStringLiteral("Grid"));
         (*device)->setValue(QStringLiteral("read-return-value"), QStringLiteral("Default"));
     }
+}
+
+bool StartWithTestScanner(TestSite& site)
+{
+    ResetSaneTestDevices(1);
+    if (!site.start())
+        return false;
+    PutLocal(site.session(), QStringLiteral("Info"), QStringLiteral("Device"), QStringLiteral("test:0"));
+    return true;
 }
 
 QString UseNoScanners()

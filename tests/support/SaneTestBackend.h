@@ -4,6 +4,8 @@
 
 namespace tarlox::test {
 
+class TestSite;
+
 // Makes the SANE "test" backend this process's only scanner: a
 // configuration directory of its own (dll.conf naming "test", and
 // test.conf) named by SANE_CONFIG_DIR; nothing outside it is touched.
@@ -17,6 +19,10 @@ QString UseSaneTestBackend(int devices = 1);
 // test.conf has them (hand scanner, mode, source, picture, read status).
 // SANE keeps them while it runs, which may span tests: each test starts from here.
 void ResetSaneTestDevices(int devices = 1);
+
+// Starts the site with the first test device, as it stands in test.conf,
+// chosen as its scanner (key Device of section Info).
+bool StartWithTestScanner(TestSite& site);
 
 // SANE with no backend at all: no scanner is found.
 QString UseNoScanners();

@@ -45,9 +45,7 @@ protected:
 
     void SetUp() override
     {
-        ResetSaneTestDevices(1);
-        ASSERT_TRUE(site.start());
-        PutLocal(s(), QStringLiteral("Info"), QStringLiteral("Device"), QStringLiteral("test:0"));
+        ASSERT_TRUE(StartWithTestScanner(site));
         path = StoreReport(site, NumberedPages(2));
         ASSERT_FALSE(path.isEmpty());
         doc.load();
