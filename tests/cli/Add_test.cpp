@@ -1,41 +1,27 @@
+#include "support/CliRun.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-namespace {
+using namespace tarlox::test;
 
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 // `tarlox-cli add` and `show` on a fresh installation of their own.
 class AddTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_EQ(cli({QStringLiteral("init")}).code, 0); }
 
-    CliRun cli(const QStringList& arguments)
-    {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TARLOX"), dir.path());
-        process.setProcessEnvironment(env);
-        process.start(qEnvironmentVariable("TARLOX_CLI"), arguments);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-    }
+    CliRun cli(const QStringList& arguments) { return RunCli(arguments, {{QStringLiteral("TARLOX"), dir.path()}}); }
 
     CliRun add(const QStringList& files, const QStringList& extra = {})
     {

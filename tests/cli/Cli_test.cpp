@@ -1,32 +1,20 @@
+#include "support/CliRun.h"
+
 #include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-namespace {
+using namespace tarlox::test;
 
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
+namespace {
 
 // tarlox-cli on a program directory of its own.
 class CliTest : public ::testing::Test {
 protected:
     CliRun cli(const QStringList& arguments, const QString& programDir = {})
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TARLOX"), programDir.isEmpty() ? dir.path() : programDir);
-        process.setProcessEnvironment(env);
-        process.start(qEnvironmentVariable("TARLOX_CLI"), arguments);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+        return RunCli(arguments, {{QStringLiteral("TARLOX"), programDir.isEmpty() ? dir.path() : programDir}});
     }
     QTemporaryDir dir;
 };

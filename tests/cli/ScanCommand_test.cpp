@@ -1,22 +1,16 @@
 #include "store/TiffReader.h"
+#include "support/CliRun.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 using namespace tarlox;
+using namespace tarlox::test;
 
 namespace {
-
-struct CliRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
 
 void writeFile(const QString& path, const QByteArray& text)
 {
@@ -46,16 +40,7 @@ protected:
 
     CliRun cli(const QStringList& arguments)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TARLOX"), dir.path());
-        env.insert(QStringLiteral("SANE_CONFIG_DIR"), sane.path());
-        process.setProcessEnvironment(env);
-        process.start(qEnvironmentVariable("TARLOX_CLI"), arguments);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+        return RunCli(arguments, {{QStringLiteral("TARLOX"), dir.path()}, {QStringLiteral("SANE_CONFIG_DIR"), sane.path()}});
     }
     CliRun scan(const QStringList& more)
     {

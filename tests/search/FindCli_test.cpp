@@ -2,11 +2,11 @@
 #include "support/TestSite.h"
 
 #include "search/SearchData.h"
+#include "support/CliRun.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -16,12 +16,6 @@ using namespace tarlox::test;
 namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
-
-struct CliRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
 
 class FindCliTest : public ::testing::TestWithParam<Engine> {
 protected:
@@ -39,12 +33,9 @@ protected:
 
     CliRun cli(QStringList args)
     {
-        QProcess p;
         args.prepend(site.localIni());
         args.prepend(S("--ini"));
-        p.start(qEnvironmentVariable("TARLOX_CLI"), args);
-        EXPECT_TRUE(p.waitForFinished(60000));
-        return CliRun{p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+        return RunCli(args);
     }
 
     TestSite site;
@@ -53,7 +44,7 @@ protected:
 TEST_P(FindCliTest, PrintsTheCountLineAndTheRows)
 {
     CliRun r = cli({S("find"), S("--heat"), S("ab*")});
-    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
     QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 4) << r.out.toStdString();
     EXPECT_EQ(lines[0], S("2 found 2 shown"));
@@ -68,14 +59,14 @@ TEST_P(FindCliTest, PrintsTheCountLineAndTheRows)
     r = cli({S("find"), S("--limit"), S("1")});
     EXPECT_EQ(r.out.split(QLatin1Char('\n')).front(), S("3 found 1 shown"));
     r = cli({S("find"), S("--vendor=nobody")});
-    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.code, 0);
     EXPECT_EQ(r.out.trimmed(), S("None found!"));
 }
 
 TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
 {
     CliRun r = cli({S("find"), S("--mfg"), S("mill a"), S("--format"), S("csv")});
-    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(r.err.trimmed(), S("2 found 2 shown"));
     const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3);
@@ -84,7 +75,7 @@ TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
     EXPECT_EQ(lines[2], S("AB100,P1,PO1,\"Acme, Inc.\",Mill A,2003-01-02T09:30:00,7,/srv/data"));
 
     r = cli({S("find"), S("--from"), S("2003-01-03"), S("--to"), S("2/1/2003"), S("--format"), S("json")});
-    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
     const QJsonObject doc = QJsonDocument::fromJson(r.out.toUtf8()).object();
     EXPECT_EQ(doc.value(S("found")).toInteger(), 2);
     EXPECT_EQ(doc.value(S("shown")).toInteger(), 2);
@@ -100,22 +91,22 @@ TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
 TEST_P(FindCliTest, BadCriteriaAndBadUsage)
 {
     CliRun r = cli({S("find"), S("--from"), S("31/31/2003")});
-    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(r.err.contains(S("Invalid Date: 31/31/2003"))) << r.err.toStdString();
     r = cli({S("find"), S("--image"), S("TR000007")});
-    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(r.err.contains(S("TR000007"))) << r.err.toStdString();
     r = cli({S("find"), S("--colour"), S("red")});
-    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.code, 2);
     r = cli({S("find"), S("--heat")});
-    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.code, 2);
     r = cli({S("find"), S("--format"), S("xml")});
-    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.code, 2);
     r = cli({S("find"), S("--limit"), S("0")});
-    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.code, 2);
     // Image number with a wild card, as the screen takes it.
     r = cli({S("find"), S("--image"), S("*8")});
-    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.code, 0);
     EXPECT_TRUE(r.out.startsWith(S("1 found 1 shown")));
 }
 
