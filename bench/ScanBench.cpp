@@ -6,8 +6,8 @@
 
 #include "BenchPages.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "store/SaneFrame.h"
 #include "store/ScannedPage.h"
 #include "store/ScannerSession.h"

@@ -3,10 +3,11 @@
 // same run (bare libtiff decode plus a box-filter shrink of one page; a plain
 // copy of the report's file).
 
+#include "store/FileReplacement.h"
 #include "BenchPages.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "store/ImageFiles.h"
 #include "store/TiffWriter.h"
 #include "view/PageDocument.h"
@@ -152,10 +153,9 @@ void BM_View_Floor_FileCopy(benchmark::State& state)
 {
     Report& r = report();
     const QString target = r.dir.filePath(QStringLiteral("copy.tif"));
-    QString error;
     for (auto _ : state) {
         // Durable like a save: written, flushed and renamed into place.
-        if (!CopyFileAtomically(r.copyFile, target, &error))
+        if (!ReplaceWithCopy(r.copyFile, target))
             state.SkipWithError("copy failed");
     }
 }

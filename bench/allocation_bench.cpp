@@ -11,12 +11,13 @@
 // its own rather than a Google Benchmark.
 
 #include "data/ImageData.h"
+#include "store/NextImage.h"
 #include "data/OptionsData.h"
 #include "data/Schema.h"
-#include "startup/Connection.h"
-#include "startup/IniFile.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "data/Connection.h"
+#include "base/IniFile.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 
 #include <QCoreApplication>
@@ -51,7 +52,10 @@ int runChild(const QString& ini, qint64 startAtMs, int seconds)
     Session s(prompter);
     s.localIni = ini;
     s.programDir = QFileInfo(ini).absolutePath() + QLatin1Char('/');
-    if (!StartSession(s) || !GetNextImage(s, true))
+    if (!StartSession(s).ok())
+        return 2;
+    ConnectionScope connection(s.db());
+    if (!GetNextImage(s))
         return 2;
     std::vector<qint32> numbers;
     std::vector<qint64> waits;
@@ -64,13 +68,13 @@ int runChild(const QString& ini, qint64 startAtMs, int seconds)
     auto finished = start;
     while (finished < end) {
         const auto before = Clock::now();
-        if (!GetNextImage(s, true))
+        const auto taken = GetNextImage(s);
+        if (!taken)
             return 3;
         finished = Clock::now();
         waits.push_back(std::chrono::duration_cast<std::chrono::microseconds>(finished - before).count());
-        numbers.push_back(s.currentImage);
+        numbers.push_back(taken->number);
     }
-    s.db().close();
     const qint64 elapsedUs = std::chrono::duration_cast<std::chrono::microseconds>(finished - start).count();
     std::vector<qint64> sorted = waits;
     std::sort(sorted.begin(), sorted.end());
@@ -146,7 +150,7 @@ bool makeSite(Site& site, bool postgres, const QString& conninfo, const QString&
     s.db().allowCreate(false);
     s.options.version = s.programVersion;
     s.options.nextName = 1;
-    const bool added = built && AddOptions(s, false, false);
+    const bool added = built && AddOptions(s, false);
     s.db().close();
     return added;
 }

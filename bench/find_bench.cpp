@@ -17,10 +17,10 @@
 #include "data/Schema.h"
 #include "search/FindQuery.h"
 #include "search/forms/frmFind.h"
-#include "startup/Connection.h"
-#include "startup/IniFile.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "data/Connection.h"
+#include "base/IniFile.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 
 #include <QApplication>
@@ -219,12 +219,12 @@ bool prepareSite(const Options& o, const QString& engine, Session& s)
         s.db().allowCreate(false);
         s.options.version = s.programVersion;
         s.options.nextName = static_cast<qint32>(o.images + 1);
-        if (!AddOptions(s, false, false))
+        if (!AddOptions(s, false))
             return false;
         QElapsedTimer t;
         t.start();
         {
-            DataOp op(s, QStringLiteral("bench"), true);
+            DataOp op(s, QStringLiteral("bench"));
             if (!op.transaction([&] { return dropSearchShape(op) && fillRows(op, o); }))
                 return false;
         }
@@ -234,7 +234,7 @@ bool prepareSite(const Options& o, const QString& engine, Session& s)
             return false;
         const double ladderMs = t.elapsed();
         {
-            DataOp op(s, QStringLiteral("bench"), false);
+            DataOp op(s, QStringLiteral("bench"));
             run(op, sqlite ? QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)") : QStringLiteral("VACUUM ANALYZE"));
         }
         std::printf("%s: %lld references over %lld images written in %.1f s; the ladder's search step built over them in %.1f s\n",
@@ -242,7 +242,7 @@ bool prepareSite(const Options& o, const QString& engine, Session& s)
         WriteIniValue(sizeNote, QStringLiteral("Bench"), QStringLiteral("Size"), size);
     }
     s.db().close();
-    return StartSession(s);
+    return StartSession(s).ok();
 }
 
 // ---------------------------------------------------------------- bare statements
@@ -428,7 +428,7 @@ void benchEngine(const Options& o, const QString& engine)
         FindResult result;
         const double coreMs = timeIt(o.runs, [&] {
             FindCriteria c = search.criteria;
-            result = FindReferences(s, c, limit, true);
+            result = FindReferences(s, c, limit);
         });
         qint64 formFound = -1;
         const double formMs = timeIt(o.runs, [&] {

@@ -2,7 +2,7 @@
 #include "shell/ServerSetup.h"
 #include "shell/forms/frmSecure.h"
 #include "shell/forms/mdiMain.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 
 #include <QApplication>
@@ -22,6 +22,7 @@ int main(int argc, char** argv)
 
     MessageBoxPrompter prompter;
     Session session(prompter);
+    session.offerRetry = AskRetryCancel(prompter);
     session.installedPrinters = [] { return QPrinterInfo::availablePrinterNames(); };
     session.defaultPrinter = [] { return QPrinterInfo::defaultPrinterName(); };
 

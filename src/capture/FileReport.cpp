@@ -1,6 +1,6 @@
 #include "capture/FileReport.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "store/ImageInput.h"
 #include "store/ImageStore.h"
 #include "store/PageImage.h"
@@ -66,7 +66,9 @@ FileReportResult AddReportFromFiles(Session& session, const FileReportRequest& r
 
     session.pageSizeCode = request.pageSizeCode;
     const int dpi = request.dpi > 0 ? request.dpi : int(kDefaultDpi);
-    result.imageNumber = SaveMTR(session, dpi, writePages);
+    StoreOptions options;
+    options.duplicates = request.duplicates;
+    result.imageNumber = SaveMTR(session, dpi, writePages, options).imageNumber;
     result.pages = result.imageNumber ? pages : 0;
     if (!result.imageNumber)
         result.error = pageError;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "data/InfoData.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -13,6 +15,7 @@ struct FileReportRequest {
     QStringList files;
     QString pageSizeCode = QStringLiteral(" ");
     int dpi = 0;  // resolution for PDF pages and for pictures that record none; 0: their own or 200
+    Duplicates duplicates = Duplicates::Ask;
 };
 
 struct FileReportResult {

@@ -1,8 +1,8 @@
 #include "capture/PageScan.h"
 
 #include "capture/ScanChoices.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 #include "store/ScannerSession.h"
 
 namespace tarlox {

@@ -1,12 +1,13 @@
+#include "store/FileReplacement.h"
 #include "capture/Rescan.h"
 
 #include "capture/ScanChoices.h"
 #include "data/ImageData.h"
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 #include "store/ImageFiles.h"
 #include "store/ScannerSession.h"
 
@@ -33,7 +34,7 @@ bool Rescan::Load(RescanChoices& choices)
 {
     Session& s = session_;
     s.traceCall(QStringLiteral("frmRescn.Form_Load"));
-    if (!ReadImage(s, s.currentImage, false)) {
+    if (!ReadImage(s, s.currentImage)) {
         s.prompter().ask(kError, QStringLiteral("Can't Read Image"), Buttons::Ok, Icon::Critical);
         return false;
     }
@@ -72,18 +73,17 @@ bool Rescan::cmdScan_Click(const RescanChoices& choices)
         return false;
     }
     // One rename replaces the old file, so there is no moment without a file.
-    QString error;
-    if (!CommitFile(target, s.imageFilePath, &error)) {
-        ReportError(s.prompter(), ErrorDetails{QStringLiteral("cmdScan_Click"), QStringLiteral("Replacing ") + s.imageFilePath, 75, error});
+    if (const IoStatus placed = CommitWrittenFile(target, s.imageFilePath); !placed) {
+        ReportError(s.prompter(), ErrorDetails{QStringLiteral("cmdScan_Click"), QStringLiteral("Replacing ") + s.imageFilePath, 75, placed.error()});
         return false;
     }
     s.pageSizeCode = choices.pageSizeCode;
     // Only the size changes: the row is read again so that nothing else in
     // it is written back from an older copy.
-    bool updated = ReadImage(s, s.currentImage, true);
+    bool updated = ReadImage(s, s.currentImage);
     if (updated) {
         s.image.size = choices.pageSizeCode;
-        updated = UpdateImage(s, s.currentImage, false);
+        updated = UpdateImage(s, s.currentImage);
     }
     s.db().close();
     if (!updated)

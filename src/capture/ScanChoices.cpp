@@ -1,7 +1,7 @@
 #include "capture/ScanChoices.h"
 
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QStringList>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "data/InfoData.h"
+
 #include <QObject>
 #include <QString>
 
@@ -26,14 +28,17 @@ struct ScanEntryFields {
     std::optional<int> dpi;
     std::optional<QString> device;
     std::optional<bool> useAdf;
+    // An entry already on file: asked about on the form, decided in advance
+    // on the command line.
+    Duplicates duplicates = Duplicates::Ask;
 };
 
 // One report scanned and indexed, from the Scan button to the stored file:
-// the entry is checked, a number and the image row are settled before the
-// scanner starts, the pages go to the work file in the temporary
-// directory, which is then copied onto the data directory, and one
-// reference is written for each combination entered. The scan form and
-// the command line both drive it.
+// the entry is checked and a number taken before the scanner starts, the
+// pages go to the work file in the temporary directory, which is then put
+// in place in the data directory, and the image row goes in with one
+// reference for each combination entered. A failure at any step leaves no
+// row and no file. The scan form and the command line both drive it.
 class ScanEntry : public QObject {
     Q_OBJECT
 public:
@@ -43,9 +48,8 @@ public:
         Cancelled,   // at "Prepare to Scan"
         Refused,     // the entry didn't pass its checks
         NoNumber,    // no image number could be taken
-        NoImageRow,  // the image row could not be added
-        NotCreated,  // the scan produced no file; the image row is gone again
-        NotIndexed,  // the references could not be added; row and file are gone again
+        NotCreated,  // the scan produced no file
+        NotIndexed,  // the rows could not be added; the file is gone again
         Stored,
     };
     struct Result {

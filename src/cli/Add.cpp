@@ -2,9 +2,9 @@
 #include "cli/Options.h"
 
 #include "capture/FileReport.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 namespace tarlox::cli {
 
@@ -52,11 +52,6 @@ public:
     {
         const ParsedOptions o = ParseOptions(context.arguments, ValueOptions, FlagOptions);
         Session& s = context.session;
-        NonInteractivePrompter prompter;
-        if (o.has(QStringLiteral("allow-duplicate")))
-            prompter.answerTitle(QStringLiteral("Duplicate Key"), Answer::Ok);
-        Prompter& previous = s.prompter();
-        s.setPrompter(prompter);
 
         s.info = InfoRecord{};
         s.info.heat = o.value(QStringLiteral("heat"));
@@ -64,9 +59,9 @@ public:
         s.info.po = o.value(QStringLiteral("po"));
         s.info.vend = o.value(QStringLiteral("vendor"));
         s.info.mfg = o.value(QStringLiteral("mfg"));
-        FileReportRequest request{o.positional, sizeCode(o.value(QStringLiteral("size"))), IntVal(o.value(QStringLiteral("dpi")))};
+        FileReportRequest request{o.positional, sizeCode(o.value(QStringLiteral("size"))), IntVal(o.value(QStringLiteral("dpi"))),
+                                  o.has(QStringLiteral("allow-duplicate")) ? Duplicates::Allow : Duplicates::AsSettings};
         const FileReportResult result = AddReportFromFiles(s, request);
-        s.setPrompter(previous);
         if (!result.imageNumber)
             return fail(result.error.isEmpty() ? QStringLiteral("the report was not stored") : result.error);
         printLine(QString::number(result.imageNumber));

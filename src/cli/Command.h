@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "base/Status.h"
+
 namespace tarlox {
 class Session;
 }
@@ -13,7 +15,7 @@ class Session;
 namespace tarlox::cli {
 
 // Exit codes of tarlox-cli.
-enum ExitCode { Success = 0, Failure = 1, BadUsage = 2 };
+enum ExitCode { Success = 0, Failure = 1, BadUsage = 2, Unreachable = 3 };
 
 struct CommandContext {
     tarlox::Session& session;
@@ -45,5 +47,8 @@ std::unique_ptr<Command> makeScanCommand();
 void printLine(const QString& text);
 int fail(const QString& message);
 int badUsage(const QString& message);
+// A session that could not start: its one line, and Unreachable when the
+// database did not answer (a script may try again later), else Failure.
+int failStart(const tarlox::Status& failure);
 
 }  // namespace tarlox::cli

@@ -2,7 +2,7 @@
 
 #include "data/ImageData.h"
 #include "search/FindQuery.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -87,7 +87,7 @@ public:
                 return badUsage(QStringLiteral("--limit must be a whole number above 0"));
         }
 
-        FindResult result = FindReferences(s, criteria, limit, false);
+        FindResult result = FindReferences(s, criteria, limit);
         if (result.problem)
             return fail(FindProblemText(result.problem) + (result.problem.kind == FindProblem::Kind::InvalidDate
                                                                ? QStringLiteral(": ") + result.problem.value

@@ -2,7 +2,7 @@
 
 #include "data/DataOp.h"
 #include "data/OptionsData.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 
 namespace tarlox::cli {
 
@@ -22,7 +22,7 @@ public:
     int run(CommandContext& context) override
     {
         Session& s = context.session;
-        if (!ReadOptions(s, false))
+        if (!ReadOptions(s))
             return fail(QStringLiteral("the Options row can't be read: ") + s.options.statusText);
         const QList<QPair<QString, QString>> rows{
             {QStringLiteral("Program version"), s.programVersion},

@@ -1,7 +1,7 @@
 #include "cli/Command.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 
 #include <QFileInfo>
@@ -22,15 +22,9 @@ public:
         if (!context.arguments.isEmpty())
             return badUsage(QStringLiteral("init takes no arguments"));
         Session& s = context.session;
-        NonInteractivePrompter prompter;
-        prompter.answerTitle(QStringLiteral("Initialize Tarlox Settings"), Answer::Ok);
-        Prompter& previous = s.prompter();
-        s.setPrompter(prompter);
         const bool existed = !s.localIni.isEmpty() && QFileInfo::exists(s.localIni);
-        const bool ok = StartSession(s);
-        s.setPrompter(previous);
-        if (!ok)
-            return fail(QStringLiteral("could not initialize ") + s.localIni);
+        if (const Status failure = StartSession(s, FirstStart::Initialize); !failure.ok())
+            return fail(QStringLiteral("could not initialize ") + s.localIni + QStringLiteral(": ") + OneLine(failure));
         printLine((existed ? QStringLiteral("Already initialized: ") : QStringLiteral("Initialized: ")) + s.localIni);
         return Success;
     }

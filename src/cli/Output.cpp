@@ -14,6 +14,12 @@ int fail(const QString& message)
     return Failure;
 }
 
+int failStart(const tarlox::Status& failure)
+{
+    fail(OneLine(failure));
+    return failure.kind == FailureKind::DatabaseUnreachable ? Unreachable : Failure;
+}
+
 int badUsage(const QString& message)
 {
     std::fprintf(stderr, "tarlox-cli: %s\n", qUtf8Printable(message));

@@ -2,7 +2,7 @@
 
 #include "capture/ScanChoices.h"
 #include "capture/ScanEntry.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 
 #include <QHash>
 
@@ -31,7 +31,8 @@ public:
     int run(CommandContext& context) override
     {
         QString problem;
-        const ScanEntryFields fields = parse(context.arguments, &problem);
+        ScanEntryFields fields = parse(context.arguments, &problem);
+        fields.duplicates = Duplicates::AsSettings;
         if (!problem.isEmpty())
             return badUsage(problem);
         ScanEntry entry(context.session);
@@ -46,8 +47,6 @@ public:
             return fail(QStringLiteral("the entry was refused (see the message above)"));
         case ScanEntry::Outcome::NoNumber:
             return fail(QStringLiteral("no image number could be taken"));
-        case ScanEntry::Outcome::NoImageRow:
-            return fail(QStringLiteral("the image row could not be added"));
         case ScanEntry::Outcome::NotCreated:
             return fail(QStringLiteral("the scanner produced no page; nothing was stored"));
         case ScanEntry::Outcome::NotIndexed:

@@ -1,7 +1,7 @@
 #include "cli/Command.h"
 
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 
 #include <QFileInfo>
 

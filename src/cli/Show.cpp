@@ -2,9 +2,9 @@
 
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/FileTools.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/FileTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 #include "store/DriveMap.h"
 #include "store/ImageFiles.h"
 #include "store/TiffReader.h"
@@ -31,7 +31,7 @@ public:
     {
         Session& s = context.session;
         const qint32 number = context.arguments[0].toInt();
-        if (!ReadImage(s, number, false))
+        if (!ReadImage(s, number))
             return fail(QStringLiteral("image %1 is not on file").arg(number));
         const ImageRecord& row = s.image;
         const QString directory = ApplyDriveMap(s.drvMap, row.path.trimmed(), MapDirection::ToLocal).path;
@@ -51,7 +51,7 @@ public:
         QList<InfoRow> rows;
         qint64 total = 0;
         const SqlCondition where{QStringLiteral("\"Info\".\"Image #\" = ?"), {number}};
-        if (LoadInfo(s, where, rows, 100000, total, false) < 0)
+        if (LoadInfo(s, where, rows, 100000, total) < 0)
             return fail(QStringLiteral("the references of image %1 can't be read").arg(number));
         printLine(QStringLiteral("References: %1").arg(total));
         for (const InfoRow& r : rows)

@@ -1,7 +1,7 @@
 #include "cli/Command.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 
 #include <QCoreApplication>
@@ -77,8 +77,10 @@ int main(int argc, char** argv)
             session.programDir = DefaultProgramDirectory();
             session.localIni = session.programDir + QStringLiteral("TARLOX.INI");
         }
-        if (command->needsSession() && !StartSession(session))
-            return fail(QStringLiteral("the session could not be started from ") + session.localIni);
+        if (command->needsSession()) {
+            if (const Status failure = StartSession(session, FirstStart::Refuse); !failure.ok())
+                return failStart(failure);
+        }
         CommandContext context{session, args};
         return command->run(context);
     }

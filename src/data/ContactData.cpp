@@ -1,15 +1,15 @@
+#include "data/Dialect.h"
 #include "data/ContactData.h"
 
 #include "data/DataOp.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 #include <QSqlRecord>
 
 namespace tarlox {
 
 namespace {
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
 
 QString byName()
 {
@@ -17,9 +17,9 @@ QString byName()
 }
 }  // namespace
 
-bool LoadContacts(Session& session, QStringList& lines, bool companyFirst, bool keepOpen)
+bool LoadContacts(Session& session, QStringList& lines, bool companyFirst)
 {
-    DataOp op(session, QStringLiteral("LoadContacts"), keepOpen);
+    DataOp op(session, QStringLiteral("LoadContacts"));
     lines.clear();
     const QString order = (companyFirst ? q("Company Name") + QStringLiteral(", ") : QString()) + q("Last Name") + QStringLiteral(", ") + q("First Name");
     auto query = op.exec(QStringLiteral("SELECT %1, %2, %3 FROM %4 ORDER BY ").arg(q("First Name"), q("Last Name"), q("Company Name"), q("Contacts")) + order);
@@ -30,10 +30,10 @@ bool LoadContacts(Session& session, QStringList& lines, bool companyFirst, bool 
     return true;
 }
 
-bool AddContact(Session& session, bool retry, bool keepOpen)
+bool AddContact(Session& session, bool retry)
 {
     ContactRecord& c = session.contact;
-    DataOp op(session, QStringLiteral("AddContact"), keepOpen);
+    DataOp op(session, QStringLiteral("AddContact"));
     QString company = c.companyName, email = SpaceIfEmpty(c.email), fax = SpaceIfEmpty(c.faxNumber), first = c.firstName, last = c.lastName;
     const bool ok = op.exec(QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6) VALUES (?, ?, ?, ?, ?)")
                                 .arg(q("Contacts"), q("Company Name"), q("Email"), q("Fax #"), q("First Name"), q("Last Name")),
@@ -44,10 +44,10 @@ bool AddContact(Session& session, bool retry, bool keepOpen)
     return ok;
 }
 
-bool ReadContact(Session& session, bool keepOpen)
+bool ReadContact(Session& session)
 {
     ContactRecord& c = session.contact;
-    DataOp op(session, QStringLiteral("ReadContact"), keepOpen);
+    DataOp op(session, QStringLiteral("ReadContact"));
     auto query = op.exec(QStringLiteral("SELECT * FROM %1 WHERE ").arg(q("Contacts")) + byName(), {c.lastName, c.firstName, c.companyName});
     if (!query || !query->next())
         return false;
@@ -61,10 +61,10 @@ bool ReadContact(Session& session, bool keepOpen)
     return true;
 }
 
-bool DeleteContact(Session& session, bool keepOpen)
+bool DeleteContact(Session& session)
 {
     ContactRecord& c = session.contact;
-    DataOp op(session, QStringLiteral("DeleteContact"), keepOpen);
+    DataOp op(session, QStringLiteral("DeleteContact"));
     return op.exec(QStringLiteral("DELETE FROM %1 WHERE ").arg(q("Contacts")) + byName(), {c.lastName, c.firstName, c.companyName}).has_value();
 }
 

@@ -1,8 +1,8 @@
 #include "data/DataOp.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/ErrorReport.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 
 #include <QSqlDriver>
 #include <QSqlError>
@@ -31,19 +31,15 @@ bool isDuplicateCode(DatabaseKind kind, const QString& code, const QString& text
 
 }  // namespace
 
-DataOp::DataOp(Session& session, const QString& procedure, bool keepOpen, const QStringList& traceArguments)
+DataOp::DataOp(Session& session, const QString& procedure, const QStringList& traceArguments)
     : session_(session)
+    , connection_(session.db())
     , procedure_(procedure)
-    , keepOpen_(keepOpen)
 {
     session_.traceCall(procedure, traceArguments);
 }
 
-DataOp::~DataOp()
-{
-    if (!keepOpen_)
-        session_.db().close();
-}
+DataOp::~DataOp() = default;
 
 const Dialect& DataOp::dialect() const { return session_.db().dialect(); }
 
@@ -85,13 +81,10 @@ void DataOp::fillFailure(const QSqlError& error)
             || (code.isEmpty() && !session_.db().connection().isOpen()));
 }
 
-bool DataOp::askLockRetry()
+bool DataOp::offerLockRetry()
 {
-    const Answer answer = session_.prompter().ask(
-        ProgramTitle(),
-        failure_.text + QStringLiteral("\r\nSelect 'Cancel' to abort or sign off the user and hit 'Retry'."),
-        Buttons::RetryCancel, Icon::Critical);
-    return answer == Answer::Retry;
+    return session_.retry(Status{FailureKind::RowsLocked, ProgramTitle(),
+                                  failure_.text + QStringLiteral("\r\nSelect 'Cancel' to abort or sign off the user and hit 'Retry'.")});
 }
 
 void DataOp::reportFailure()
@@ -175,8 +168,10 @@ std::optional<QSqlQuery> DataOp::run(const QString& sql, const QVariantList& bin
         if (failure_.locked) {
             if (inTransaction_)
                 throw LockedInTransaction{};
-            if (askLockRetry())
+            if (offerLockRetry())
                 continue;
+            if (!session_.offerRetry)
+                reportFailure();
             return std::nullopt;
         }
         if (onError == OnError::Report)
@@ -222,8 +217,11 @@ bool DataOp::transaction(const std::function<bool()>& body)
             return true;
         } catch (const LockedInTransaction&) {
             rollback();
-            if (!askLockRetry())
-                return false;
+            if (offerLockRetry())
+                continue;
+            if (!session_.offerRetry)
+                reportFailure();
+            return false;
         }
     }
 }

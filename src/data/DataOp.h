@@ -1,5 +1,7 @@
 #pragma once
 
+#include "data/Database.h"
+
 #include <QSqlQuery>
 #include <QString>
 #include <QStringList>
@@ -24,16 +26,18 @@ struct SqlFailure {
 // The one shape of a data operation: open the connection if needed, run
 // statements with bound values, report unexpected errors through the shared
 // error report (with the connection and the statement), and close the
-// connection at the end unless the caller keeps it open.
+// connection at the end unless an enclosing ConnectionScope (or operation)
+// holds it.
 //
-// A locking error (another workstation holds the rows) asks Retry/Cancel;
-// Retry runs the statement again, or inside a transaction the whole
-// transaction.
+// A locking error (another workstation holds the rows) is offered for
+// another try (Session::retry); a retry runs the statement again, or inside
+// a transaction the whole transaction. Without one the operation fails with
+// failure().locked set.
 class DataOp {
 public:
     enum class OnError { Report, Quiet };
 
-    DataOp(Session& session, const QString& procedure, bool keepOpen, const QStringList& traceArguments = {});
+    DataOp(Session& session, const QString& procedure, const QStringList& traceArguments = {});
     ~DataOp();
     DataOp(const DataOp&) = delete;
     DataOp& operator=(const DataOp&) = delete;
@@ -74,7 +78,6 @@ public:
         record.errorText.clear();
     }
 
-    bool keepOpen() const { return keepOpen_; }
     Session& session() { return session_; }
     const Dialect& dialect() const;
     const QString& lastStatement() const { return lastSql_; }
@@ -82,14 +85,16 @@ public:
 private:
     struct LockedInTransaction {};
     std::optional<QSqlQuery> run(const QString& sql, const QVariantList& binds, OnError onError, bool reuse);
-    bool askLockRetry();
+    bool offerLockRetry();
     void reportFailure();
     void fillFailure(const class QSqlError& error);
 
     Session& session_;
+    // An operation holds the connection while it runs, so that operations
+    // it calls don't close it under it (and under its transaction).
+    ConnectionScope connection_;
     QString procedure_;
     QString step_;
-    bool keepOpen_;
     bool inTransaction_ = false;
     bool connectFailed_ = false;
     QString lastSql_;

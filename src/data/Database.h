@@ -12,7 +12,7 @@
 namespace tarlox {
 
 // The one connection of a session. Opened on demand by each data operation
-// and closed again unless the caller keeps it open.
+// and closed again at its end, unless a ConnectionScope holds it open.
 class Database {
 public:
     Database();
@@ -29,6 +29,8 @@ public:
     bool open();
     void close();
     bool isOpen() const;
+    // Whether a ConnectionScope keeps the connection open across operations.
+    bool held() const { return holds_ > 0; }
 
     DatabaseKind kind() const { return dialect_.kind(); }
     const Dialect& dialect() const { return dialect_; }
@@ -59,7 +61,27 @@ private:
     bool allowCreate_ = false;
     QString openError_;
     int opens_ = 0;
+    int holds_ = 0;
+    friend class ConnectionScope;
     QHash<QString, std::shared_ptr<QSqlQuery>> prepared_;
+};
+
+// Keeps the connection open from the first data operation inside the scope
+// to the end of the scope, for a sequence of operations that belong
+// together; the connection closes when the outermost scope ends.
+class ConnectionScope {
+public:
+    explicit ConnectionScope(Database& db) : db_(db) { ++db_.holds_; }
+    ~ConnectionScope()
+    {
+        if (--db_.holds_ == 0)
+            db_.close();
+    }
+    ConnectionScope(const ConnectionScope&) = delete;
+    ConnectionScope& operator=(const ConnectionScope&) = delete;
+
+private:
+    Database& db_;
 };
 
 // libpq's "key=value key='quoted value'" form, also accepting ";" between pairs.

@@ -46,4 +46,10 @@ QString FixField(QString& value, int maxLength);
 // The cut alone, for values that are bound.
 QString CutToLimit(QString& value, int maxLength);
 
+// Table and column names as statements write them, quoted for both engines:
+// q("Image #"), col("Info", "Image #").
+inline QString q(const QString& identifier) { return Dialect::quote(identifier); }
+inline QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
+inline QString col(const char* table, const char* column) { return q(table) + QLatin1Char('.') + q(column); }
+
 }  // namespace tarlox

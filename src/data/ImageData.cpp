@@ -1,13 +1,12 @@
+#include "data/Dialect.h"
 #include "data/ImageData.h"
 
 #include "data/DataOp.h"
 #include "data/InfoData.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
-#include "store/DriveMap.h"
-#include "store/ImageFiles.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 #include <QSqlQuery>
 
@@ -15,8 +14,6 @@ namespace tarlox {
 
 namespace {
 
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
-QString col(const char* table, const char* column) { return q(table) + QLatin1Char('.') + q(column); }
 
 // Width of Images."Volume ID"; volume names are made to fit it.
 constexpr int VolumeIdWidth = 32;
@@ -81,18 +78,9 @@ QString ListDateText(const QDateTime& value)
     return value.toString(QStringLiteral("M/d/yyyy h:mm:ss AP"));
 }
 
-bool GetNextImage(Session& s, bool keepOpen)
+std::optional<qint32> TakeImageNumber(Session& s)
 {
-    DataOp op(s, QStringLiteral("GetNextImage"), keepOpen);
-    // The row keeps the server's form of the directory; a map that can't be
-    // read stops here, before a number is taken.
-    op.step(QStringLiteral("Applying Drive Map"));
-    const DriveMapResult stored = ApplyDriveMap(s.drvMap, s.dataDir, MapDirection::ToStored);
-    if (!stored.ok()) {
-        op.report(5, stored.error);
-        return false;
-    }
-
+    DataOp op(s, QStringLiteral("TakeImageNumber"));
     // One statement reads the counter, corrects it against Images and writes
     // it back, as one transaction. SQLite takes the write lock for a writing
     // statement before it reads anything, just as BEGIN IMMEDIATE does, and
@@ -103,46 +91,33 @@ bool GetNextImage(Session& s, bool keepOpen)
     const QString take = QStringLiteral("UPDATE %1 SET %2 = %3 + 1 WHERE %4 = 1 AND %3 <= %5 RETURNING %2 - 1, %6, %7, %8")
                              .arg(q("Options"), q("NextName"), candidateExpression(op.dialect()), q("OptionsID"),
                                   QString::number(MaxImageNumber), q("CompanyName"), q("Version"), q("ClientOptions"));
-    while (true) {
-        op.step(QStringLiteral("Updating Next Image Number"));
-        const auto row = op.firstRow(take);
-        if (!row)
-            return false;
-        if (row->size() != 4) {
-            explainNoNumber(op, s);
-            return false;
-        }
-        const qint32 number = row->at(0).toInt();
-        s.options.companyName = row->at(1).toString();
-        s.options.version = row->at(2).toString().trimmed();
-        s.options.clientOptions = row->at(3).toInt();
-        s.options.nextName = number + 1;
-
-        // A file of that name belongs to an image whose row is missing:
-        // the number is given up and the next one taken.
-        op.step(QStringLiteral("Checking Next Image Number against files"));
-        if (FileExists(JoinPath(s.dataDir, ImageFileNameFor(number))))
-            continue;
-        s.currentImage = number;
-        SetNewImagePaths(s, number);
-        s.storedPath = stored.path;
-        if (s.tempFilePath != s.imageFilePath)
-            KillFile(s.tempFilePath);
-        return true;
+    op.step(QStringLiteral("Updating Next Image Number"));
+    const auto row = op.firstRow(take);
+    if (!row)
+        return std::nullopt;
+    if (row->size() != 4) {
+        explainNoNumber(op, s);
+        return std::nullopt;
     }
+    const qint32 number = row->at(0).toInt();
+    s.options.companyName = row->at(1).toString();
+    s.options.version = row->at(2).toString().trimmed();
+    s.options.clientOptions = row->at(3).toInt();
+    s.options.nextName = number + 1;
+    return number;
 }
 
-bool AddImage(Session& s, bool retry, bool keepOpen)
+bool AddImage(Session& s, bool retry)
 {
-    DataOp op(s, QStringLiteral("AddImage"), keepOpen);
+    DataOp op(s, QStringLiteral("AddImage"));
     const bool ok = insertImage(op, s, retry);
     ok ? DataOp::clearStatus(s.image) : op.storeStatus(s.image);
     return ok;
 }
 
-bool AddImageWithInfo(Session& s, bool retry, bool keepOpen)
+bool AddImageWithInfo(Session& s, bool retry)
 {
-    DataOp op(s, QStringLiteral("AddImageWithInfo"), keepOpen);
+    DataOp op(s, QStringLiteral("AddImageWithInfo"));
     const bool ok = op.transaction([&] { return insertImage(op, s, retry) && detail::InsertInfoRecords(op, s, retry); });
     if (ok) {
         DataOp::clearStatus(s.image);
@@ -154,10 +129,10 @@ bool AddImageWithInfo(Session& s, bool retry, bool keepOpen)
     return ok;
 }
 
-bool UpdateImage(Session& s, qint32 number, bool keepOpen)
+bool UpdateImage(Session& s, qint32 number)
 {
     ImageRecord& r = s.image;
-    DataOp op(s, QStringLiteral("UpdateImage"), keepOpen, {QString::number(number)});
+    DataOp op(s, QStringLiteral("UpdateImage"), {QString::number(number)});
     QString volume = SpaceIfEmpty(r.volumeId);
     QString size = SpaceIfEmpty(r.size);
     QString type = SpaceIfEmpty(r.type);
@@ -170,10 +145,10 @@ bool UpdateImage(Session& s, qint32 number, bool keepOpen)
     return ok;
 }
 
-bool ReadImage(Session& s, qint32 number, bool keepOpen)
+bool ReadImage(Session& s, qint32 number)
 {
     ImageRecord& r = s.image;
-    DataOp op(s, QStringLiteral("ReadImage"), keepOpen, {QString::number(number)});
+    DataOp op(s, QStringLiteral("ReadImage"), {QString::number(number)});
     auto query = op.exec(QStringLiteral("SELECT %1, %2, %3, %4, %5, %6 FROM %7 WHERE %2 = ?")
                              .arg(q("Entry Date"), q("Image #"), q("Path"), q("Size"), q("Type"), q("Volume ID"), q("Images")),
                          {number});
@@ -189,15 +164,15 @@ bool ReadImage(Session& s, qint32 number, bool keepOpen)
     return true;
 }
 
-bool DeleteImage(Session& s, qint32 number, bool keepOpen)
+bool DeleteImage(Session& s, qint32 number)
 {
-    DataOp op(s, QStringLiteral("DeleteImage"), keepOpen, {QString::number(number)});
+    DataOp op(s, QStringLiteral("DeleteImage"), {QString::number(number)});
     return op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Images"), q("Image #")), {number}).has_value();
 }
 
-bool DeleteImageAll(Session& s, qint32 number, bool keepOpen)
+bool DeleteImageAll(Session& s, qint32 number)
 {
-    DataOp op(s, QStringLiteral("DeleteImageAll"), keepOpen, {QString::number(number)});
+    DataOp op(s, QStringLiteral("DeleteImageAll"), {QString::number(number)});
     return op.transaction([&] {
         op.step(QStringLiteral("Deleting the image row"));
         if (!op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Images"), q("Image #")), {number}))
@@ -207,9 +182,9 @@ bool DeleteImageAll(Session& s, qint32 number, bool keepOpen)
     });
 }
 
-bool LoadImages(Session& s, QStringList& lines, const SqlCondition& where, bool keepOpen)
+bool LoadImages(Session& s, QStringList& lines, const SqlCondition& where)
 {
-    DataOp op(s, QStringLiteral("LoadImages"), keepOpen);
+    DataOp op(s, QStringLiteral("LoadImages"));
     lines.clear();
     auto query = op.exec(QStringLiteral("SELECT %1, min(%2)").arg(col("Info", "Image #"), col("Info", "Entry Date")) + joinCondition(where)
                              + QStringLiteral(" GROUP BY %1 ORDER BY %1").arg(col("Info", "Image #")),
@@ -222,9 +197,9 @@ bool LoadImages(Session& s, QStringList& lines, const SqlCondition& where, bool 
     return true;
 }
 
-bool LoadImageGrid(Session& s, GridData& grid, const SqlCondition& where, bool keepOpen)
+bool LoadImageGrid(Session& s, GridData& grid, const SqlCondition& where)
 {
-    DataOp op(s, QStringLiteral("LoadImageGrid"), keepOpen);
+    DataOp op(s, QStringLiteral("LoadImageGrid"));
     const auto orDefault = [](const QString& shortName, const char* builtIn) {
         return shortName.isEmpty() ? QLatin1String(builtIn) : shortName;
     };

@@ -1,11 +1,12 @@
+#include "data/Dialect.h"
 #include "data/InfoData.h"
 
 #include "data/DataOp.h"
 #include "data/SchemaInspector.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QSqlQuery>
 
@@ -15,8 +16,6 @@ namespace tarlox {
 
 namespace {
 
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
-QString col(const char* table, const char* column) { return q(table) + QLatin1Char('.') + q(column); }
 
 const QString ErrorTitle = QStringLiteral("Error");
 const QString NewLine = QStringLiteral("\r\n");
@@ -101,11 +100,11 @@ bool insertRow(DataOp& op, Session& s, const QString& heat, const QString& part,
 
 }  // namespace
 
-bool ValidateInfo(Session& s, bool keepOpen)
+bool ValidateInfo(Session& s, Duplicates duplicates)
 {
     InfoRecord& info = s.info;
     Prompter& prompter = s.prompter();
-    DataOp op(s, QStringLiteral("ValidateInfo"), keepOpen);
+    DataOp op(s, QStringLiteral("ValidateInfo"));
     const auto fail = [&](const QString& text) {
         prompter.ask(ErrorTitle, text, Buttons::Ok, Icon::Critical);
         return false;
@@ -156,7 +155,9 @@ bool ValidateInfo(Session& s, bool keepOpen)
                 if (!dupeOk)
                     dupeOk = GetLocalBool(s, QStringLiteral("Info"), QStringLiteral("DupeOK"));
                 const QString poLabel = s.poShort.isEmpty() ? QStringLiteral("P/O #:") : s.poShort;
-                const Answer answer = prompter.ask(
+                const bool allow = duplicates == Duplicates::Allow || (duplicates == Duplicates::AsSettings && *dupeOk);
+                const Answer answer = duplicates != Duplicates::Ask ? (allow ? Answer::Ok : Answer::Cancel)
+                                                                    : prompter.ask(
                     QStringLiteral("Duplicate Key"),
                     QStringLiteral("Heat #: ") + heat + NewLine + QStringLiteral("Part #: ") + part + NewLine + poLabel + NewLine + po
                         + NewLine + NewLine + QStringLiteral("is already on file! Select 'OK' to add anyway") + NewLine
@@ -185,10 +186,10 @@ bool ValidateInfo(Session& s, bool keepOpen)
     return true;
 }
 
-bool AddInfo(Session& s, bool retry, bool keepOpen)
+bool AddInfo(Session& s, bool retry)
 {
     InfoRecord& info = s.info;
-    DataOp op(s, QStringLiteral("AddInfo"), keepOpen);
+    DataOp op(s, QStringLiteral("AddInfo"));
     const bool ok = detail::InsertInfo(op, s, retry);
     ok ? DataOp::clearStatus(info) : op.storeStatus(info);
     return ok;
@@ -233,26 +234,26 @@ bool InsertInfoRecords(DataOp& op, Session& s, bool retry)
 
 }  // namespace detail
 
-bool AddInfoRecords(Session& s, bool retry, bool keepOpen)
+bool AddInfoRecords(Session& s, bool retry)
 {
-    DataOp op(s, QStringLiteral("AddInfoRecords"), keepOpen);
+    DataOp op(s, QStringLiteral("AddInfoRecords"));
     const bool ok = op.transaction([&] { return detail::InsertInfoRecords(op, s, retry); });
     ok ? DataOp::clearStatus(s.info) : op.storeStatus(s.info);
     return ok;
 }
 
-bool DeleteInfo(Session& s, bool keepOpen)
+bool DeleteInfo(Session& s)
 {
-    DataOp op(s, QStringLiteral("DeleteInfo"), keepOpen);
+    DataOp op(s, QStringLiteral("DeleteInfo"));
     const bool ok = detail::DeleteInfo(op, s);
     if (!ok)
         op.storeStatus(s.info);
     return ok;
 }
 
-int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int maxRows, qint64& total, bool keepOpen)
+int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int maxRows, qint64& total)
 {
-    DataOp op(s, QStringLiteral("LoadInfo"), keepOpen);
+    DataOp op(s, QStringLiteral("LoadInfo"));
     const Dialect& d = op.dialect();
     rows.clear();
     total = 0;
@@ -314,22 +315,22 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
     return static_cast<int>(rows.size());
 }
 
-bool GetInfoFieldLengths(Session& s, bool keepOpen)
+bool GetInfoFieldLengths(Session& s)
 {
-    DataOp op(s, QStringLiteral("GetInfoFieldLengths"), keepOpen);
+    DataOp op(s, QStringLiteral("GetInfoFieldLengths"));
     return readLengths(op, s.infoLengths);
 }
 
-int CheckCount(Session& s, const QString& field, const QString& value, bool keepOpen)
+int CheckCount(Session& s, const QString& field, const QString& value)
 {
-    DataOp op(s, QStringLiteral("CheckCount"), keepOpen, {field, value});
+    DataOp op(s, QStringLiteral("CheckCount"), {field, value});
     auto count = op.scalar(QStringLiteral("SELECT count(*) FROM %1 WHERE %2 = ?").arg(q("Info"), Dialect::quote(field)), {value});
     return count ? count->toInt() : -1;
 }
 
-bool CheckCount(Session& s, const QString& field, const QString& value, const QString& newValue, bool keepOpen)
+bool CheckCount(Session& s, const QString& field, const QString& value, const QString& newValue)
 {
-    DataOp op(s, QStringLiteral("CheckCount"), keepOpen, {field, value, newValue});
+    DataOp op(s, QStringLiteral("CheckCount"), {field, value, newValue});
     // The two key columns that may not be empty keep their blank.
     QString replacement = (field == QLatin1String("P/O #") || field == QLatin1String("Mfg Name")) ? SpaceIfEmpty(newValue) : newValue;
     const InfoFieldLengths& l = s.infoLengths;

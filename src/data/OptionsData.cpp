@@ -1,19 +1,19 @@
+#include "data/Dialect.h"
 #include "data/OptionsData.h"
 
 #include "data/DataOp.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QSqlRecord>
 
 namespace tarlox {
 
 namespace {
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
 }
 
-bool ReadOptions(Session& session, bool keepOpen)
+bool ReadOptions(Session& session)
 {
     OptionsRecord& o = session.options;
     o.version = QStringLiteral("1.00.0000");
@@ -21,7 +21,7 @@ bool ReadOptions(Session& session, bool keepOpen)
     o.clientOptions = 0;
     o.status = 999;
     o.statusText.clear();
-    DataOp op(session, QStringLiteral("ReadOptions"), keepOpen);
+    DataOp op(session, QStringLiteral("ReadOptions"));
     op.connect();
     o.status = 1;
     auto query = op.exec(QStringLiteral("SELECT * FROM %1").arg(q("Options")), {}, DataOp::OnError::Quiet);
@@ -46,10 +46,10 @@ bool ReadOptions(Session& session, bool keepOpen)
     return true;
 }
 
-bool UpdateOptions(Session& session, bool keepOpen, bool /*noRetry*/)
+bool UpdateOptions(Session& session)
 {
     OptionsRecord& o = session.options;
-    DataOp op(session, QStringLiteral("UpdateOptions"), keepOpen);
+    DataOp op(session, QStringLiteral("UpdateOptions"));
     QString company = SpaceIfEmpty(o.companyName);
     QString version = SpaceIfEmpty(o.version);
     const bool ok = op.exec(QStringLiteral("UPDATE %1 SET %2 = ?, %3 = ?, %4 = ?, %5 = ? WHERE %6 = 1")
@@ -63,10 +63,10 @@ bool UpdateOptions(Session& session, bool keepOpen, bool /*noRetry*/)
     return ok;
 }
 
-bool AddOptions(Session& session, bool retry, bool keepOpen)
+bool AddOptions(Session& session, bool retry)
 {
     OptionsRecord& o = session.options;
-    DataOp op(session, QStringLiteral("AddOptions"), keepOpen);
+    DataOp op(session, QStringLiteral("AddOptions"));
     QString version = SpaceIfEmpty(o.version);
     const bool ok = op.exec(QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6) VALUES (1, ' ', ?, ?, 0)")
                                 .arg(q("Options"), q("OptionsID"), q("CompanyName"), q("Version"), q("NextName"), q("ClientOptions")),

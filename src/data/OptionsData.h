@@ -5,8 +5,8 @@ namespace tarlox {
 class Session;
 
 // The single Options row: shared image counter, data version, system options.
-bool ReadOptions(Session& session, bool keepOpen);
-bool UpdateOptions(Session& session, bool keepOpen, bool noRetry = false);
-bool AddOptions(Session& session, bool retry, bool keepOpen);
+bool ReadOptions(Session& session);
+bool UpdateOptions(Session& session);
+bool AddOptions(Session& session, bool retry);
 
 }  // namespace tarlox

@@ -1,21 +1,21 @@
+#include "data/Dialect.h"
 #include "data/Schema.h"
 
 #include "data/DataOp.h"
 #include "data/SchemaInspector.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 
 namespace tarlox {
 
 namespace {
 
-QString q(const QString& identifier) { return Dialect::quote(identifier); }
 
 class Ladder {
 public:
     explicit Ladder(Session& session)
         : session_(session)
-        , op_(session, QStringLiteral("RevUp"), true)
+        , op_(session, QStringLiteral("RevUp"))
         , schema_(op_)
         , d_(session.db().dialect())
     {
@@ -182,7 +182,7 @@ private:
             return false;
         if (*count >= 5)
             return true;
-        if (!FixInfo(session_, true))
+        if (!FixInfo(session_))
             return false;
         // The trial index fails on data that would break the wider key,
         // before the old key is touched.
@@ -398,9 +398,9 @@ bool RevUp(Session& session)
     return Ladder(session).run();
 }
 
-bool FixInfo(Session& session, bool keepOpen)
+bool FixInfo(Session& session)
 {
-    DataOp op(session, QStringLiteral("FixInfo"), keepOpen);
+    DataOp op(session, QStringLiteral("FixInfo"));
     for (const QString& column : {QStringLiteral("P/O #"), QStringLiteral("Mfg Name")}) {
         if (!op.exec(QStringLiteral("UPDATE %1 SET %2 = ' ' WHERE %2 IS NULL").arg(q(QStringLiteral("Info")), q(column))))
             return false;

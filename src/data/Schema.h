@@ -12,7 +12,7 @@ class Session;
 bool RevUp(Session& session);
 
 // Gives the two key columns that may not be null a single blank.
-bool FixInfo(Session& session, bool keepOpen);
+bool FixInfo(Session& session);
 
 // Names of the indexes. Index names are global per database on both engines,
 // so each carries its table's name.

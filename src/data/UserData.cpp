@@ -1,25 +1,25 @@
+#include "data/Dialect.h"
 #include "data/UserData.h"
 
 #include "data/DataOp.h"
-#include "startup/FileTools.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/FileTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 #include <QSqlRecord>
 
 namespace tarlox {
 
 namespace {
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
 const QDateTime NeverInterfaced(QDate(1900, 1, 1), QTime(0, 0));
 }  // namespace
 
-bool ReadUser(Session& session, const QString& where, bool keepOpen)
+bool ReadUser(Session& session, const QString& where)
 {
     MachineRecord& m = session.machine;
     m.machineName = RetrieveComputerName();
     m.errorNumber = 1;
-    DataOp op(session, QStringLiteral("ReadUser"), keepOpen);
+    DataOp op(session, QStringLiteral("ReadUser"));
     const Dialect& d = op.dialect();
     // `where` is the program's own condition text, never user input.
     auto query = where.isEmpty()
@@ -37,10 +37,10 @@ bool ReadUser(Session& session, const QString& where, bool keepOpen)
     return true;
 }
 
-bool AddUser(Session& session, bool retry, bool keepOpen)
+bool AddUser(Session& session, bool retry)
 {
     MachineRecord& m = session.machine;
-    DataOp op(session, QStringLiteral("AddUser"), keepOpen);
+    DataOp op(session, QStringLiteral("AddUser"));
     const Dialect& d = op.dialect();
     const QDateTime now = session.now();
     QString machine = m.machineName;
@@ -61,10 +61,10 @@ bool AddUser(Session& session, bool retry, bool keepOpen)
     return ok;
 }
 
-bool UpdateUser(Session& session, bool keepOpen)
+bool UpdateUser(Session& session)
 {
     MachineRecord& m = session.machine;
-    DataOp op(session, QStringLiteral("UpdateUser"), keepOpen);
+    DataOp op(session, QStringLiteral("UpdateUser"));
     const Dialect& d = op.dialect();
     QString user = SpaceIfEmpty(m.userName);
     const QDateTime login = m.lastLogin.isValid() ? m.lastLogin : session.now();
@@ -77,16 +77,16 @@ bool UpdateUser(Session& session, bool keepOpen)
     return ok;
 }
 
-bool DeleteUser(Session& session, const QString& name, bool keepOpen)
+bool DeleteUser(Session& session, const QString& name)
 {
-    DataOp op(session, QStringLiteral("DeleteUser"), keepOpen);
+    DataOp op(session, QStringLiteral("DeleteUser"));
     const QString machine = name.isEmpty() ? session.machine.machineName : name;
     return op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("TarloxUsers"), q("MachineName")), {machine}).has_value();
 }
 
-bool LoadUsers(Session& session, GridData& grid, bool keepOpen)
+bool LoadUsers(Session& session, GridData& grid)
 {
-    DataOp op(session, QStringLiteral("LoadUsers"), keepOpen);
+    DataOp op(session, QStringLiteral("LoadUsers"));
     const Dialect& d = op.dialect();
     grid.headers = {QStringLiteral("Machine"), QStringLiteral("Name"), QStringLiteral("Scanner"), QStringLiteral("Create"),
                     QStringLiteral("Login"), QStringLiteral("Interface")};

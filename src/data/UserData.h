@@ -9,11 +9,11 @@ namespace tarlox {
 class Session;
 
 // The machine rows of TarloxUsers; the one in work is session.machine.
-bool ReadUser(Session& session, const QString& where, bool keepOpen);
-bool AddUser(Session& session, bool retry, bool keepOpen);
-bool UpdateUser(Session& session, bool keepOpen);
-bool DeleteUser(Session& session, const QString& name, bool keepOpen);
+bool ReadUser(Session& session, const QString& where);
+bool AddUser(Session& session, bool retry);
+bool UpdateUser(Session& session);
+bool DeleteUser(Session& session, const QString& name);
 // Head "Machine", "Name", "Scanner", "Create", "Login", "Interface"; ordered by machine.
-bool LoadUsers(Session& session, GridData& grid, bool keepOpen);
+bool LoadUsers(Session& session, GridData& grid);
 
 }  // namespace tarlox

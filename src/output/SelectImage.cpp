@@ -1,7 +1,7 @@
 #include "output/SelectImage.h"
 
 #include "data/ImageData.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "store/ImageStore.h"
 #include "store/TiffReader.h"
 

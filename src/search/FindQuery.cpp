@@ -3,9 +3,9 @@
 #include "data/Dialect.h"
 #include "data/InfoData.h"
 #include "data/Schema.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QRegularExpression>
 
@@ -30,7 +30,6 @@ const FieldColumn& columnOf(FindField field)
     return columns[static_cast<int>(field)];
 }
 
-QString q(const QString& identifier) { return Dialect::quote(identifier); }
 
 QString columnRef(const FieldColumn& c)
 {
@@ -296,13 +295,13 @@ QString FindResult::countLine() const
     return QStringLiteral("%1 found %2 shown").arg(found).arg(lastIndex + 1);
 }
 
-FindResult FindReferences(Session& session, FindCriteria& criteria, int maxRows, bool keepOpen)
+FindResult FindReferences(Session& session, FindCriteria& criteria, int maxRows)
 {
     FindResult result;
     const auto where = FindCondition(session, criteria, result.problem);
     if (!where)
         return result;
-    const int read = LoadInfo(session, *where, result.rows, maxRows, result.found, keepOpen);
+    const int read = LoadInfo(session, *where, result.rows, maxRows, result.found);
     if (read < 0) {
         result.failed = true;
         result.rows.clear();

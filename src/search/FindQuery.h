@@ -2,7 +2,7 @@
 
 #include "data/Records.h"
 #include "data/SqlCondition.h"
-#include "search/FindCriteria.h"
+#include "data/FindCriteria.h"
 
 #include <QList>
 #include <QString>
@@ -67,6 +67,6 @@ struct FindResult {
 
 // Runs a find: the newest maxRows references matching criteria, and the
 // count of all. The criteria keep the AssumeWild they were searched with.
-FindResult FindReferences(Session& session, FindCriteria& criteria, int maxRows, bool keepOpen);
+FindResult FindReferences(Session& session, FindCriteria& criteria, int maxRows);
 
 }  // namespace tarlox

@@ -1,16 +1,16 @@
 #include "search/ReferenceEdit.h"
 
+#include "data/Dialect.h"
 #include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 namespace tarlox {
 
 namespace {
 
-QString q(const char* identifier) { return Dialect::quote(QLatin1String(identifier)); }
 
 InfoRecord recordOf(const InfoRow& row)
 {
@@ -39,10 +39,10 @@ ReferenceEntry EntryOf(const InfoRow& row)
                           row.entryDate.isValid() ? FormatShortDate(row.entryDate.date()) : QString()};
 }
 
-ChangeResult ChangeReference(Session& s, const InfoRow& stored, const ReferenceEntry& edited, bool keepOpen)
+ChangeResult ChangeReference(Session& s, const InfoRow& stored, const ReferenceEntry& edited)
 {
     ChangeResult result;
-    DataOp op(s, QStringLiteral("ChangeReference"), keepOpen);
+    DataOp op(s, QStringLiteral("ChangeReference"));
     QDateTime date = stored.entryDate;
     if (edited.date != EntryOf(stored).date) {
         const auto day = ParseDate(edited.date);
@@ -52,7 +52,7 @@ ChangeResult ChangeReference(Session& s, const InfoRow& stored, const ReferenceE
         }
         date = QDateTime(*day, QTime(0, 0));
     }
-    if (!GetInfoFieldLengths(s, true)) {
+    if (!GetInfoFieldLengths(s)) {
         result.outcome = ChangeResult::Outcome::DeleteFailed;
         return result;
     }
@@ -89,36 +89,32 @@ ChangeResult ChangeReference(Session& s, const InfoRow& stored, const ReferenceE
     return result;
 }
 
-AddResult AddReference(Session& s, const ReferenceEntry& entry, bool keepOpen)
+AddResult AddReference(Session& s, const ReferenceEntry& entry)
 {
     AddResult result;
     s.traceCall(QStringLiteral("AddReference"));
     const qint32 number = IntVal(entry.imageNumber);
-    if (!ReadImage(s, number, true)) {
-        if (!keepOpen)
-            s.db().close();
+    if (!ReadImage(s, number)) {
         result.outcome = AddResult::Outcome::ImageNotOnFile;
         return result;
     }
     const auto day = ParseDate(entry.date);
     if (!day) {
-        if (!keepOpen)
-            s.db().close();
         result.outcome = AddResult::Outcome::InvalidDate;
         return result;
     }
     s.info = InfoRecord{entry.heat, entry.part, entry.po, entry.vend, entry.mfg, QDateTime(*day, QTime(0, 0)), number};
-    if (!AddInfo(s, true, keepOpen)) {
+    if (!AddInfo(s, true)) {
         result.outcome = AddResult::Outcome::NotAdded;
         result.errorText = s.info.errorText;
     }
     return result;
 }
 
-RemoveResult RemoveReference(Session& s, const InfoRow& stored, bool keepOpen)
+RemoveResult RemoveReference(Session& s, const InfoRow& stored)
 {
     RemoveResult result;
-    DataOp op(s, QStringLiteral("RemoveReference"), keepOpen);
+    DataOp op(s, QStringLiteral("RemoveReference"));
     const bool done = op.transaction([&] {
         if (!op.dialect().isSqlite()) {
             // One removal per image at a time; the file database's write

@@ -39,7 +39,7 @@ struct ChangeResult {
 // as shown keeps the stored moment. When the delete or the insert fails,
 // nothing has changed. A delete failure has been reported; an insert failure
 // (a clash with another reference's key, say) comes back in errorText.
-ChangeResult ChangeReference(Session& session, const InfoRow& stored, const ReferenceEntry& edited, bool keepOpen);
+ChangeResult ChangeReference(Session& session, const InfoRow& stored, const ReferenceEntry& edited);
 
 struct AddResult {
     enum class Outcome { Added, ImageNotOnFile, InvalidDate, NotAdded };
@@ -48,7 +48,7 @@ struct AddResult {
 };
 
 // Adds a further reference to an image that is on file.
-AddResult AddReference(Session& session, const ReferenceEntry& entry, bool keepOpen);
+AddResult AddReference(Session& session, const ReferenceEntry& entry);
 
 struct RemoveResult {
     enum class Outcome { Removed, OnlyReference, Failed };
@@ -60,6 +60,6 @@ struct RemoveResult {
 // can be found (an image without references can't be found any more).
 // Counting and removing happen in one transaction, so two workstations
 // can't remove an image's last two references at once.
-RemoveResult RemoveReference(Session& session, const InfoRow& stored, bool keepOpen);
+RemoveResult RemoveReference(Session& session, const InfoRow& stored);
 
 }  // namespace tarlox

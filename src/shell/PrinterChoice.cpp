@@ -1,9 +1,9 @@
 #include "shell/PrinterChoice.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
+#include "base/ErrorReport.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
 
 namespace tarlox {
 

@@ -4,13 +4,13 @@
 #include "data/Schema.h"
 #include "data/UserData.h"
 #include "shell/SettingsRules.h"
-#include "startup/Connection.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
+#include "data/Connection.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
 #include "startup/Startup.h"
-#include "startup/TextTools.h"
+#include "base/TextTools.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -71,7 +71,7 @@ bool OfferToCreateDatabase(Session& s)
     s.options.version = s.programVersion.isEmpty() ? ProgramVersion() : s.programVersion;
     const int next = IntVal(GetIni(s, s.serverIni, QStringLiteral("Info"), QStringLiteral("NextName")));
     s.options.nextName = next > 0 ? next : 1;
-    const bool added = AddOptions(s, false, false);
+    const bool added = AddOptions(s, false);
     s.db().close();
     return added;
 }
@@ -101,13 +101,13 @@ bool ServerEntriesDiffer(const ServerEntries& a, const ServerEntries& b)
 bool LoadServerSetup(Session& s, ServerSetupState& state)
 {
     s.traceCall(QStringLiteral("LoadValues"));
-    if (!ReadOptions(s, true) && !AddOptions(s, false, true)) {
+    if (!ReadOptions(s) && !AddOptions(s, false)) {
         s.db().close();
         return false;
     }
-    state.newMachine = !ReadUser(s, QString(), true) && s.machine.errorNumber == 1;
+    state.newMachine = !ReadUser(s, QString()) && s.machine.errorNumber == 1;
     state.userName = state.newMachine ? QString() : s.machine.userName;
-    LoadUsers(s, state.machines, true);
+    LoadUsers(s, state.machines);
     s.db().close();
     return true;
 }
@@ -115,12 +115,12 @@ bool LoadServerSetup(Session& s, ServerSetupState& state)
 bool TestConnection(Session& s, const QString& title, bool anyFailure)
 {
     while (true) {
-        const bool read = ReadOptions(s, true);
+        const bool read = ReadOptions(s);
         const bool unreachable = s.options.status == 999 || !s.db().isOpen();
         if (read || (!anyFailure && !unreachable))
             return true;
         s.db().close();
-        if (s.prompter().ask(title, notRespondingText(s), Buttons::RetryCancel, Icon::Critical) != Answer::Retry)
+        if (!s.retry(Status{FailureKind::DatabaseUnreachable, title, notRespondingText(s)}))
             return false;
     }
 }
@@ -150,7 +150,7 @@ bool CheckServerIni(Session& s, const QString& path)
     s.db().close();
     SetConnection(s);
     const bool ok = TestConnection(s, QStringLiteral("Invalid Server Information File"), false);
-    ReadUser(s, QString(), false);
+    ReadUser(s, QString());
     return ok;
 }
 
@@ -192,7 +192,7 @@ bool CheckServerEntries(Session& s, const ServerEntries& e)
     if (!OfferToCreateDatabase(s))
         return false;
     const bool ok = TestConnection(s, title, true);
-    ReadUser(s, QString(), false);
+    ReadUser(s, QString());
     return ok;
 }
 
@@ -227,9 +227,9 @@ bool SaveUserInfo(Session& s, const QString& userName, bool newMachine)
     s.machine.userName = userName.trimmed();
     if (newMachine) {
         s.machine.createDate = s.now();
-        return AddUser(s, false, false);
+        return AddUser(s, false);
     }
-    return UpdateUser(s, false);
+    return UpdateUser(s);
 }
 
 bool UpdateServerSetup(Session& s, const ServerEntries& e, const QString& userName, bool newMachine)
@@ -241,7 +241,7 @@ bool UpdateServerSetup(Session& s, const ServerEntries& e, const QString& userNa
     const bool addRow = newMachine || s.machine.errorNumber == 1;
     ok = ok && SaveServerInfo(s, e) && SaveUserInfo(s, userName, addRow);
     if (ok)
-        ok = GetInfo(s);
+        ok = GetInfo(s).ok();
     s.db().close();
     return ok;
 }
@@ -250,7 +250,7 @@ void CancelServerSetup(Session& s)
 {
     s.traceCall(QStringLiteral("cmdCancel_Click"));
     GetServerInfo(s);
-    ReadOptions(s, false);
+    ReadOptions(s);
 }
 
 RemoveOutcome RemoveMachine(Session& s, const QString& machineName)
@@ -265,18 +265,18 @@ RemoveOutcome RemoveMachine(Session& s, const QString& machineName)
                          Buttons::OkCancel, Icon::Critical)
         != Answer::Ok)
         return RemoveOutcome::Declined;
-    return DeleteUser(s, machineName, false) ? RemoveOutcome::Removed : RemoveOutcome::Failed;
+    return DeleteUser(s, machineName) ? RemoveOutcome::Removed : RemoveOutcome::Failed;
 }
 
 bool StartSessionWithSetup(Session& s, const std::function<void()>& serverSetup)
 {
-    if (!GetInfo(s))
+    if (!GetInfo(s).ok())
         return false;
     if (s.machine.errorNumber != 1)
         return true;
     if (serverSetup)
         serverSetup();
-    ReadUser(s, QString(), false);
+    ReadUser(s, QString());
     return s.machine.errorNumber == 0;
 }
 

@@ -1,9 +1,9 @@
 #include "shell/SettingsBinding.h"
 
 #include "data/OptionsData.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 namespace tarlox {
 
@@ -68,7 +68,7 @@ bool SettingsBinding::optionDiffers(const SettingsTag& tag, bool checked)
 bool SettingsBinding::beginSave()
 {
     clientOptionsChanged_ = false;
-    return ReadOptions(session_, false);
+    return ReadOptions(session_);
 }
 
 void SettingsBinding::saveText(const SettingsTag& tag, const QString& text)
@@ -100,7 +100,7 @@ bool SettingsBinding::finishSave()
     if (!clientOptionsChanged_)
         return true;
     clientOptionsChanged_ = false;
-    return UpdateOptions(session_, false);
+    return UpdateOptions(session_);
 }
 
 }  // namespace tarlox

@@ -1,6 +1,6 @@
 #include "shell/SettingsRules.h"
 
-#include "startup/TextTools.h"
+#include "base/TextTools.h"
 
 #include <algorithm>
 

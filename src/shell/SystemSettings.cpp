@@ -2,9 +2,9 @@
 
 #include "data/OptionsData.h"
 #include "shell/DriveMap.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 namespace tarlox {
 
@@ -16,7 +16,7 @@ const QString NextName = QStringLiteral("NextName");
 bool LoadSystemSettings(Session& s)
 {
     s.traceCall(QStringLiteral("LoadValues"));
-    const bool read = ReadOptions(s, false);
+    const bool read = ReadOptions(s);
     PutLocal(s, Info, NextName, QString::number(s.options.nextName));
     return read || s.options.status == 1;
 }
@@ -31,12 +31,12 @@ bool SystemSettingsDiffer(const Session& s, const SystemSettingsChoices& choices
 bool SaveSystemSettings(Session& s, const std::function<bool()>& saveFields, const SystemSettingsChoices& choices)
 {
     s.traceCall(QStringLiteral("Save"));
-    ReadOptions(s, false);
+    ReadOptions(s);
     const bool counterChanged = IntVal(choices.nextName) != s.options.nextName;
     bool ok = saveFields ? saveFields() : true;
     if (counterChanged) {
         s.options.nextName = IntVal(GetLocal(s, Info, NextName));
-        ok = UpdateOptions(s, false) && ok;
+        ok = UpdateOptions(s) && ok;
     }
     s.drvMap = JoinDriveMap(choices.drvMapEntries);
     PutLocal(s, Info, QStringLiteral("DrvMap"), s.drvMap);

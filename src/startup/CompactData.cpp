@@ -1,9 +1,9 @@
 #include "startup/CompactData.h"
 
-#include "startup/FileHolders.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/FileHolders.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 
 #include <QFile>
 #include <QFileInfo>

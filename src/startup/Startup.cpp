@@ -4,15 +4,15 @@
 #include "data/OptionsData.h"
 #include "data/Schema.h"
 #include "data/UserData.h"
-#include "startup/Connection.h"
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Connection.h"
+#include "base/ErrorReport.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "startup/VersionUpgrade.h"
-#include "startup/VolumeName.h"
+#include "base/VolumeName.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -24,6 +24,7 @@ namespace tarlox {
 namespace {
 
 const QString Info = QStringLiteral("Info");
+const QString InvalidServerFileTitle = QStringLiteral("Invalid Server Information File");
 const QString Data = QStringLiteral("Data");
 
 QString notRespondingText(const Session& s)
@@ -54,13 +55,16 @@ QString DefaultProgramDirectory()
     return WithTrailingSeparator(dir);
 }
 
-bool MakeIni(Session& s)
+bool MakeIni(Session& s, FirstStart firstStart)
 {
     s.traceCall(QStringLiteral("MakeIni"));
-    const Answer answer = s.prompter().ask(QStringLiteral("Initialize Tarlox Settings"),
-                                           QStringLiteral("Select 'OK' to initialize your Tarlox setings, 'Cancel' to end"),
-                                           Buttons::OkCancel, Icon::Critical, Answer::Cancel);
-    if (answer != Answer::Ok)
+    if (firstStart == FirstStart::Refuse)
+        return false;
+    if (firstStart == FirstStart::Ask
+        && s.prompter().ask(QStringLiteral("Initialize Tarlox Settings"),
+                            QStringLiteral("Select 'OK' to initialize your Tarlox setings, 'Cancel' to end"), Buttons::OkCancel,
+                            Icon::Critical, Answer::Cancel)
+            != Answer::Ok)
         return false;
     const QString dataDir = s.programDir + QStringLiteral("DATA");
     if (!QDir().mkpath(dataDir)) {
@@ -93,12 +97,12 @@ bool MakeIni(Session& s)
     // This machine is its own server: it also gets the Options row.
     s.options.version = s.programVersion;
     s.options.nextName = 1;
-    const bool added = AddOptions(s, true, false);
+    const bool added = AddOptions(s, true);
     s.db().close();
     return added;
 }
 
-bool GetIniInfo(Session& s, bool& initialize)
+Status GetIniInfo(Session& s, FirstStart firstStart)
 {
     s.traceCall(QStringLiteral("GetIniInfo"));
     s.programVersion = s.programVersion.isEmpty() ? ProgramVersion() : s.programVersion;
@@ -112,13 +116,11 @@ bool GetIniInfo(Session& s, bool& initialize)
     }
     QDir().mkpath(s.programDir);
 
-    if (!QFileInfo::exists(s.localIni)) {
-        if (initialize)
-            initialize = MakeIni(s);
-        if (!initialize) {
-            s.prompter().ask(ProgramTitle(), QStringLiteral("The TARLOX.INI file could not be found!"), Buttons::Ok, Icon::Critical);
-            return false;
-        }
+    if (!QFileInfo::exists(s.localIni) && !MakeIni(s, firstStart)) {
+        const Status missing{FailureKind::NoSettingsFile, ProgramTitle(), QStringLiteral("The TARLOX.INI file could not be found!")};
+        if (firstStart != FirstStart::Refuse)
+            s.prompter().ask(missing.title, missing.text, Buttons::Ok, Icon::Critical);
+        return missing;
     }
 
     s.serverIni = GetIni(s, s.localIni, Info, QStringLiteral("ServerIni"));
@@ -129,12 +131,13 @@ bool GetIniInfo(Session& s, bool& initialize)
     }
 
     while (!QFileInfo(s.serverIni).isFile()) {
-        const QString text = QStringLiteral("The assigned Server Information File - ") + s.serverIni + QStringLiteral(" - is not found!\r\n")
-            + QStringLiteral("This may be the result of the Tarlox server machine being offline.\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n")
-            + QStringLiteral("  To retry, make sure the server is running and drive '") + s.dataDir.left(1)
-            + QStringLiteral("' is correctly mapped, then hit 'Retry'.");
-        if (s.prompter().ask(QStringLiteral("Invalid Server Information File"), text, Buttons::RetryCancel, Icon::Critical) != Answer::Retry)
-            return false;
+        const Status missing{FailureKind::ServerFileMissing, InvalidServerFileTitle,
+                              QStringLiteral("The assigned Server Information File - ") + s.serverIni + QStringLiteral(" - is not found!\r\n")
+                                  + QStringLiteral("This may be the result of the Tarlox server machine being offline.\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n")
+                                  + QStringLiteral("  To retry, make sure the server is running and drive '") + s.dataDir.left(1)
+                                  + QStringLiteral("' is correctly mapped, then hit 'Retry'.")};
+        if (!s.retry(missing))
+            return missing;
     }
 
     s.dataDir = GetIni(s, s.localIni, Info, QStringLiteral("DataDir"));
@@ -182,21 +185,19 @@ bool GetIniInfo(Session& s, bool& initialize)
     s.serverPrinterBin = IntVal(GetIni(s, s.localIni, Info, QStringLiteral("ServerPrinterBin")));
     checkPrinter(s, s.serverPrinter, s.serverPrinterBin);
 
-    while (!ReadOptions(s, true)) {
+    while (!ReadOptions(s)) {
         if (s.options.status == 1)
             break;
-        QString text;
-        if (s.options.status == 999) {
-            text = notRespondingText(s);
-        } else {
-            text = QStringLiteral("Options table cannot be read!\r\nThe error reported was - ") + s.options.statusText
-                + QStringLiteral("\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n  To retry, make sure the server is running  then hit 'Retry'.");
-        }
-        if (s.prompter().ask(QStringLiteral("Invalid Server Information File"), text, Buttons::RetryCancel, Icon::Critical) != Answer::Retry)
-            return false;
+        const Status unreadable = s.options.status == 999
+            ? Status{FailureKind::DatabaseUnreachable, InvalidServerFileTitle, notRespondingText(s)}
+            : Status{FailureKind::OptionsUnreadable, InvalidServerFileTitle,
+                      QStringLiteral("Options table cannot be read!\r\nThe error reported was - ") + s.options.statusText
+                          + QStringLiteral("\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n  To retry, make sure the server is running  then hit 'Retry'.")};
+        if (!s.retry(unreadable))
+            return unreadable;
     }
-    ReadUser(s, QString(), true);
-    return true;
+    ReadUser(s, QString());
+    return {};
 }
 
 void ReadSessionSettings(Session& s)
@@ -233,27 +234,24 @@ void ReadSessionSettings(Session& s)
     s.defaultPages = info("DefaultPages");
 }
 
-bool GetInfo(Session& s)
+Status GetInfo(Session& s, FirstStart firstStart)
 {
     s.traceCall(QStringLiteral("GetInfo"));
-    bool initialize = true;
-    if (!GetIniInfo(s, initialize)) {
-        s.db().close();
-        return false;
-    }
+    ConnectionScope connection(s.db());
+    if (Status failure = GetIniInfo(s, firstStart); !failure.ok())
+        return failure;
     if (VersionNumber(s.options.version) != VersionNumber(s.programVersion)
-        && DifferentServerVersion(s) == VersionOutcome::EndProgram) {
-        s.db().close();
-        return false;
-    }
+        && DifferentServerVersion(s) == VersionOutcome::EndProgram)
+        return Status{FailureKind::VersionRefused, QStringLiteral("Bad Data Version"),
+                       QStringLiteral("The data version ") + s.options.version + QStringLiteral(" does not go with this program's version ")
+                           + s.programVersion};
     s.traceCall(QStringLiteral("GetInfo - Data/Prog version = ") + s.options.version + QStringLiteral(" / ") + s.programVersion);
     if (VersionNumber(s.programVersion) > VersionNumber(s.options.version))
         s.prompter().ask(QStringLiteral("Bad Data Version"),
                          QStringLiteral("\r\nData failed to upgrade!\r\nThere may be somthing wrong with the install or the access to the data server"),
                          Buttons::Ok, Icon::Critical);
     ReadSessionSettings(s);
-    s.db().close();
-    return true;
+    return {};
 }
 
 TraceSwitch ParseTraceSwitch(const QStringList& arguments)
@@ -289,18 +287,18 @@ void StartTrace(Session& s, const TraceSwitch& traceSwitch)
     s.prompter().tell(ProgramTitle(), QStringLiteral("Now adding debug messages to ") + traceSwitch.path);
 }
 
-bool StartSession(Session& s)
+Status StartSession(Session& s, FirstStart firstStart)
 {
-    if (!GetInfo(s))
-        return false;
+    if (Status failure = GetInfo(s, firstStart); !failure.ok())
+        return failure;
     if (s.machine.errorNumber == 1) {
         // A machine without a row gets one, named after the person logged on.
         s.machine.userName = qEnvironmentVariable("USER");
         s.machine.createDate = s.now();
-        if (!AddUser(s, true, false) && !ReadUser(s, QString(), false))
-            return false;
+        if (!AddUser(s, true) && !ReadUser(s, QString()))
+            return Status{FailureKind::Other, ProgramTitle(), QStringLiteral("This machine could not be added to the database: ") + s.machine.errorText};
     }
-    return true;
+    return {};
 }
 
 }  // namespace tarlox

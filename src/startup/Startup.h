@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Status.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -12,17 +14,27 @@ class Session;
 // upgrade can't touch a site's files. Ends in a separator.
 QString DefaultProgramDirectory();
 
-// Loads the whole session: settings files, database, options, this
-// machine's row, version check, session values. True when the program may go on.
-bool GetInfo(Session& session);
+// What to do on a machine without a local settings file.
+enum class FirstStart {
+    Ask,         // "Initialize Tarlox Settings"
+    Initialize,  // initialize without asking
+    Refuse,      // fail with NoSettingsFile, without asking
+};
 
-// Finds the files and the database. With initialize true and no local file,
-// offers MakeIni and stores the answer in initialize.
-bool GetIniInfo(Session& session, bool& initialize);
+// Loads the whole session: settings files, database, options, this
+// machine's row, version check, session values. A failure that a person
+// can cure (server file missing, database not answering) is offered for
+// another try (Session::retry) and otherwise returned; ok() when the
+// program may go on.
+Status GetInfo(Session& session, FirstStart firstStart = FirstStart::Ask);
+
+// Finds the files and the database; the first part of GetInfo.
+Status GetIniInfo(Session& session, FirstStart firstStart = FirstStart::Ask);
 
 // Creates a first local settings file, the DATA directory and an empty
-// file database on this machine; false when the user declines.
-bool MakeIni(Session& session);
+// file database on this machine; false when the user declines (when asked)
+// or something can't be made.
+bool MakeIni(Session& session, FirstStart firstStart = FirstStart::Ask);
 
 // Reads the session values that are held for the whole run.
 void ReadSessionSettings(Session& session);
@@ -38,6 +50,6 @@ TraceSwitch ParseTraceSwitch(const QStringList& arguments);
 void StartTrace(Session& session, const TraceSwitch& traceSwitch);
 
 // GetInfo, and a machine row for a machine that has none yet.
-bool StartSession(Session& session);
+Status StartSession(Session& session, FirstStart firstStart = FirstStart::Ask);
 
 }  // namespace tarlox

@@ -2,10 +2,10 @@
 
 #include "data/OptionsData.h"
 #include "data/Schema.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -57,7 +57,7 @@ VersionOutcome DifferentServerVersion(Session& s)
         if (!RevUp(s))
             return VersionOutcome::Continue;
         s.options.version = s.programVersion;
-        UpdateOptions(s, true);
+        UpdateOptions(s);
         PutIni(s, s.serverIni, QStringLiteral("Info"), QStringLiteral("Version"), s.programVersion);
         // Programs come from packages here; nothing is copied to the server directory.
         return VersionOutcome::Continue;

@@ -1,8 +1,8 @@
 #include "store/FileLists.h"
 
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 
 #include <QStringList>
 

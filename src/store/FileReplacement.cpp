@@ -2,6 +2,8 @@
 
 #include "store/DurableWrite.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -152,6 +154,51 @@ void FileReplacement::discard()
     done_ = true;
     if (!work_.isEmpty())
         ::unlink(QFile::encodeName(work_).constData());
+}
+
+IoStatus ReplaceWithCopy(const QString& source, const QString& target)
+{
+    auto replacement = FileReplacement::begin(target, false);
+    if (!replacement)
+        return replacement.failure();
+    const int fd = ::open(QFile::encodeName(replacement->workPath()).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (fd < 0)
+        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(replacement->workPath(), systemError(errno)));
+    const IoStatus copied = copyInto(source, fd);
+    ::close(fd);
+    if (!copied)
+        return copied;
+    return replacement->commit();
+}
+
+IoStatus CommitWrittenFile(const QString& written, const QString& target)
+{
+    if (!SyncFile(written))
+        return Failure(QStringLiteral("Can't write \"%1\": %2").arg(written, systemError(errno)));
+    if (::rename(QFile::encodeName(written).constData(), QFile::encodeName(target).constData()) != 0)
+        return Failure(QStringLiteral("Can't rename \"%1\" to \"%2\": %3").arg(written, target, systemError(errno)));
+    // The new name itself reaches the disk with its directory.
+    SyncDirectory(QFileInfo(target).absolutePath());
+    return {};
+}
+
+bool IsReplacementWorkFile(const QString& fileName)
+{
+    return fileName.startsWith(QLatin1Char('.')) && fileName.endsWith(QLatin1String(".part"));
+}
+
+int RemoveStaleWorkFiles(const QString& directory, std::chrono::seconds maxAge)
+{
+    if (directory.isEmpty())
+        return 0;
+    const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-maxAge.count());
+    int removed = 0;
+    const QFileInfoList files = QDir(directory).entryInfoList({QStringLiteral(".*.part")}, QDir::Files | QDir::Hidden);
+    for (const QFileInfo& file : files) {
+        if (IsReplacementWorkFile(file.fileName()) && file.lastModified().toUTC() < before && QFile::remove(file.filePath()))
+            ++removed;
+    }
+    return removed;
 }
 
 }  // namespace tarlox

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "store/IoResult.h"
+#include "base/IoResult.h"
 
 #include <QString>
+
+#include <chrono>
 
 namespace tarlox {
 
@@ -38,5 +40,22 @@ private:
     bool replacesExisting_ = false;
     bool done_ = false;
 };
+
+// Copies source onto target through a replacement: target is afterwards
+// either as it was or a complete copy.
+IoStatus ReplaceWithCopy(const QString& source, const QString& target);
+
+// Puts a file that was written completely under a name of the caller's
+// (beside target) in place of target: flushed, then one rename.
+IoStatus CommitWrittenFile(const QString& written, const QString& target);
+
+// Whether a file name is that of a replacement's work file.
+bool IsReplacementWorkFile(const QString& fileName);
+
+// Removes the work files of replacements that never finished (the program
+// was killed, the machine lost power) from directory, when they are older
+// than maxAge: a replacement in progress in a running program is never that
+// old. Returns how many were removed.
+int RemoveStaleWorkFiles(const QString& directory, std::chrono::seconds maxAge);
 
 }  // namespace tarlox

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/IoResult.h"
+
 #include <QString>
 
 namespace tarlox {
-
-class Session;
 
 // How an image number becomes a file. A report is "TR" + six digits + ".TIF"
 // in its directory; its Original (the file as first captured, kept once the
@@ -29,21 +29,9 @@ QString OutputOriginalPathOf(const QString& path);  // "OT", for annotated outpu
 QString BarcodeBufferPath(const QString& tempDir);
 QString BatchPageBufferPath(const QString& tempDir);
 
-// Sets session.imageFileName, imageFilePath (on the data directory) and
-// tempFilePath (on the temporary directory) for a new image number.
-void SetNewImagePaths(Session& session, qint64 number);
-
 // Keeps the Original of a report before its first change: copies the file
 // to its "OR" name when no file of that name exists yet, so the Original is
-// always the file as first captured. True when the Original is there.
-bool KeepOriginal(const QString& copyPath, QString* error);
-
-// Copies source onto target so that target is either as it was or complete:
-// the copy goes to a temporary name beside target ("~" + name + a random
-// tail), is flushed to disk and then renamed over target.
-bool CopyFileAtomically(const QString& source, const QString& target, QString* error);
-// The same for a file that has just been written in place under a temporary
-// name beside target: flushed and renamed over target.
-bool CommitFile(const QString& written, const QString& target, QString* error);
+// always the file as first captured.
+IoStatus KeepOriginal(const QString& copyPath);
 
 }  // namespace tarlox

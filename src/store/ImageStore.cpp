@@ -2,14 +2,17 @@
 
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/VolumeName.h"
+#include "base/ErrorReport.h"
+#include "base/Status.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/VolumeName.h"
 #include "store/DriveMap.h"
 #include "store/ImageFiles.h"
+#include "store/FileReplacement.h"
+#include "store/NextImage.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -42,18 +45,18 @@ bool FromTemp(Session& s)
     s.traceCall(QStringLiteral("FromTemp"));
     if (sameFile(s.imageFilePath, s.tempFilePath))
         return true;
-    QString error;
-    if (CopyFileAtomically(s.tempFilePath, s.imageFilePath, &error))
+    const IoStatus copied = ReplaceWithCopy(s.tempFilePath, s.imageFilePath);
+    if (copied)
         return true;
     ReportError(s.prompter(), ErrorDetails{QStringLiteral("FromTemp"),
-                                           QStringLiteral("Copy ") + s.tempFilePath + QStringLiteral(" to ") + s.imageFilePath, 75, error});
+                                           QStringLiteral("Copy ") + s.tempFilePath + QStringLiteral(" to ") + s.imageFilePath, 75, copied.error()});
     return false;
 }
 
 void DeleteFile(Session& s, qint32 number)
 {
     s.traceCall(QStringLiteral("DeleteFile"), {QString::number(number)});
-    if (!ReadImage(s, number, false))
+    if (!ReadImage(s, number))
         return;
     const QString path = JoinPath(s.image.path, ImageFileNameFor(number));
     KillFile(path);
@@ -65,7 +68,7 @@ bool GetImage(Session& s, qint32 number)
     s.traceCall(QStringLiteral("GetImage"), {QString::number(number)});
     Prompter& prompter = s.prompter();
     QString message;
-    if (!ReadImage(s, number, false)) {
+    if (!ReadImage(s, number)) {
         message = QStringLiteral("Can't find image in data base!");
     } else {
         s.currentImage = number;
@@ -86,12 +89,11 @@ bool GetImage(Session& s, qint32 number)
                 message = QStringLiteral("This image file no longer exists!");
                 break;
             }
-            const Answer answer = prompter.ask(ErrorTitle,
-                                               QStringLiteral("The current volume in drive ") + driveOf(s.imageFilePath) + QStringLiteral(" is '")
-                                                   + volume + QStringLiteral("'\rIt should be '") + s.image.volumeId
-                                                   + QStringLiteral("'\rSelect 'Retry' to retry or 'Cancel' to abort"),
-                                               Buttons::RetryCancel, Icon::Critical);
-            if (answer != Answer::Retry) {
+            const Status wrongVolume{FailureKind::WrongVolume, ErrorTitle,
+                                      QStringLiteral("The current volume in drive ") + driveOf(s.imageFilePath) + QStringLiteral(" is '")
+                                          + volume + QStringLiteral("'\rIt should be '") + s.image.volumeId
+                                          + QStringLiteral("'\rSelect 'Retry' to retry or 'Cancel' to abort")};
+            if (!s.retry(wrongVolume)) {
                 message = QStringLiteral("Invalid Volume!");
                 break;
             }
@@ -103,21 +105,17 @@ bool GetImage(Session& s, qint32 number)
     return false;
 }
 
-qint32 SaveMTR(Session& s, int dpi, const PageWriter& writePages, bool keepOpen)
+StoreResult SaveMTR(Session& s, int dpi, const PageWriter& writePages, const StoreOptions& options)
 {
     s.traceCall(QStringLiteral("SaveMTR"), {QString::number(dpi)});
-    struct CloseAtEnd {
-        Session& session;
-        bool keepOpen;
-        ~CloseAtEnd()
-        {
-            if (!keepOpen)
-                session.db().close();
-        }
-    } closeAtEnd{s, keepOpen};
-
-    if (!GetInfoFieldLengths(s, true))
-        return 0;
+    const auto step = [&](const QString& label) {
+        if (options.onStep)
+            options.onStep(label);
+    };
+    ConnectionScope connection(s.db());
+    using Outcome = StoreResult::Outcome;
+    if (!GetInfoFieldLengths(s))
+        return {Outcome::Refused};
     const QDateTime now = s.now();
     ImageRecord& image = s.image;
     image.volumeId = s.dataVolume;
@@ -125,44 +123,70 @@ qint32 SaveMTR(Session& s, int dpi, const PageWriter& writePages, bool keepOpen)
     image.type = QStringLiteral("4");
     image.size = s.pageSizeCode;
     s.info.entryDate = now;
-    if (!ValidateInfo(s, true))
-        return 0;
+    if (!ValidateInfo(s, options.duplicates))
+        return {Outcome::Refused};
 
-    if (!GetNextImage(s, true))
-        return 0;
-    s.imageFileName = s.imageFileName.trimmed();
-    image.imageNumber = s.info.imageNumber = s.currentImage;
+    step(QStringLiteral("GetNextImage"));
+    const std::optional<NewImage> taken = GetNextImage(s);
+    if (!taken)
+        return {Outcome::NoNumber};
+    s.currentImage = taken->number;
+    s.imageFileName = taken->fileName;
+    s.imageFilePath = taken->filePath;
+    s.tempFilePath = taken->tempFilePath;
+    s.storedPath = taken->storedPath;
+    image.imageNumber = s.info.imageNumber = taken->number;
     // The directory of the number just taken, not of the image addressed before.
-    image.path = s.storedPath;
-    PutLocal(s, Info, QStringLiteral("Last Image"), s.imageFileName);
-    PutLocal(s, Info, QStringLiteral("ImageDir"), s.storedPath);
+    image.path = taken->storedPath;
+    PutLocal(s, Info, QStringLiteral("Last Image"), taken->fileName);
+    PutLocal(s, Info, QStringLiteral("ImageDir"), taken->storedPath);
     PutLocal(s, Info, QStringLiteral("Size"), s.pageSizeCode);
     PutLocal(s, Info, QStringLiteral("DPI"), QString::number(dpi));
 
     // The pages go to a work file first, so that the report's own name never
     // holds a half-written file.
-    const bool separateWork = !sameFile(s.tempFilePath, s.imageFilePath);
-    const QString work = separateWork ? s.tempFilePath
-                                      : QFileInfo(s.imageFilePath).absolutePath() + QStringLiteral("/~") + s.imageFileName;
-    KillFile(work);
-    QString error;
+    // When the temporary directory is the data directory the work file is
+    // the replacement's own, beside the final name.
+    const bool separateWork = !sameFile(taken->tempFilePath, taken->filePath);
+    std::optional<FileReplacement> replacement;
+    if (!separateWork) {
+        auto begun = FileReplacement::begin(taken->filePath, false);
+        if (!begun) {
+            ReportError(s.prompter(), ErrorDetails{QStringLiteral("SaveMTR"), QStringLiteral("Saving Image"), 75, begun.error()});
+            return {Outcome::NotCreated};
+        }
+        replacement.emplace(std::move(begun.value()));
+    }
+    const QString work = separateWork ? taken->tempFilePath : replacement->workPath();
+    if (separateWork)
+        KillFile(work);
+    step(QStringLiteral("Scanning"));
     const bool written = writePages && writePages(work) && QFileInfo(work).isFile();
     if (written) {
-        if (separateWork ? !CopyFileAtomically(work, s.imageFilePath, &error) : !CommitFile(work, s.imageFilePath, &error))
-            ReportError(s.prompter(), ErrorDetails{QStringLiteral("SaveMTR"), QStringLiteral("Saving Image"), 75, error});
+        step(QStringLiteral("Copy from Temp"));
+        const IoStatus placed = separateWork ? ReplaceWithCopy(work, taken->filePath) : replacement->commit();
+        if (!placed)
+            ReportError(s.prompter(), ErrorDetails{QStringLiteral("SaveMTR"), QStringLiteral("Saving Image"), 75, placed.error()});
     }
-    KillFile(work);
+    if (separateWork)
+        KillFile(work);
+    replacement.reset();
 
-    if (!FileExists(s.imageFilePath)) {
+    if (!FileExists(taken->filePath)) {
+        step(QStringLiteral("Image not created"));
         s.prompter().ask(ErrorTitle, QStringLiteral("Image file was not created!"), Buttons::Ok, Icon::Exclamation);
         s.currentImage = 0;
-        return 0;
+        return {Outcome::NotCreated};
     }
-    // The image row and its references go in together or not at all; on a
-    // failure the file stays and keeps its number from being given out again.
-    if (!AddImageWithInfo(s, false, true))
-        return 0;
-    return image.imageNumber;
+    // The image row and its references go in together or not at all; when
+    // they can't, the file goes too, so nothing of the report is left.
+    step(QStringLiteral("Add data"));
+    if (!AddImageWithInfo(s, false)) {
+        KillFile(taken->filePath);
+        s.currentImage = 0;
+        return {Outcome::NotIndexed};
+    }
+    return {Outcome::Stored, image.imageNumber};
 }
 
 }  // namespace tarlox

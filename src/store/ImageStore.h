@@ -1,5 +1,7 @@
 #pragma once
 
+#include "data/InfoData.h"
+
 #include <QString>
 
 #include <functional>
@@ -23,16 +25,38 @@ void DeleteFile(Session& session, qint32 number);
 // the right volume when another one is mounted. False after telling why.
 bool GetImage(Session& session, qint32 number);
 
-// Writes the chosen pages of an open image, with their tags, to the file at
-// the given path; true when the file was written.
+// Writes the pages of a new report, with their tags, to the file at the
+// given path; true when the file was written.
 using PageWriter = std::function<bool(const QString& path)>;
 
-// Stores pages of an open image as a new report: checks the entry in
-// session.info, takes a number, lets writePages write the file, and adds the
-// Images row with all references in one transaction. The caller has filled
-// session.info and session.pageSizeCode and passes the resolution it scanned
-// or loaded at. The file appears under its final name only when complete.
-// Returns the new image number, or 0.
-qint32 SaveMTR(Session& session, int dpi, const PageWriter& writePages, bool keepOpen = false);
+struct StoreOptions {
+    // What to do when a heat/part/P/O of the entry is on file already.
+    Duplicates duplicates = Duplicates::Ask;
+    // Told each step as it begins: "GetNextImage", "Scanning", "Copy from
+    // Temp", "Add data" (or "Image not created").
+    std::function<void(const QString&)> onStep;
+};
+
+// The one way a new report is stored, whatever brought its pages in (a
+// scan, files, a batch): checks the entry in session.info, takes a number,
+// lets writePages write the file under a work name, puts the file in place,
+// and adds the Images row with all its references in one transaction. The
+// row, the references and the file appear together or not at all: a failure
+// leaves none of them. The caller has filled session.info and
+// session.pageSizeCode and passes the resolution it scanned or loaded at.
+// The new image number is also the image in hand afterwards.
+struct StoreResult {
+    enum class Outcome {
+        Refused,     // the entry didn't pass its checks
+        NoNumber,    // no image number could be taken
+        NotCreated,  // the pages gave no file
+        NotIndexed,  // the rows could not be added; the file is gone again
+        Stored,
+    };
+    Outcome outcome = Outcome::Refused;
+    qint32 imageNumber = 0;  // 0 unless stored
+    bool stored() const { return outcome == Outcome::Stored; }
+};
+StoreResult SaveMTR(Session& session, int dpi, const PageWriter& writePages, const StoreOptions& options = {});
 
 }  // namespace tarlox

@@ -1,9 +1,9 @@
 #include "store/ScannerSession.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
+#include "base/ErrorReport.h"
+#include "base/FileTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
 #include "store/OffThread.h"
 #include "store/SaneDevice.h"
 #include "store/ScanCapabilities.h"

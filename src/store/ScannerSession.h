@@ -1,6 +1,6 @@
 #pragma once
 
-#include "startup/Prompter.h"
+#include "base/Prompter.h"
 #include "store/ReportTags.h"
 #include "store/ScannedPage.h"
 

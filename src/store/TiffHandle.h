@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/IoResult.h"
+#include "base/IoResult.h"
 
 #include <QString>
 #include <QStringList>

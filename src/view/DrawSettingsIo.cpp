@@ -1,8 +1,8 @@
 #include "view/DrawSettingsIo.h"
 
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <algorithm>
 

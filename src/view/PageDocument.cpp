@@ -1,18 +1,18 @@
 #include "view/PageDocument.h"
 
 #include "data/ImageData.h"
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "store/ImageFiles.h"
 #include "store/PageImage.h"
 #include "store/TiffReader.h"
 #include "view/Drawing.h"
 #include "view/PagePreview.h"
-#include "view/PageSource.h"
+#include "store/PageSource.h"
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 
@@ -527,7 +527,7 @@ void PageDocument::mnuScan_Click(int index, PageSource* source)
         return;
     }
     QString sizeCode = s_.pageSizeCode;
-    if (ReadImage(s_, imageNumber_, false))
+    if (ReadImage(s_, imageNumber_))
         sizeCode = s_.image.size;
     request.mode = ScanModeLetter(scanMode_);
     request.brightness = IntVal(GetLocal(s_, Info, QStringLiteral("Brightness")));
@@ -547,7 +547,7 @@ void PageDocument::mnuDelete_Click()
                           Icon::Critical)
         != Answer::Ok)
         return;
-    ReadImage(s_, imageNumber_, false);
+    ReadImage(s_, imageNumber_);
     scanMode_ = ScanMode::Delete;
     RewriteImage(nullptr);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "view/PageFiles.h"
-#include "view/PageSource.h"
+#include "store/PageSource.h"
 #include "view/ViewGeometry.h"
 
 #include <QImage>

@@ -1,3 +1,4 @@
+#include "store/FileReplacement.h"
 #include "view/PageFiles.h"
 
 #include "store/ImageFiles.h"
@@ -45,9 +46,8 @@ IoStatus MakeOriginal(const QString& copyFile, const QString& originalFile, bool
         *made = false;
     if (QFileInfo::exists(originalFile))
         return {};
-    QString error;
-    if (!CopyFileAtomically(copyFile, originalFile, &error))
-        return Failure(QStringLiteral("Can't keep the Original \"%1\": %2").arg(originalFile, error));
+    if (const IoStatus copied = ReplaceWithCopy(copyFile, originalFile); !copied)
+        return Failure(QStringLiteral("Can't keep the Original \"%1\": %2").arg(originalFile, copied.error()));
     if (made)
         *made = true;
     return {};
@@ -163,9 +163,8 @@ IoStatus RestoreOriginalFiles(const QString& copyFile, const QString& originalFi
 {
     if (!QFileInfo::exists(originalFile))
         return Failure(QStringLiteral("The Original \"%1\" does not exist.").arg(originalFile));
-    QString error;
-    if (!CopyFileAtomically(originalFile, copyFile, &error))
-        return Failure(QStringLiteral("Can't restore \"%1\": %2").arg(copyFile, error));
+    if (const IoStatus copied = ReplaceWithCopy(originalFile, copyFile); !copied)
+        return Failure(QStringLiteral("Can't restore \"%1\": %2").arg(copyFile, copied.error()));
     QFile::remove(originalFile);
     return {};
 }

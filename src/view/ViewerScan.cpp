@@ -1,10 +1,10 @@
 #include "view/ViewerScan.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "store/PageImage.h"
 #include "store/PageProcessing.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "view/PageSource.h"
+#include "store/PageSource.h"
 
 #include <QImage>
 

@@ -2,7 +2,7 @@
 #include "capture/ScanEntry.h"
 #include "data/DataOp.h"
 #include "data/ImageData.h"
-#include "startup/Settings.h"
+#include "data/Settings.h"
 #include "store/ImageStore.h"
 #include "store/SaneDevice.h"
 #include "store/ScannerSession.h"
@@ -49,13 +49,13 @@ protected:
     ScriptedPrompter& prompter() { return site.prompter(); }
     qint64 scalar(const QString& sql)
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(sql);
         return value ? value->toLongLong() : -1;
     }
     QString size()
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number));
         return value ? value->toString() : QStringLiteral("(failed)");
     }

@@ -1,5 +1,5 @@
 #include "capture/ScanChoices.h"
-#include "startup/Settings.h"
+#include "data/Settings.h"
 #include "support/TestSite.h"
 
 #include <gtest/gtest.h>

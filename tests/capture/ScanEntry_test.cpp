@@ -1,10 +1,10 @@
 #include "capture/ScanEntry.h"
 #include "data/DataOp.h"
 #include "data/ImageData.h"
-#include "startup/ErrorReport.h"
-#include "startup/IniFile.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/IniFile.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "store/SaneDevice.h"
 #include "store/ScannerSession.h"
 #include "store/TiffReader.h"
@@ -62,13 +62,13 @@ protected:
 
     qint64 scalar(const QString& sql)
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(sql);
         return value ? value->toLongLong() : -1;
     }
     QString text(const QString& sql)
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(sql);
         return value ? value->toString() : QStringLiteral("(failed)");
     }

@@ -49,7 +49,7 @@ protected:
 
     qint64 scalar(const QString& sql)
     {
-        DataOp op(site.session(), QStringLiteral("test"), false);
+        DataOp op(site.session(), QStringLiteral("test"));
         auto value = op.scalar(sql);
         return value ? value->toLongLong() : -1;
     }
@@ -83,7 +83,7 @@ protected:
             << "references without their image";
         EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\" WHERE \"Image #\" NOT IN (SELECT \"Image #\" FROM \"Info\")")), 0)
             << "images without their references";
-        DataOp op(site.session(), QStringLiteral("test"), false);
+        DataOp op(site.session(), QStringLiteral("test"));
         auto rows = op.exec(QStringLiteral("SELECT \"Image #\" FROM \"Images\""));
         ASSERT_TRUE(rows);
         while (rows->next())

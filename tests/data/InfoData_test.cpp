@@ -1,7 +1,7 @@
 #include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "support/QtPrinters.h"
 #include "support/TestSite.h"
 
@@ -39,13 +39,13 @@ protected:
     {
         entry(heat, part, po, QStringLiteral("Vend"), mfg, image, date);
         s().image = ImageRecord{image, QStringLiteral("/srv/img"), QStringLiteral("VOL"), date, QStringLiteral(" "), QStringLiteral("4")};
-        ASSERT_TRUE(ReadImage(s(), image, false) || AddImage(s(), false, false));
-        ASSERT_TRUE(AddInfoRecords(s(), false, false));
+        ASSERT_TRUE(ReadImage(s(), image) || AddImage(s(), false));
+        ASSERT_TRUE(AddInfoRecords(s(), false));
     }
 
     qint64 scalar(const QString& sql, const QVariantList& binds = {})
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(sql, binds);
         return value ? value->toLongLong() : -1;
     }
@@ -57,13 +57,13 @@ protected:
 TEST_P(InfoDataTest, RequiredFieldsAndPairCounts)
 {
     entry({}, QStringLiteral("P1"));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Heat # must be entered!"));
     entry(QStringLiteral("H1"), QStringLiteral("  "));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Part # must be entered!"));
     entry(QStringLiteral("H1"), QStringLiteral("P1 P2"));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("# of Heats < # of Parts!"));
     EXPECT_EQ(prompter().asked().back().icon, Icon::Critical);
 }
@@ -72,7 +72,7 @@ TEST_P(InfoDataTest, MoreHeatsThanPartsRepeatsTheLastPartOnce)
 {
     entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1"));
     prompter().answer(Answer::Ok);
-    ASSERT_TRUE(ValidateInfo(s(), false));
+    ASSERT_TRUE(ValidateInfo(s()));
     EXPECT_EQ(s().info.part, QStringLiteral("P1 P1 P1"));
     ASSERT_EQ(prompter().asked().size(), 1);
     const Prompt& asked = prompter().asked().front();
@@ -82,13 +82,13 @@ TEST_P(InfoDataTest, MoreHeatsThanPartsRepeatsTheLastPartOnce)
     EXPECT_EQ(asked.icon, Icon::Question);
 
     prompter().clear();
-    ASSERT_TRUE(ValidateInfo(s(), false));
+    ASSERT_TRUE(ValidateInfo(s()));
     EXPECT_TRUE(prompter().asked().isEmpty());
 
     // Cancel leaves Part alone and shows the shared box without a text.
     entry(QStringLiteral("H1 H2"), QStringLiteral("P9"));
     prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_EQ(s().info.part, QStringLiteral("P9"));
     EXPECT_EQ(prompter().titles().last(), QStringLiteral("Error"));
     EXPECT_TRUE(prompter().textOf(QStringLiteral("Error")).isEmpty());
@@ -101,7 +101,7 @@ TEST_P(InfoDataTest, PairRepeatedInTheEntryIsRefusedAfterTheFileCheck)
     entry(QStringLiteral("H1 H1"), QStringLiteral("P1 P1"));
     prompter().answer(Answer::Ok);
     prompter().answer(Answer::Ok);
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     // The pair on file is asked about for each place it stands, then the repeat ends it.
     EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key"), QStringLiteral("Error")}));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")),
@@ -110,13 +110,13 @@ TEST_P(InfoDataTest, PairRepeatedInTheEntryIsRefusedAfterTheFileCheck)
     // The database does not tell h1 from H1, so neither does the entry.
     prompter().clear();
     entry(QStringLiteral("H5 h5"), QStringLiteral("P5 p5"));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_TRUE(prompter().textOf(QStringLiteral("Error")).contains(QStringLiteral("were duplicated in the entry")));
 
     // Under different P/Os the same pair is no repeat.
     prompter().clear();
     entry(QStringLiteral("H5"), QStringLiteral("P5"), QStringLiteral("A B"));
-    EXPECT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(ValidateInfo(s()));
     EXPECT_TRUE(prompter().asked().isEmpty());
 }
 
@@ -127,7 +127,7 @@ TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
     entry(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("A B"));
     prompter().answer(Answer::Ok);
     prompter().answer(Answer::Ok);
-    EXPECT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(ValidateInfo(s()));
     ASSERT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key")}));
     const Prompt& second = prompter().asked().last();
     EXPECT_EQ(second.text, QStringLiteral("Heat #: H1\r\nPart #: P1\r\nP/O #:\r\nB\r\n\r\nis already on file! Select 'OK' to add anyway\r\n"
@@ -139,7 +139,7 @@ TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
     // Cancel, with the site's own name for the P/O field.
     s().poShort = QStringLiteral("Order");
     prompter().clear();
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_EQ(prompter().asked().first().text.section(QStringLiteral("\r\n"), 2, 3), QStringLiteral("Order\r\nA"));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and Order: A Already on File!"));
 }
@@ -150,7 +150,7 @@ TEST_P(InfoDataTest, DupeOkMakesOkTheDefault)
     ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DupeOK"), QStringLiteral("True")).ok);
     prompter().clear();
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
-    EXPECT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(ValidateInfo(s()));
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_EQ(prompter().asked().first().defaultAnswer, Answer::Ok);
 }
@@ -161,7 +161,7 @@ TEST_P(InfoDataTest, EmptyPoIsStoredAsBlankAndFoundAgain)
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"P/O #\" = ' ' AND \"Mfg Name\" = ' '")), 1);
     prompter().clear();
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("P/O #:\r\n \r\n")));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and :   Already on File!"));
 }
@@ -174,9 +174,9 @@ TEST_P(InfoDataTest, AThousandPairsPerPoAndNotOneMore)
         parts << QStringLiteral("P");
     }
     entry(heats.mid(0, 1000).join(QLatin1Char(' ')), parts.mid(0, 1000).join(QLatin1Char(' ')));
-    EXPECT_TRUE(ValidateInfo(s(), false));
+    EXPECT_TRUE(ValidateInfo(s()));
     entry(heats.join(QLatin1Char(' ')), parts.join(QLatin1Char(' ')));
-    EXPECT_FALSE(ValidateInfo(s(), false));
+    EXPECT_FALSE(ValidateInfo(s()));
     ASSERT_FALSE(prompter().asked().isEmpty());
     EXPECT_TRUE(prompter().asked().last().text.contains(QStringLiteral("Subscript out of range")));
 }
@@ -184,7 +184,7 @@ TEST_P(InfoDataTest, AThousandPairsPerPoAndNotOneMore)
 TEST_P(InfoDataTest, AddInfoRecordsWritesTheProductOfTheEntry)
 {
     entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1 P2 P3"), QStringLiteral("PO1 PO2"), QStringLiteral("Steel Co"), {}, 42);
-    ASSERT_TRUE(AddInfoRecords(s(), true, false));
+    ASSERT_TRUE(AddInfoRecords(s(), true));
     EXPECT_EQ(infoRows(), 6);
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 42 AND \"Vend Name\" = 'Steel Co' AND \"Mfg Name\" = ' '")), 6);
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = 'H2' AND \"Part #\" = 'P2'")), 2);
@@ -198,13 +198,13 @@ TEST_P(InfoDataTest, AddInfoRecordsIsAllOrNothing)
     prompter().clear();
     // The sixth row of the entry is already on file under the same image.
     entry(QStringLiteral("H1 H2 H3"), QStringLiteral("P1 P2 P3"), QStringLiteral("PO1 PO2"), QStringLiteral("Vend"), {}, 42);
-    EXPECT_FALSE(AddInfoRecords(s(), true, false));
+    EXPECT_FALSE(AddInfoRecords(s(), true));
     EXPECT_EQ(infoRows(), 1);
     EXPECT_NE(s().info.errorNumber, 0);
     EXPECT_FALSE(s().info.errorText.isEmpty());
     EXPECT_TRUE(prompter().asked().isEmpty()) << "with retry the caller reads the status";
 
-    EXPECT_FALSE(AddInfoRecords(s(), false, false));
+    EXPECT_FALSE(AddInfoRecords(s(), false));
     EXPECT_EQ(infoRows(), 1);
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_TRUE(prompter().asked().first().text.startsWith(QStringLiteral("An error has occured.")));
@@ -223,7 +223,7 @@ TEST_P(InfoDataTest, ValuesAreCutToTheLiveColumnLimits)
     s().infoLengths = {};
     const QString heat = QStringLiteral("O'BRIEN-") + QString(22, QLatin1Char('9'));
     entry(heat, QStringLiteral("P1"), QStringLiteral("PO"), QString(40, QLatin1Char('V')), QStringLiteral("M'fg"));
-    ASSERT_TRUE(AddInfo(s(), false, false));
+    ASSERT_TRUE(AddInfo(s(), false));
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = ? AND \"Vend Name\" = ? AND \"Mfg Name\" = ?"),
                      {heat.left(24), QString(32, QLatin1Char('V')), QStringLiteral("M'fg")}),
               1);
@@ -234,7 +234,7 @@ TEST_P(InfoDataTest, DeleteInfoRemovesOnlyTheEqualRow)
     file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 5, Jan2, QStringLiteral("M1"));
     file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 5, Jan2, QStringLiteral("M2"));
     entry(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral(" "), {}, QStringLiteral("M1"), 5);
-    ASSERT_TRUE(DeleteInfo(s(), false));
+    ASSERT_TRUE(DeleteInfo(s()));
     EXPECT_EQ(infoRows(), 1);
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Mfg Name\" = 'M2'")), 1);
 }
@@ -250,7 +250,7 @@ TEST_P(InfoDataTest, LoadInfoGivesNewestFirstUpToTheLimitAndCountsAll)
 
     QList<InfoRow> rows;
     qint64 total = 0;
-    EXPECT_EQ(LoadInfo(s(), {}, rows, 3, total, false), 3);
+    EXPECT_EQ(LoadInfo(s(), {}, rows, 3, total), 3);
     EXPECT_EQ(total, 6);
     ASSERT_EQ(rows.size(), 3);
     EXPECT_EQ(rows[0].imageNumber, 9);
@@ -262,21 +262,21 @@ TEST_P(InfoDataTest, LoadInfoGivesNewestFirstUpToTheLimitAndCountsAll)
 
     const SqlCondition heatLike{QStringLiteral("\"Info\".\"Heat #\" LIKE ? AND \"Info\".\"Entry Date\" < ?"),
                                 {QStringLiteral("h%"), s().db().dialect().dateValue(QDateTime(QDate(2004, 1, 4), QTime(0, 0)))}};
-    EXPECT_EQ(LoadInfo(s(), heatLike, rows, 100, total, false), 3);
+    EXPECT_EQ(LoadInfo(s(), heatLike, rows, 100, total), 3);
     EXPECT_EQ(total, 3);
     EXPECT_EQ(rows.first().heat, QStringLiteral("H3"));
 
     // A value with a quote is a value, not SQL.
-    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"Heat #\" = ?"), {QStringLiteral("x' OR '1'='1")}}, rows, 10, total, false), 0);
+    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"Heat #\" = ?"), {QStringLiteral("x' OR '1'='1")}}, rows, 10, total), 0);
     EXPECT_EQ(total, 0);
 
     // No room for rows: the count alone.
-    EXPECT_EQ(LoadInfo(s(), {}, rows, 0, total, false), 0);
+    EXPECT_EQ(LoadInfo(s(), {}, rows, 0, total), 0);
     EXPECT_EQ(total, 6);
     EXPECT_TRUE(prompter().asked().isEmpty());
 
     // A broken condition is reported, not taken for an empty result.
-    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"No Such\" = ?"), {1}}, rows, 10, total, false), -1);
+    EXPECT_EQ(LoadInfo(s(), SqlCondition{QStringLiteral("\"Info\".\"No Such\" = ?"), {1}}, rows, 10, total), -1);
     EXPECT_EQ(prompter().asked().size(), 1);
 }
 
@@ -285,13 +285,13 @@ TEST_P(InfoDataTest, CheckCountCountsAndReplaces)
     file(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("OLD"), 5);
     file(QStringLiteral("H3"), QStringLiteral("P3"), QStringLiteral("old"), 6);
     ASSERT_TRUE(GetInfoFieldLengths(s()));
-    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD"), false), 3);
-    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD"), QStringLiteral("NEW"), false));
-    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW"), false), 3);
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD")), 3);
+    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("OLD"), QStringLiteral("NEW")));
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW")), 3);
     // An emptied key column keeps its blank.
-    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW"), QString(), false));
-    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral(" "), false), 3);
-    EXPECT_EQ(CheckCount(s(), QStringLiteral("Vend Name"), QStringLiteral("Vend"), false), 3);
+    EXPECT_TRUE(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral("NEW"), QString()));
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("P/O #"), QStringLiteral(" ")), 3);
+    EXPECT_EQ(CheckCount(s(), QStringLiteral("Vend Name"), QStringLiteral("Vend")), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, InfoDataTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);

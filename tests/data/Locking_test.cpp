@@ -1,6 +1,6 @@
 #include "data/DataOp.h"
 #include "data/UserData.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "startup/Startup.h"
 #include "support/TestSite.h"
 
@@ -69,7 +69,7 @@ protected:
         site.create();
         // Give up waiting after a second, so the box comes quickly.
         WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("1"));
-        ASSERT_TRUE(StartSession(site.session()));
+        ASSERT_TRUE(StartSession(site.session()).ok());
         site.prompter().clear();
         site.session().machine.machineName = QStringLiteral("OTHER");
     }
@@ -83,22 +83,22 @@ TEST_P(LockingTest, LockedRowsAskRetryAndRetryRunsTheStatementAgain)
     OtherWriter other(site);
     site.prompter().onAsk([&](const Prompt&) { other.release(); });
     site.prompter().answer(Answer::Retry);
-    ASSERT_TRUE(AddUser(site.session(), true, false));
+    ASSERT_TRUE(AddUser(site.session(), true));
     ASSERT_EQ(site.prompter().asked().size(), 1);
     const Prompt& box = site.prompter().asked().first();
     EXPECT_EQ(box.buttons, Buttons::RetryCancel);
     EXPECT_TRUE(box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'.")));
-    EXPECT_TRUE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'"), false));
+    EXPECT_TRUE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
 TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)
 {
     OtherWriter other(site);
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(AddUser(site.session(), true, false));
+    EXPECT_FALSE(AddUser(site.session(), true));
     EXPECT_NE(site.session().machine.errorNumber, 0);
     other.release();
-    EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'"), false));
+    EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, LockingTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);

@@ -2,8 +2,8 @@
 #include "data/DataOp.h"
 #include "data/OptionsData.h"
 #include "data/UserData.h"
-#include "startup/FileTools.h"
-#include "startup/IniFile.h"
+#include "base/FileTools.h"
+#include "base/IniFile.h"
 #include "support/TestSite.h"
 
 #include <gtest/gtest.h>
@@ -25,14 +25,14 @@ protected:
 
 TEST_P(RecordsTest, ReadOptionsStatuses)
 {
-    ASSERT_TRUE(ReadOptions(s(), false));
+    ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().options.status, 0);
     EXPECT_EQ(s().options.version, s().programVersion);
 
     // An empty table: false, status 1, the defaults, NextName from the server file.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Options\"")));
     WriteIniValue(site.serverIni(), QStringLiteral("Info"), QStringLiteral("NextName"), QStringLiteral("500"));
-    EXPECT_FALSE(ReadOptions(s(), false));
+    EXPECT_FALSE(ReadOptions(s()));
     EXPECT_EQ(s().options.status, 1);
     EXPECT_EQ(s().options.version, QStringLiteral("1.00.0000"));
     EXPECT_EQ(s().options.nextName, 500);
@@ -41,14 +41,14 @@ TEST_P(RecordsTest, ReadOptionsStatuses)
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE TABLE \"Options\" (\"OptionsID\" INTEGER, \"CompanyName\" VARCHAR(64), \"NextName\" INTEGER, \"Version\" VARCHAR(10))")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Options\" VALUES (1, 'Acme', 77, '7.00.0006')")));
-    EXPECT_TRUE(ReadOptions(s(), false));
+    EXPECT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().options.clientOptions, 0);
     EXPECT_EQ(s().options.nextName, 77);
     EXPECT_EQ(s().options.version, QStringLiteral("7.00.0006"));
 
     // No table at all: the error's number is the status, and its text is kept.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
-    EXPECT_FALSE(ReadOptions(s(), false));
+    EXPECT_FALSE(ReadOptions(s()));
     EXPECT_NE(s().options.status, 0);
     EXPECT_NE(s().options.status, 1);
     EXPECT_NE(s().options.status, 999);
@@ -60,9 +60,9 @@ TEST_P(RecordsTest, UpdateOptionsStoresBlankCompanyAndRoundTrips)
     s().options.companyName = QString();
     s().options.nextName = 1234;
     s().options.clientOptions = 5;
-    ASSERT_TRUE(UpdateOptions(s(), false));
+    ASSERT_TRUE(UpdateOptions(s()));
     s().options = {};
-    ASSERT_TRUE(ReadOptions(s(), false));
+    ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().options.companyName, QStringLiteral(" "));
     EXPECT_EQ(s().options.nextName, 1234);
     EXPECT_EQ(s().options.clientOptions, 5);
@@ -71,20 +71,20 @@ TEST_P(RecordsTest, UpdateOptionsStoresBlankCompanyAndRoundTrips)
 TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
 {
     // StartSession added this machine's row.
-    ASSERT_TRUE(ReadUser(s(), QString(), false));
+    ASSERT_TRUE(ReadUser(s(), QString()));
     EXPECT_EQ(s().machine.errorNumber, 0);
     EXPECT_EQ(s().machine.lastInterface.date(), QDate(1900, 1, 1));
 
     s().machine.machineName = QStringLiteral("O'NEIL-PC");
     s().machine.userName = QStringLiteral("Pat O'Neil");
     s().machine.scanner = true;
-    ASSERT_TRUE(AddUser(s(), false, false));
+    ASSERT_TRUE(AddUser(s(), false));
     // The same machine again clashes with the key; with retry the caller reads the status.
-    EXPECT_FALSE(AddUser(s(), true, false));
+    EXPECT_FALSE(AddUser(s(), true));
     EXPECT_NE(s().machine.errorNumber, 0);
 
     GridData grid;
-    ASSERT_TRUE(LoadUsers(s(), grid, false));
+    ASSERT_TRUE(LoadUsers(s(), grid));
     EXPECT_EQ(grid.headers, (QStringList{QStringLiteral("Machine"), QStringLiteral("Name"), QStringLiteral("Scanner"),
                                          QStringLiteral("Create"), QStringLiteral("Login"), QStringLiteral("Interface")}));
     ASSERT_EQ(grid.rows.size(), 2);
@@ -95,58 +95,58 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
 
     s().machine.userName = QString();
     s().machine.scanner = false;
-    ASSERT_TRUE(UpdateUser(s(), false));
-    ASSERT_TRUE(DeleteUser(s(), QStringLiteral("o'neil-pc"), false));
-    ASSERT_TRUE(LoadUsers(s(), grid, false));
+    ASSERT_TRUE(UpdateUser(s()));
+    ASSERT_TRUE(DeleteUser(s(), QStringLiteral("o'neil-pc")));
+    ASSERT_TRUE(LoadUsers(s(), grid));
     EXPECT_EQ(grid.rows.size(), 1);
 
     // A machine without a row keeps error number 1.
-    ASSERT_TRUE(DeleteUser(s(), RetrieveComputerName(), false));
-    EXPECT_FALSE(ReadUser(s(), QString(), false));
+    ASSERT_TRUE(DeleteUser(s(), RetrieveComputerName()));
+    EXPECT_FALSE(ReadUser(s(), QString()));
     EXPECT_EQ(s().machine.errorNumber, 1);
 }
 
 TEST_P(RecordsTest, ContactsKeepBlanksAndApostrophes)
 {
     s().contact = ContactRecord{QStringLiteral("O'Neil"), QStringLiteral("Pat"), QStringLiteral("Steel & Co; Ltd"), QString(), QStringLiteral("pat@example.com")};
-    ASSERT_TRUE(AddContact(s(), false, false));
+    ASSERT_TRUE(AddContact(s(), false));
     s().contact = ContactRecord{QStringLiteral("Adams"), QStringLiteral("Ann"), QStringLiteral("Zinc Works"), QStringLiteral("555-1212"), QString()};
-    ASSERT_TRUE(AddContact(s(), false, false));
+    ASSERT_TRUE(AddContact(s(), false));
 
     s().contact = ContactRecord{QStringLiteral("O'Neil"), QStringLiteral("Pat"), QStringLiteral("Steel & Co; Ltd")};
-    ASSERT_TRUE(ReadContact(s(), false));
+    ASSERT_TRUE(ReadContact(s()));
     EXPECT_EQ(s().contact.faxNumber, QStringLiteral(" "));
     EXPECT_EQ(s().contact.email, QStringLiteral("pat@example.com"));
 
     QStringList lines;
-    ASSERT_TRUE(LoadContacts(s(), lines, false, false));
+    ASSERT_TRUE(LoadContacts(s(), lines, false));
     EXPECT_EQ(lines, (QStringList{QStringLiteral("Ann\tAdams\tZinc Works"), QStringLiteral("Pat\tO'Neil\tSteel & Co; Ltd")}));
-    ASSERT_TRUE(LoadContacts(s(), lines, true, false));
+    ASSERT_TRUE(LoadContacts(s(), lines, true));
     EXPECT_EQ(lines.first(), QStringLiteral("Pat\tO'Neil\tSteel & Co; Ltd"));
 
-    ASSERT_TRUE(DeleteContact(s(), false));
-    EXPECT_FALSE(ReadContact(s(), false));
-    ASSERT_TRUE(LoadContacts(s(), lines, false, false));
+    ASSERT_TRUE(DeleteContact(s()));
+    EXPECT_FALSE(ReadContact(s()));
+    ASSERT_TRUE(LoadContacts(s(), lines, false));
     EXPECT_EQ(lines.size(), 1);
 }
 
 TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessKeptOpen)
 {
     const int before = s().db().opensSoFar();
-    ASSERT_TRUE(ReadOptions(s(), false));
+    ASSERT_TRUE(ReadOptions(s()));
     EXPECT_FALSE(s().db().isOpen());
-    ASSERT_TRUE(ReadOptions(s(), false));
+    ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().db().opensSoFar(), before + 2);
-    ASSERT_TRUE(ReadOptions(s(), true));
+    ASSERT_TRUE(ReadOptions(s()));
     EXPECT_TRUE(s().db().isOpen());
-    ASSERT_TRUE(ReadUser(s(), QString(), false));
+    ASSERT_TRUE(ReadUser(s(), QString()));
     EXPECT_FALSE(s().db().isOpen());
     EXPECT_EQ(s().db().opensSoFar(), before + 3);
 }
 
 TEST_P(RecordsTest, TransactionsAreAllOrNothing)
 {
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     const QString insert = QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\", \"First Name\", \"Company Name\") VALUES (?, ?, ?)");
     const bool committed = op.transaction([&] {
         return op.exec(insert, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}).has_value()

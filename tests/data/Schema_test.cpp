@@ -2,7 +2,7 @@
 #include "data/OptionsData.h"
 #include "data/Schema.h"
 #include "data/SchemaInspector.h"
-#include "startup/Connection.h"
+#include "data/Connection.h"
 #include "support/TestSite.h"
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ TEST_P(SchemaTest, LadderBuildsNewDatabaseAndSecondRunChangesNothing)
 {
     site.create();
     ASSERT_TRUE(RevUp(s()));
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     SchemaInspector schema(op);
     for (const char* table : {"Info", "Images", "Contacts", "Options", "TarloxUsers"})
         EXPECT_TRUE(schema.hasTable(QLatin1String(table))) << table;
@@ -67,7 +67,7 @@ TEST_P(SchemaTest, LadderUpgradesOldShapeInOrder)
     buildOldShape();
     ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('H1', 'P1', NULL, 'V', NULL, '2003-01-02 00:00:00', 1)")));
     ASSERT_TRUE(RevUp(s())) << site.prompter().textOf(QStringLiteral("Error")).toStdString();
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     SchemaInspector schema(op);
     EXPECT_FALSE(schema.hasTable(QStringLiteral("Faxnames")));
     EXPECT_TRUE(schema.hasColumn(QStringLiteral("Contacts"), QStringLiteral("Email")));
@@ -94,7 +94,7 @@ TEST_P(SchemaTest, DuplicateKeyRowsStopTheWideningAndKeepTheOldKey)
     ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE INDEX \"Info:Part #/Heat #\" ON \"Info\" (\"Part #\", \"Heat #\")")));
     EXPECT_FALSE(RevUp(s()));
     EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("Can't add/modify Part #/Heat # Index:")));
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     SchemaInspector schema(op);
     EXPECT_EQ(schema.indexColumnCount(IndexName::InfoKey), 2);
     EXPECT_EQ(schema.indexColumnCount(IndexName::InfoTest), 0);
@@ -109,7 +109,7 @@ TEST_P(SchemaTest, KeysAreCaseInsensitive)
     site.create();
     ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('abc', 'p1', ' ', 'V', ' ', '2003-01-02 00:00:00', 1)")));
     EXPECT_FALSE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('ABC', 'P1', ' ', 'v', ' ', '2003-01-02 00:00:00', 1)")));
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     auto found = op.scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = ? AND \"Part #\" LIKE ?"), {QStringLiteral("ABC"), QStringLiteral("P%")});
     ASSERT_TRUE(found);
     EXPECT_EQ(found->toInt(), 1);

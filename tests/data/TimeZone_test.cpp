@@ -50,11 +50,11 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     for (const QDateTime& when : {lateEvening, summerMorning}) {
         s().image = ImageRecord{++number, s().dataDir, QStringLiteral(" "), when, QStringLiteral(" "), QStringLiteral("4")};
         s().info = InfoRecord{QStringLiteral("HZ%1").arg(number), QStringLiteral("P"), {}, {}, {}, when, number};
-        ASSERT_TRUE(AddImageWithInfo(s(), false, false));
+        ASSERT_TRUE(AddImageWithInfo(s(), false));
     }
-    ASSERT_TRUE(ReadImage(s(), 501, false));
+    ASSERT_TRUE(ReadImage(s(), 501));
     EXPECT_EQ(s().image.entryDate, lateEvening);
-    ASSERT_TRUE(ReadImage(s(), 502, false));
+    ASSERT_TRUE(ReadImage(s(), 502));
     EXPECT_EQ(s().image.entryDate, summerMorning);
 
     // 10:30 pm on the 15th is on the 15th here, though already the 16th in UTC.
@@ -62,7 +62,7 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     day.heat = QStringLiteral("HZ*");
     day.from = QStringLiteral("1/15/2026");
     day.to = QStringLiteral("1/15/2026");
-    const FindResult found = FindReferences(s(), day, 100, false);
+    const FindResult found = FindReferences(s(), day, 100);
     ASSERT_EQ(found.rows.size(), 1);
     EXPECT_EQ(found.rows.first().imageNumber, 501);
     EXPECT_EQ(found.rows.first().entryDate, lateEvening);

@@ -11,11 +11,12 @@
 
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/FileTools.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 #include "store/ImageStore.h"
+#include "store/NextImage.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -71,16 +72,20 @@ int main(int argc, char** argv)
     Session s(prompter);
     s.localIni = QFileInfo(ini).absoluteFilePath();
     s.programDir = QFileInfo(ini).absolutePath() + QLatin1Char('/');
-    if (!StartSession(s) || !GetInfoFieldLengths(s, true))
+    if (!StartSession(s).ok() || !GetInfoFieldLengths(s))
         return 2;
     const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid()));
+    ConnectionScope connection(s.db());
     for (int i = 0; i < count; ++i) {
         const QDateTime now = s.now();
         s.info = InfoRecord{QStringLiteral("H") + QString::fromLatin1(pid) + QLatin1Char('-') + QString::number(i),
                             QStringLiteral("P") + QString::number(i), QStringLiteral("A B"), QStringLiteral("Driver"), {}, now, 0};
-        if (!GetNextImage(s, true))
+        const auto taken = GetNextImage(s);
+        if (!taken)
             return 3;
-        const qint32 number = s.currentImage;
+        const qint32 number = taken->number;
+        s.tempFilePath = taken->tempFilePath;
+        s.imageFilePath = taken->filePath;
         {
             QFile work(s.tempFilePath);
             if (!work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0)
@@ -93,15 +98,14 @@ int main(int argc, char** argv)
         if (!FromTemp(s))
             return 5;
         KillFile(s.tempFilePath);
-        s.image = ImageRecord{number, s.storedPath, s.dataVolume, now, QStringLiteral(" "), QStringLiteral("4")};
+        s.image = ImageRecord{number, taken->storedPath, s.dataVolume, now, QStringLiteral(" "), QStringLiteral("4")};
         s.info.imageNumber = number;
-        if (!AddImageWithInfo(s, false, true))
+        if (!AddImageWithInfo(s, false))
             return 6;
         std::printf("%d\n", number);
         std::fflush(stdout);
         if (prompter.asked > 0)
             return 7;
     }
-    s.db().close();
     return 0;
 }

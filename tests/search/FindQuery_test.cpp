@@ -3,7 +3,7 @@
 #include "data/InfoData.h"
 #include "data/Schema.h"
 #include "search/FindQuery.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "support/QtPrinters.h"
 #include "support/TestSite.h"
 
@@ -142,18 +142,18 @@ TEST_P(FindQueryTest, AssumeWildIsReadAtEachSearchAndKeptWithTheCriteria)
 {
     fileExamples();
     FindCriteria criteria{.heat = S("ABC")};
-    FindResult r = FindReferences(s(), criteria, 100, false);
+    FindResult r = FindReferences(s(), criteria, 100);
     EXPECT_EQ(r.found, 1);
     ASSERT_TRUE(criteria.assumeWild.has_value());
     EXPECT_FALSE(*criteria.assumeWild);
 
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AssumeWild"), QStringLiteral("True"));
     FindCriteria fresh{.heat = S("ABC")};
-    r = FindReferences(s(), fresh, 100, false);
+    r = FindReferences(s(), fresh, 100);
     EXPECT_EQ(r.found, 2);
     EXPECT_TRUE(*fresh.assumeWild);
     // Criteria searched before keep what they were searched with.
-    r = FindReferences(s(), criteria, 100, false);
+    r = FindReferences(s(), criteria, 100);
     EXPECT_EQ(r.found, 1);
 }
 
@@ -168,7 +168,7 @@ TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
 
     EXPECT_EQ(ReadFindRecords(s()), 100);
     FindCriteria criteria{.heat = S("H*")};
-    FindResult r = FindReferences(s(), criteria, ReadFindRecords(s()), false);
+    FindResult r = FindReferences(s(), criteria, ReadFindRecords(s()));
     EXPECT_EQ(r.countLine(), QStringLiteral("250 found 100 shown"));
     ASSERT_EQ(r.rows.size(), 100);
     EXPECT_EQ(r.lastIndex, 99);
@@ -183,15 +183,15 @@ TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("300"));
     EXPECT_EQ(ReadFindRecords(s()), 300);
     FindCriteria again{.heat = S("H*")};
-    EXPECT_EQ(FindReferences(s(), again, 300, false).countLine(), QStringLiteral("250 found 250 shown"));
+    EXPECT_EQ(FindReferences(s(), again, 300).countLine(), QStringLiteral("250 found 250 shown"));
 
     FindCriteria none;
-    r = FindReferences(s(), none, 10, false);
+    r = FindReferences(s(), none, 10);
     EXPECT_EQ(r.countLine(), QStringLiteral("251 found 10 shown"));
     EXPECT_EQ(r.rows[0].heat, QStringLiteral("OTHER"));
 
     FindCriteria nothing{.heat = S("NOPE")};
-    r = FindReferences(s(), nothing, 100, false);
+    r = FindReferences(s(), nothing, 100);
     EXPECT_EQ(r.lastIndex, -1);
     EXPECT_EQ(r.countLine(), QStringLiteral("None found!"));
     EXPECT_TRUE(prompter().asked().isEmpty());
@@ -208,7 +208,7 @@ TEST_P(FindQueryTest, ReferencesWithoutImageRowAreNeitherShownNorCounted)
                         false));
     const auto count = [&](const QString& heat, int maxRows) -> QString {
         FindCriteria c{.heat = heat};
-        const FindResult r = FindReferences(s(), c, maxRows, false);
+        const FindResult r = FindReferences(s(), c, maxRows);
         return QString::number(r.found) + QLatin1Char('/') + QString::number(r.rows.size());
     };
     EXPECT_EQ(count(S("H*"), 100), QStringLiteral("2/2"));
@@ -217,15 +217,15 @@ TEST_P(FindQueryTest, ReferencesWithoutImageRowAreNeitherShownNorCounted)
     EXPECT_EQ(count(QString(), 1), QStringLiteral("2/1"));
 
     s().image = ImageRecord{3, S("/srv/x"), S("VOL"), at(2003, 1, 3), S(" "), S("4")};
-    ASSERT_TRUE(AddImage(s(), false, false));
+    ASSERT_TRUE(AddImage(s(), false));
     EXPECT_EQ(count(S("H*"), 1), QStringLiteral("4/1"));
-    ASSERT_TRUE(DeleteImage(s(), 1, false));
+    ASSERT_TRUE(DeleteImage(s(), 1));
     EXPECT_EQ(count(S("H*"), 1), QStringLiteral("3/1"));
     EXPECT_EQ(count(QString(), 1), QStringLiteral("3/1"));
-    ASSERT_TRUE(DeleteImageAll(s(), 3, false));
+    ASSERT_TRUE(DeleteImageAll(s(), 3));
     EXPECT_EQ(count(QString(), 1), QStringLiteral("1/1"));
     // Moving a reference to an image without a row hides it.
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     ASSERT_TRUE(op.exec(QStringLiteral("UPDATE \"Info\" SET \"Image #\" = 9 WHERE \"Heat #\" = 'H2'")));
     EXPECT_EQ(count(QString(), 1), QStringLiteral("0/0"));
     EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Missing Images\" WHERE \"Image #\" = 9")), 1);
@@ -241,10 +241,10 @@ TEST_P(FindQueryTest, PiecesFollowChangedAndRemovedValues)
                               {S("HEAT-3"), S("P3"), S("PO"), S("Southern Mill"), S("M"), 3, at(2003, 1, 3)}}));
     EXPECT_EQ(heatsFound(s(), {.vend = S("*thern*")}, false), L({"HEAT-1", "HEAT-2", "HEAT-3"}));
     ASSERT_TRUE(GetInfoFieldLengths(s()));
-    ASSERT_TRUE(CheckCount(s(), S("Vend Name"), S("Northern Forge"), S("Eastern Rolling"), false));
+    ASSERT_TRUE(CheckCount(s(), S("Vend Name"), S("Northern Forge"), S("Eastern Rolling")));
     EXPECT_EQ(heatsFound(s(), {.vend = S("*FORGE*")}, false), QStringList());
     EXPECT_EQ(heatsFound(s(), {.vend = S("*rolling*")}, false), L({"HEAT-1", "HEAT-2"}));
-    ASSERT_TRUE(DeleteImageAll(s(), 3, false));
+    ASSERT_TRUE(DeleteImageAll(s(), 3));
     EXPECT_EQ(heatsFound(s(), {.vend = S("*southern*")}, false), QStringList());
     ASSERT_TRUE(addRefs(s(), {{S("HEAT-4"), S("P4"), S("PO"), S("Southern Mill"), S("M"), 4, at(2003, 1, 4)}}));
     EXPECT_EQ(heatsFound(s(), {.vend = S("*southern*")}, false), L({"HEAT-4"}));
@@ -269,7 +269,7 @@ TEST_P(FindQueryTest, NoSearchReadsTheWholeTable)
         {"vendor and dates", {.vend = S("Acme Steel"), .from = S("1/1/2003"), .to = S("12/31/2003")}},
         {"newest", {}},
     };
-    DataOp op(s(), QStringLiteral("test"), true);
+    DataOp op(s(), QStringLiteral("test"));
     if (!d.isSqlite()) {
         ASSERT_TRUE(op.exec(QStringLiteral("SET enable_seqscan = off")));
     }
@@ -364,7 +364,7 @@ TEST_P(FindQueryTest, InjectionCorpusIsOnlyEverAValue)
 TEST_P(FindQueryTest, SearchIndexesAreBuiltOverReferencesOnFile)
 {
     {
-        DataOp op(s(), QStringLiteral("test"), true);
+        DataOp op(s(), QStringLiteral("test"));
         const bool sqlite = op.dialect().isSqlite();
         QStringList drops;
         auto q = op.exec(sqlite ? QStringLiteral("SELECT type, name, tbl_name FROM sqlite_master WHERE type IN ('index', 'trigger') "
@@ -394,7 +394,7 @@ TEST_P(FindQueryTest, SearchIndexesAreBuiltOverReferencesOnFile)
     EXPECT_EQ(heatsFound(s(), {.path = S("*ARCHIVE*")}, false), L({"AB99", "C1"}));
     EXPECT_EQ(heatsFound(s(), {.vend = S("*plate*")}, false), L({"XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"}));
     FindCriteria none;
-    EXPECT_EQ(FindReferences(s(), none, 1, false).countLine(), QStringLiteral("12 found 1 shown"));
+    EXPECT_EQ(FindReferences(s(), none, 1).countLine(), QStringLiteral("12 found 1 shown"));
     // The indexes are back, and new rows are kept from here on.
     ASSERT_TRUE(addRefs(s(), {{S("LATE-1234"), S("P"), S("PO"), S("V"), S("M"), 600, at(2004, 7, 1)}}));
     EXPECT_EQ(heatsFound(s(), {.heat = S("*123*")}, false), L({"LATE-1234", "XA-1234-B"}));

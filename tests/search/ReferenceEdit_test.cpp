@@ -38,7 +38,7 @@ protected:
     // Every reference as one line, in key order: the whole table at a glance.
     QStringList table()
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto q = op.exec(QStringLiteral("SELECT \"Heat #\", \"Part #\", \"P/O #\", \"Vend Name\", \"Mfg Name\", \"Entry Date\", \"Image #\" FROM \"Info\" "
                                         "ORDER BY \"Image #\", \"Heat #\""));
         QStringList lines;
@@ -53,7 +53,7 @@ protected:
     {
         FindCriteria c{.heat = heat};
         c.assumeWild = false;
-        const FindResult r = FindReferences(s(), c, 10, false);
+        const FindResult r = FindReferences(s(), c, 10);
         EXPECT_EQ(r.rows.size(), 1) << heat.toStdString();
         return r.rows.value(0);
     }
@@ -68,7 +68,7 @@ TEST_P(ReferenceEditTest, ChangingOnlyTheVendorKeepsKeyAndMoment)
     EXPECT_EQ(edited.date, QStringLiteral("1/2/2003"));
     EXPECT_EQ(edited.imageNumber, QStringLiteral("7"));
     edited.vend = S("New Vendor");
-    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    const ChangeResult result = ChangeReference(s(), stored, edited);
     ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
     EXPECT_EQ(result.stored.vend, S("New Vendor"));
     EXPECT_EQ(result.stored.path, S("/srv/a"));
@@ -85,7 +85,7 @@ TEST_P(ReferenceEditTest, ChangedValuesAreStoredAsAddsStoreThem)
     edited.po = QString();
     edited.date = S("2004-03-05");
     edited.mfg = S("A manufacturer name longer than thirty-two");
-    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    const ChangeResult result = ChangeReference(s(), stored, edited);
     ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
     // What the screen keeps is what a later change deletes by.
     EXPECT_EQ(result.stored.po, S(" "));
@@ -94,7 +94,7 @@ TEST_P(ReferenceEditTest, ChangedValuesAreStoredAsAddsStoreThem)
     EXPECT_EQ(table().last(), S("H3-NEW|P3| |Other|A manufacturer name longer than |2004-03-05T00:00:00|8"));
     ReferenceEntry again = EntryOf(result.stored);
     again.vend = S("Again");
-    ASSERT_EQ(ChangeReference(s(), result.stored, again, false).outcome, ChangeResult::Outcome::Changed);
+    ASSERT_EQ(ChangeReference(s(), result.stored, again).outcome, ChangeResult::Outcome::Changed);
     EXPECT_EQ(table().size(), 3);
     // Values are trimmed before they are cut, so the cut's trailing blank goes now.
     EXPECT_EQ(table().last(), S("H3-NEW|P3| |Again|A manufacturer name longer than|2004-03-05T00:00:00|8"));
@@ -109,7 +109,7 @@ TEST_P(ReferenceEditTest, ClashWithAnotherKeyLeavesTheRowExactlyAsItWas)
     edited.heat = S("h2");
     edited.part = S("P2");
     edited.vend = S("Changed");
-    const ChangeResult result = ChangeReference(s(), stored, edited, false);
+    const ChangeResult result = ChangeReference(s(), stored, edited);
     ASSERT_EQ(result.outcome, ChangeResult::Outcome::AddFailed);
     EXPECT_FALSE(result.errorText.isEmpty());
     EXPECT_EQ(table(), before);
@@ -124,7 +124,7 @@ TEST_P(ReferenceEditTest, BadDateIsCaughtBeforeAnythingIsDeleted)
     ReferenceEntry edited = EntryOf(stored);
     edited.date = S("31/31/2003");
     edited.heat = S("CHANGED");
-    EXPECT_EQ(ChangeReference(s(), stored, edited, false).outcome, ChangeResult::Outcome::InvalidDate);
+    EXPECT_EQ(ChangeReference(s(), stored, edited).outcome, ChangeResult::Outcome::InvalidDate);
     EXPECT_EQ(table(), before);
 }
 
@@ -134,10 +134,10 @@ TEST_P(ReferenceEditTest, ChangeOfARowAnotherWorkstationRemovedAddsTheNewValues)
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
     other->info = InfoRecord{S("H3"), S("P3"), S("PO3"), S("Other"), S("Mill"), {}, 8};
-    ASSERT_TRUE(DeleteInfo(*other, false));
+    ASSERT_TRUE(DeleteInfo(*other));
     ReferenceEntry edited = EntryOf(stored);
     edited.vend = S("Mine");
-    EXPECT_EQ(ChangeReference(s(), stored, edited, false).outcome, ChangeResult::Outcome::Changed);
+    EXPECT_EQ(ChangeReference(s(), stored, edited).outcome, ChangeResult::Outcome::Changed);
     EXPECT_EQ(table().last(), S("H3|P3|PO3|Mine|Mill|2003-02-01T00:00:00|8"));
 }
 
@@ -145,20 +145,20 @@ TEST_P(ReferenceEditTest, AddNeedsAnImageOnFileAndADate)
 {
     const QStringList before = table();
     ReferenceEntry entry{S("H9"), S("P9"), S("PO9"), S("V"), S("M"), S("99"), S("1/5/2004")};
-    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::ImageNotOnFile);
+    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::ImageNotOnFile);
     entry.imageNumber = QString();
-    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::ImageNotOnFile);
+    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::ImageNotOnFile);
     entry.imageNumber = S("8");
     entry.date = S("not a date");
-    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::InvalidDate);
+    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::InvalidDate);
     EXPECT_EQ(table(), before);
 
     entry.date = S("1/5/2004");
-    EXPECT_EQ(AddReference(s(), entry, false).outcome, AddResult::Outcome::Added);
+    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::Added);
     EXPECT_EQ(table().last(), S("H9|P9|PO9|V|M|2004-01-05T00:00:00|8"));
     // The same key again is refused by the table and reported to nobody.
     entry.vend = S("Other vendor");
-    const AddResult twice = AddReference(s(), entry, false);
+    const AddResult twice = AddReference(s(), entry);
     EXPECT_EQ(twice.outcome, AddResult::Outcome::NotAdded);
     EXPECT_FALSE(twice.errorText.isEmpty());
     EXPECT_EQ(table().size(), before.size() + 1);
@@ -170,14 +170,14 @@ TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
     const InfoRow h1 = row(S("H1"));
     const InfoRow h2 = row(S("H2"));
     const InfoRow h3 = row(S("H3"));
-    RemoveResult result = RemoveReference(s(), h3, false);
+    RemoveResult result = RemoveReference(s(), h3);
     EXPECT_EQ(result.outcome, RemoveResult::Outcome::OnlyReference);
     EXPECT_EQ(result.references, 1);
 
-    result = RemoveReference(s(), h1, false);
+    result = RemoveReference(s(), h1);
     EXPECT_EQ(result.outcome, RemoveResult::Outcome::Removed);
     EXPECT_EQ(result.references, 2);
-    EXPECT_EQ(RemoveReference(s(), h2, false).outcome, RemoveResult::Outcome::OnlyReference);
+    EXPECT_EQ(RemoveReference(s(), h2).outcome, RemoveResult::Outcome::OnlyReference);
     EXPECT_EQ(table(), (QStringList{S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"), S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}));
     EXPECT_TRUE(site.prompter().asked().isEmpty());
 }
@@ -192,7 +192,7 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
     std::atomic<bool> holding = false;
     std::atomic<int> outcome = -1;
     std::thread second;
-    DataOp op(s(), QStringLiteral("test"), false);
+    DataOp op(s(), QStringLiteral("test"));
     const bool committed = op.transaction([&] {
         // This workstation's removal of H2, held open while the other one starts.
         if (!op.dialect().isSqlite() && !op.exec(QStringLiteral("SELECT 1 FROM \"Images\" WHERE \"Image #\" = 7 FOR UPDATE")))
@@ -204,7 +204,7 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
             ScriptedPrompter otherPrompter;
             auto other = site.openAnother(otherPrompter);
             holding = true;
-            outcome = static_cast<int>(RemoveReference(*other, h1, false).outcome);
+            outcome = static_cast<int>(RemoveReference(*other, h1).outcome);
         });
         while (!holding)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));

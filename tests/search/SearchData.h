@@ -5,7 +5,7 @@
 
 #include "data/DataOp.h"
 #include "search/FindQuery.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 
 #include <QDateTime>
 #include <QList>
@@ -28,7 +28,7 @@ struct Ref {
 
 inline bool addRefs(Session& s, const QList<Ref>& refs, bool withImageRows = true)
 {
-    DataOp op(s, QStringLiteral("addRefs"), false);
+    DataOp op(s, QStringLiteral("addRefs"));
     const Dialect& d = op.dialect();
     return op.transaction([&] {
         for (const Ref& r : refs) {
@@ -53,7 +53,7 @@ inline bool addRefs(Session& s, const QList<Ref>& refs, bool withImageRows = tru
 
 inline qint64 scalarOf(Session& s, const QString& sql, const QVariantList& binds = {})
 {
-    DataOp op(s, QStringLiteral("scalarOf"), false);
+    DataOp op(s, QStringLiteral("scalarOf"));
     auto value = op.scalar(sql, binds);
     return value ? value->toLongLong() : -1;
 }
@@ -63,7 +63,7 @@ inline qint64 scalarOf(Session& s, const QString& sql, const QVariantList& binds
 inline QStringList heatsFound(Session& s, FindCriteria criteria, bool assumeWild, int maxRows = 1000)
 {
     criteria.assumeWild = assumeWild;
-    const FindResult r = FindReferences(s, criteria, maxRows, false);
+    const FindResult r = FindReferences(s, criteria, maxRows);
     if (r.problem)
         return {QLatin1Char('!') + r.problem.box};
     if (r.failed)

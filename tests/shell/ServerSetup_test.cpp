@@ -2,11 +2,11 @@
 
 #include "data/OptionsData.h"
 #include "data/UserData.h"
-#include "startup/Connection.h"
-#include "startup/ErrorReport.h"
-#include "startup/FileTools.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "data/Connection.h"
+#include "base/ErrorReport.h"
+#include "base/FileTools.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 #include "support/TestSite.h"
 
 #include <QDir>
@@ -175,7 +175,7 @@ TEST_F(ServerSetup, SwitchesBetweenFileDatabaseAndServer)
     EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType")), QStringLiteral("SQL"));
     EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Server")), ownServer->server());
     EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")), QStringLiteral("5"));
-    ASSERT_TRUE(ReadUser(s, QString(), false));
+    ASSERT_TRUE(ReadUser(s, QString()));
     EXPECT_EQ(s.machine.userName, QStringLiteral("Ann"));
     EXPECT_EQ(s.db().kind(), DatabaseKind::Sql);
 
@@ -187,7 +187,7 @@ TEST_F(ServerSetup, SwitchesBetweenFileDatabaseAndServer)
     EXPECT_FALSE(prompter.wasAsked(QStringLiteral("Create Database")));
     EXPECT_EQ(s.databaseType, QStringLiteral("Access"));
     EXPECT_EQ(s.db().kind(), DatabaseKind::Access);
-    ASSERT_TRUE(ReadUser(s, QString(), false));
+    ASSERT_TRUE(ReadUser(s, QString()));
     EXPECT_EQ(s.machine.userName, QStringLiteral("Ann B"));
 
     // A new file database is made on request, and refused without.
@@ -199,7 +199,7 @@ TEST_F(ServerSetup, SwitchesBetweenFileDatabaseAndServer)
     ASSERT_TRUE(UpdateServerSetup(s, e, QStringLiteral("Ann B"), false));
     EXPECT_TRUE(QFileInfo::exists(e.database));
     EXPECT_EQ(s.dataBase, e.database);
-    EXPECT_TRUE(ReadUser(s, QString(), false));
+    EXPECT_TRUE(ReadUser(s, QString()));
 }
 
 TEST_F(ServerSetup, RetryAfterTheServerComesBack)
@@ -326,8 +326,8 @@ TEST_F(ServerSetup, OwnMachineCannotBeRemoved)
     ASSERT_FALSE(own.isEmpty());
     s.machine.machineName = QStringLiteral("RECEIVING-PC");
     s.machine.userName = QStringLiteral("Bo");
-    ASSERT_TRUE(AddUser(s, false, false));
-    ASSERT_TRUE(ReadUser(s, QString(), false));
+    ASSERT_TRUE(AddUser(s, false));
+    ASSERT_TRUE(ReadUser(s, QString()));
 
     EXPECT_EQ(RemoveMachine(s, own.toLower()), RemoveOutcome::OwnMachine);
     EXPECT_TRUE(prompter.wasAsked(QStringLiteral("Can't delete")));
@@ -340,7 +340,7 @@ TEST_F(ServerSetup, OwnMachineCannotBeRemoved)
     EXPECT_EQ(RemoveMachine(s, QStringLiteral("RECEIVING-PC")), RemoveOutcome::Removed);
 
     GridData grid;
-    ASSERT_TRUE(LoadUsers(s, grid, false));
+    ASSERT_TRUE(LoadUsers(s, grid));
     ASSERT_EQ(grid.rows.size(), 1);
     EXPECT_EQ(grid.rows.at(0).at(0), own);
 }

@@ -1,6 +1,6 @@
 #include "data/OptionsData.h"
 #include "startup/CompactData.h"
-#include "startup/FileHolders.h"
+#include "base/FileHolders.h"
 #include "support/TestSite.h"
 
 #include <QCryptographicHash>
@@ -95,7 +95,7 @@ TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
     EXPECT_FALSE(QFileInfo::exists(newFile()));
     EXPECT_LT(QFileInfo(database()).size(), before);
     // The session goes on with the rebuilt file.
-    EXPECT_TRUE(ReadOptions(site.session(), false));
+    EXPECT_TRUE(ReadOptions(site.session()));
     EXPECT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
     EXPECT_EQ(contactsIn(database()), 11);
     EXPECT_EQ(contactsIn(oldFile()), 10);
@@ -116,7 +116,7 @@ TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
     EXPECT_EQ(contactsIn(database()), 11);
     EXPECT_EQ(digestOf(oldFile()), previous);
     EXPECT_FALSE(QFileInfo::exists(newFile()));
-    EXPECT_TRUE(ReadOptions(site.session(), false));
+    EXPECT_TRUE(ReadOptions(site.session()));
 }
 
 TEST_F(CompactDataTest, CancelLeavesEverythingAsItWas)
@@ -134,7 +134,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
 {
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other, true));  // the other session keeps its connection open
+    ASSERT_TRUE(ReadOptions(*other));  // the other session keeps its connection open
 
     EXPECT_FALSE(compact());
     const QString text = site.prompter().textOf(QStringLiteral("Error"));

@@ -1,4 +1,4 @@
-#include "startup/FileTools.h"
+#include "base/FileTools.h"
 
 #include <QDir>
 #include <QFile>

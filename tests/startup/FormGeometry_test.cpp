@@ -1,6 +1,6 @@
-#include "startup/FormGeometry.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "data/FormGeometry.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 #include "support/ScriptedPrompter.h"
 
 #include <QTemporaryDir>

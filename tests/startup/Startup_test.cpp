@@ -2,9 +2,9 @@
 #include "data/OptionsData.h"
 #include "data/Schema.h"
 #include "data/UserData.h"
-#include "startup/Connection.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "data/Connection.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 #include "support/PrivatePostgres.h"
 #include "support/ScriptedPrompter.h"
@@ -43,7 +43,7 @@ protected:
 TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
 {
     prompter.answer(Answer::Ok);
-    ASSERT_TRUE(StartSession(session));
+    ASSERT_TRUE(StartSession(session).ok());
     ASSERT_EQ(prompter.asked().size(), 1) << prompter.titles().join(QLatin1Char(',')).toStdString();
     const Prompt& question = prompter.asked().first();
     EXPECT_EQ(question.title, QStringLiteral("Initialize Tarlox Settings"));
@@ -68,13 +68,13 @@ TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
     ScriptedPrompter again;
     Session second(again);
     second.programDir = session.programDir;
-    ASSERT_TRUE(StartSession(second));
+    ASSERT_TRUE(StartSession(second).ok());
     EXPECT_TRUE(again.asked().isEmpty()) << again.titles().join(QLatin1Char(',')).toStdString();
 }
 
 TEST_F(FirstStartTest, CancelEndsWithoutFiles)
 {
-    EXPECT_FALSE(StartSession(session));
+    EXPECT_FALSE(StartSession(session).ok());
     EXPECT_EQ(prompter.titles(), (QStringList{QStringLiteral("Initialize Tarlox Settings"), QStringLiteral("Tarlox")}));
     EXPECT_EQ(prompter.asked().last().text, QStringLiteral("The TARLOX.INI file could not be found!"));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("TARLOX.INI"))));
@@ -108,7 +108,7 @@ TEST(Startup, MissingServerFileAsksRetryUntilItAppears)
     });
     site.prompter().answer(Answer::Retry);
     site.prompter().answer(Answer::Retry);
-    ASSERT_TRUE(StartSession(site.session()));
+    ASSERT_TRUE(StartSession(site.session()).ok());
     EXPECT_EQ(asks, 2);
     const QString text = site.prompter().textOf(QStringLiteral("Invalid Server Information File"));
     EXPECT_TRUE(text.startsWith(QStringLiteral("The assigned Server Information File - ") + server + QStringLiteral(" - is not found!")));
@@ -122,7 +122,7 @@ TEST(Startup, MissingServerFileCancelEnds)
     site.create();
     QFile::remove(site.serverIni());
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(StartSession(site.session()));
+    EXPECT_FALSE(StartSession(site.session()).ok());
 }
 
 TEST(Startup, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
@@ -133,7 +133,7 @@ TEST(Startup, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("MTR/")));
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True"));
     site.session().clock().pin(QDateTime(QDate(2026, 3, 1), QTime(9, 0)));
-    ASSERT_TRUE(StartSession(site.session()));
+    ASSERT_TRUE(StartSession(site.session()).ok());
     EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
     EXPECT_EQ(site.session().databaseType, QStringLiteral("Access"));
     EXPECT_EQ(site.session().dataDir, site.path(QStringLiteral("MTR/2026")));
@@ -153,7 +153,7 @@ TEST(Startup, ANonDatabaseFileGivesClearMessagesAndStaysAsItWas)
     WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), bogus);
     site.prompter().answer(Answer::Ok);      // the error report
     site.prompter().answer(Answer::Cancel);  // the Options box
-    EXPECT_FALSE(StartSession(site.session()));
+    EXPECT_FALSE(StartSession(site.session()).ok());
     const QString report = site.prompter().textOf(QStringLiteral("Tarlox"));
     EXPECT_TRUE(report.startsWith(QStringLiteral("An error has occured.")));
     EXPECT_TRUE(report.contains(QStringLiteral("Connection String: Driver=SQLite;Data Source=") + bogus));
@@ -169,7 +169,7 @@ TEST(Startup, MissingDatabaseFileIsNotCreatedBehindTheUsersBack)
     WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), missing);
     site.prompter().answer(Answer::Ok);
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(StartSession(site.session()));
+    EXPECT_FALSE(StartSession(site.session()).ok());
     EXPECT_FALSE(QFileInfo::exists(missing));
 }
 
@@ -189,7 +189,7 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     GetServerInfo(site.session());
     ASSERT_TRUE(RevUp(site.session()));
     site.session().options.version = site.session().programVersion;
-    ASSERT_TRUE(AddOptions(site.session(), false, false));
+    ASSERT_TRUE(AddOptions(site.session(), false));
     site.session().db().close();
     ASSERT_TRUE(server.stop());
 
@@ -202,7 +202,7 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     });
     site.prompter().answer(Answer::Ok);     // the report of the failed connection
     site.prompter().answer(Answer::Retry);  // the server is back
-    ASSERT_TRUE(StartSession(site.session())) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
+    ASSERT_TRUE(StartSession(site.session()).ok()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
     EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("password=******")));
     EXPECT_FALSE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("secret")));
     EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Invalid Server Information File")).startsWith(QStringLiteral("Options table cannot be read!")));
@@ -227,7 +227,7 @@ TEST(Startup, TraceWritesMainAndEachProcedure)
     const QString log = site.path(QStringLiteral("trace.log"));
     StartTrace(site.session(), ParseTraceSwitch({QStringLiteral("/d=") + log}));
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Tarlox")), QStringLiteral("Now adding debug messages to ") + log);
-    ASSERT_TRUE(StartSession(site.session()));
+    ASSERT_TRUE(StartSession(site.session()).ok());
     const QStringList lines = QString::fromUtf8(contentOf(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_FALSE(lines.isEmpty());
     EXPECT_EQ(lines.first(), QStringLiteral("Main"));

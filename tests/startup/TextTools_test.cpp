@@ -1,4 +1,4 @@
-#include "startup/TextTools.h"
+#include "base/TextTools.h"
 
 #include <gtest/gtest.h>
 

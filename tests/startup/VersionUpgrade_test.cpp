@@ -1,5 +1,5 @@
 #include "data/OptionsData.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "startup/Startup.h"
 #include "startup/VersionUpgrade.h"
 #include "support/TestSite.h"
@@ -32,7 +32,7 @@ struct VersionSite {
     bool start(const QString& programVersion)
     {
         site.session().programVersion = programVersion;
-        return StartSession(site.session());
+        return StartSession(site.session()).ok();
     }
 
     // The data version as the database holds it now, read by a session of its own.
@@ -42,8 +42,7 @@ struct VersionSite {
         Session other(quiet);
         other.programDir = site.dir() + QLatin1Char('/');
         other.localIni = site.localIni();
-        bool initialize = false;
-        EXPECT_TRUE(GetIniInfo(other, initialize));
+        EXPECT_TRUE(GetIniInfo(other, FirstStart::Refuse).ok());
         other.db().close();
         return other.options.version;
     }
@@ -96,7 +95,7 @@ TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
     second.programDir = v.site.dir() + QLatin1Char('/');
     second.localIni = v.site.localIni();
     second.programVersion = QStringLiteral("7.00.0006");
-    ASSERT_TRUE(StartSession(second));
+    ASSERT_TRUE(StartSession(second).ok());
     EXPECT_TRUE(next.asked().isEmpty());
     EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("untouched"));
 }

@@ -1,4 +1,4 @@
-#include "startup/VolumeName.h"
+#include "base/VolumeName.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>

@@ -1,10 +1,12 @@
-#include "startup/FileTools.h"
+#include "base/FileTools.h"
 #include "store/FileLists.h"
+#include "store/FileReplacement.h"
 #include "store/ImageFiles.h"
+#include "store/NextImage.h"
 #include "support/QtPrinters.h"
 #include "support/ScriptedPrompter.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 
 #include <QDir>
 #include <QFile>
@@ -55,10 +57,10 @@ TEST(ImageFiles, PathsOfANewNumberAndTheFixedBuffers)
     Session s(prompter);
     s.dataDir = QStringLiteral("/srv/img/");
     s.tempDir = QStringLiteral("/tmp/tlx");
-    SetNewImagePaths(s, 42);
-    EXPECT_EQ(s.imageFileName, QStringLiteral("TR000042.TIF"));
-    EXPECT_EQ(s.imageFilePath, QStringLiteral("/srv/img/TR000042.TIF"));
-    EXPECT_EQ(s.tempFilePath, QStringLiteral("/tmp/tlx/TR000042.TIF"));
+    const NewImage image = NewImagePaths(s, 42);
+    EXPECT_EQ(image.fileName, QStringLiteral("TR000042.TIF"));
+    EXPECT_EQ(image.filePath, QStringLiteral("/srv/img/TR000042.TIF"));
+    EXPECT_EQ(image.tempFilePath, QStringLiteral("/tmp/tlx/TR000042.TIF"));
     EXPECT_EQ(BarcodeBufferPath(QStringLiteral("/tmp/tlx")), QStringLiteral("/tmp/tlx/TempTarlox.tif"));
     EXPECT_EQ(BatchPageBufferPath(QStringLiteral("/tmp/tlx/")), QStringLiteral("/tmp/tlx/temp.tif"));
     EXPECT_EQ(BatchPageBufferPath(QStringLiteral("/tmp/tlx")), QStringLiteral("/tmp/tlxtemp.tif"));
@@ -72,23 +74,22 @@ TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
     const QByteArray big(3 * 1024 * 1024 + 17, 'a');
     write(source, big);
     write(target, "old");
-    QString error;
-    ASSERT_TRUE(CopyFileAtomically(source, target, &error)) << error.toStdString();
+    const IoStatus copied = ReplaceWithCopy(source, target);
+    ASSERT_TRUE(copied) << copied.error().toStdString();
     EXPECT_EQ(readAll(target), big);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("work.tif")}));
     EXPECT_TRUE(QFile::permissions(target) & QFileDevice::ReadOther) << "other workstations must read it";
 
     // A missing source leaves the target as it was.
-    EXPECT_FALSE(CopyFileAtomically(dir.filePath(QStringLiteral("none.tif")), target, &error));
-    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(ReplaceWithCopy(dir.filePath(QStringLiteral("none.tif")), target));
     EXPECT_EQ(readAll(target), big);
     // A missing directory is an error, not a crash.
-    EXPECT_FALSE(CopyFileAtomically(source, dir.filePath(QStringLiteral("no/TR000002.TIF")), &error));
+    EXPECT_FALSE(ReplaceWithCopy(source, dir.filePath(QStringLiteral("no/TR000002.TIF"))));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 2);
 
     const QString scratch = dir.filePath(QStringLiteral("~TR000003.TIF"));
     write(scratch, "pages");
-    ASSERT_TRUE(CommitFile(scratch, dir.filePath(QStringLiteral("TR000003.TIF")), &error));
+    ASSERT_TRUE(CommitWrittenFile(scratch, dir.filePath(QStringLiteral("TR000003.TIF"))));
     EXPECT_FALSE(QFile::exists(scratch));
     EXPECT_EQ(readAll(dir.filePath(QStringLiteral("TR000003.TIF"))), QByteArray("pages"));
 }
@@ -98,12 +99,11 @@ TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
     QTemporaryDir dir;
     const QString copy = dir.filePath(QStringLiteral("TR000007.TIF"));
     write(copy, "scan");
-    QString error;
-    ASSERT_TRUE(KeepOriginal(copy, &error)) << error.toStdString();
+    ASSERT_TRUE(KeepOriginal(copy));
     write(copy, "scan with a stamp");
-    ASSERT_TRUE(KeepOriginal(copy, &error));
+    ASSERT_TRUE(KeepOriginal(copy));
     EXPECT_EQ(readAll(dir.filePath(QStringLiteral("OR000007.TIF"))), QByteArray("scan"));
-    EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF")), &error));
+    EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF"))));
     EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("OR000008.TIF"))));
 }
 

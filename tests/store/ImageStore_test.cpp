@@ -1,9 +1,10 @@
 #include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/InfoData.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "store/ImageFiles.h"
 #include "store/ImageStore.h"
+#include "store/NextImage.h"
 #include "support/QtPrinters.h"
 #include "support/TestSite.h"
 
@@ -63,7 +64,7 @@ protected:
 
     qint64 scalar(const QString& sql)
     {
-        DataOp op(s(), QStringLiteral("test"), false);
+        DataOp op(s(), QStringLiteral("test"));
         auto value = op.scalar(sql);
         return value ? value->toLongLong() : -1;
     }
@@ -72,7 +73,7 @@ protected:
     void imageRow(qint32 number, const QString& path, const QString& volume)
     {
         s().image = ImageRecord{number, path, volume, Jan2, QStringLiteral(" "), QStringLiteral("4")};
-        ASSERT_TRUE(AddImage(s(), false, false));
+        ASSERT_TRUE(AddImage(s(), false));
     }
 
     void entry(const QString& heat, const QString& part, const QString& po = {})
@@ -85,7 +86,12 @@ protected:
 
 TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
 {
-    SetNewImagePaths(s(), 5);
+    const auto usePathsOf = [&](qint32 number) {
+        const NewImage image = NewImagePaths(s(), number);
+        s().imageFilePath = image.filePath;
+        s().tempFilePath = image.tempFilePath;
+    };
+    usePathsOf(5);
     ASSERT_TRUE(write(s().tempFilePath, "scanned pages"));
     ASSERT_TRUE(write(s().imageFilePath, "older file"));
     ASSERT_TRUE(FromTemp(s()));
@@ -102,7 +108,7 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
 
     // One directory for both: nothing to do.
     s().tempDir = s().dataDir;
-    SetNewImagePaths(s(), 5);
+    usePathsOf(5);
     EXPECT_TRUE(FromTemp(s()));
 }
 
@@ -182,12 +188,12 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     const qint32 number = SaveMTR(s(), 300, [&](const QString& path) {
         writtenTo = path;
         return write(path, "page one, page two");
-    });
+    }).imageNumber;
     ASSERT_EQ(number, 1);
     EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
     EXPECT_FALSE(QFile::exists(writtenTo));
     EXPECT_EQ(readAll(data(QStringLiteral("TR000001.TIF"))), QByteArray("page one, page two"));
-    ASSERT_TRUE(ReadImage(s(), 1, false));
+    ASSERT_TRUE(ReadImage(s(), 1));
     EXPECT_EQ(s().image.path, s().dataDir);
     EXPECT_EQ(s().image.volumeId, s().dataVolume.isEmpty() ? QStringLiteral(" ") : s().dataVolume);
     EXPECT_EQ(s().image.type, QStringLiteral("4"));
@@ -205,7 +211,7 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     ASSERT_EQ(SaveMTR(s(), 200, [&](const QString& path) {
                   writtenTo = path;
                   return write(path, "third");
-              }),
+              }).imageNumber,
               2);
     EXPECT_FALSE(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")));
     EXPECT_EQ(readAll(data(QStringLiteral("TR000002.TIF"))), QByteArray("third"));
@@ -217,7 +223,7 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
     s().currentImage = 77;
     // Half a file and then a failure: the report's name never sees it.
-    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "half") && false; }), 0);
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "half") && false; }).imageNumber, 0);
     EXPECT_EQ(s().currentImage, 0);
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_EQ(prompter().asked().first().title, QStringLiteral("Error"));
@@ -232,29 +238,29 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     prompter().clear();
     entry(QString(), QStringLiteral("P1"));
     bool called = false;
-    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString&) { return called = true; }), 0);
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString&) { return called = true; }).imageNumber, 0);
     EXPECT_FALSE(called);
     EXPECT_EQ(nextName(), 2);
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("A Heat # must be entered!"));
 }
 
-TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailKeepsTheFileAndNoRow)
+TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
 {
     // A reference of image 1 without its image row: the entry's row for the
     // same key can't go in.
     s().info = InfoRecord{QStringLiteral("H1"), QStringLiteral("P1"), {}, QStringLiteral("Vend"), QStringLiteral("Mfg"), Jan2, 1};
-    ASSERT_TRUE(AddInfo(s(), false, false));
+    ASSERT_TRUE(AddInfo(s(), false));
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
     prompter().answer(Answer::Ok);  // add anyway
-    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "pages"); }), 0);
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "pages"); }).imageNumber, 0);
     EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
     EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")), 1);
-    EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000001.TIF"))));
-    // The file keeps its number from being given out again.
-    ASSERT_TRUE(GetNextImage(s(), false));
-    EXPECT_EQ(s().currentImage, 2);
+    EXPECT_EQ(QDir(data()).entryList(QDir::Files | QDir::Hidden), QStringList{});
+    const auto next = GetNextImage(s());
+    ASSERT_TRUE(next);
+    EXPECT_EQ(next->number, 2) << "the counter moves on";
 }
 
 TEST_P(ImageStoreTest, DataDirectoryWithTheYearIsMadeAtStart)
@@ -266,8 +272,9 @@ TEST_P(ImageStoreTest, DataDirectoryWithTheYearIsMadeAtStart)
     // The year is appended as it stands: a key without a trailing separator gives "DATA2026".
     EXPECT_EQ(other->dataDir, site.path(QStringLiteral("DATA")) + year);
     EXPECT_TRUE(QFileInfo(other->dataDir).isDir());
-    ASSERT_TRUE(GetNextImage(*other, false));
-    EXPECT_EQ(other->imageFilePath, site.path(QStringLiteral("DATA")) + year + QStringLiteral("/TR000001.TIF"));
+    const auto next = GetNextImage(*other);
+    ASSERT_TRUE(next);
+    EXPECT_EQ(next->filePath, site.path(QStringLiteral("DATA")) + year + QStringLiteral("/TR000001.TIF"));
 
     ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("IMG/"))).ok);
     auto third = site.openAnother(otherPrompter);

@@ -1,5 +1,5 @@
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "store/PageImage.h"
 #include "store/SaneDevice.h"
 #include "store/ScannedPage.h"

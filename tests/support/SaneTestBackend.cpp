@@ -1,6 +1,6 @@
 #include "support/SaneTestBackend.h"
 
-#include "startup/Settings.h"
+#include "data/Settings.h"
 #include "store/SaneDevice.h"
 #include "support/TestSite.h"
 

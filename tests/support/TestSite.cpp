@@ -2,8 +2,8 @@
 
 #include "data/OptionsData.h"
 #include "data/Schema.h"
-#include "startup/Connection.h"
-#include "startup/IniFile.h"
+#include "data/Connection.h"
+#include "base/IniFile.h"
 #include "startup/Startup.h"
 
 #include <QDir>
@@ -79,10 +79,18 @@ void dropPostgresDatabase(const QString& name)
     runAdmin(QStringLiteral("postgres"), QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name));
 }
 
+// A test site stands for a workstation with a person at the screen: the
+// scripted prompter answers the Retry/Cancel boxes.
+void offerRetryToThePerson(Session& session)
+{
+    session.offerRetry = [&session](const Status& failure) { return AskRetryCancel(session.prompter())(failure); };
+}
+
 TestSite::TestSite(Engine engine)
     : engine_(engine)
     , session_(std::make_unique<Session>(prompter_))
 {
+    offerRetryToThePerson(*session_);
     if (engine_ == Engine::Postgres) {
         pgDatabase_ = QStringLiteral("tlx_") + QUuid::createUuid().toString(QUuid::Id128).left(16);
         if (postgresConnInfo().isEmpty())
@@ -157,22 +165,23 @@ void TestSite::create()
     EXPECT_TRUE(built) << "the ladder could not build the test database";
     s.options.version = s.programVersion;
     s.options.nextName = 1;
-    EXPECT_TRUE(AddOptions(s, false, false));
+    EXPECT_TRUE(AddOptions(s, false));
     s.db().close();
 }
 
 bool TestSite::start()
 {
     create();
-    return StartSession(*session_);
+    return StartSession(*session_).ok();
 }
 
 std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
 {
     auto other = std::make_unique<Session>(prompter);
+    offerRetryToThePerson(*other);
     other->programDir = dir() + QLatin1Char('/');
     other->localIni = localIni();
-    if (!StartSession(*other))
+    if (!StartSession(*other).ok())
         ADD_FAILURE() << "the second session did not start";
     return other;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "support/ScriptedPrompter.h"
 
 #include <QTemporaryDir>
@@ -15,6 +15,10 @@ template <class Info> std::string EngineParamName(const Info& info) { return eng
 
 // libpq connection data of the test run's PostgreSQL server (without dbname).
 QString postgresConnInfo();
+
+// A session of a workstation with a person at the screen: the session's
+// prompter answers the Retry/Cancel boxes of failures a person can cure.
+void offerRetryToThePerson(Session& session);
 
 // A whole installation in a temporary directory: local and server settings
 // files, the data and temp directories, and a fresh database (a SQLite file,

@@ -1,9 +1,9 @@
 #include "view/PageDocument.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/Settings.h"
+#include "base/ErrorReport.h"
+#include "data/Settings.h"
 #include "view/PagePreview.h"
-#include "view/PageSource.h"
+#include "store/PageSource.h"
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"

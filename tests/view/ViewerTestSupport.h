@@ -3,8 +3,8 @@
 // Reports on disk and in the database for the viewer's tests.
 
 #include "data/ImageData.h"
-#include "startup/FileTools.h"
-#include "startup/Session.h"
+#include "base/FileTools.h"
+#include "data/Session.h"
 #include "store/ImageFiles.h"
 #include "store/PageImage.h"
 #include "store/TestPages.h"
@@ -80,9 +80,9 @@ inline QString StoreReport(TestSite& site, const QList<QImage>& pages, qint32 nu
     const QString path = JoinPath(s.dataDir, ImageFileNameFor(number));
     if (!WriteTiff(path, pages))
         return {};
-    if (!ReadImage(s, number, false)) {
+    if (!ReadImage(s, number)) {
         s.image = ImageRecord{number, s.dataDir, s.dataVolume, QDateTime(QDate(2024, 3, 5), QTime(0, 0)), size, QStringLiteral("4")};
-        if (!AddImage(s, false, false))
+        if (!AddImage(s, false))
             return {};
     }
     s.currentImage = number;

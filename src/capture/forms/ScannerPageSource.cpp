@@ -2,8 +2,8 @@
 
 #include "capture/forms/ScanDialogs.h"
 #include "capture/forms/frmVScan.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 #include "store/ScannerSession.h"
 
 #include <QWidget>

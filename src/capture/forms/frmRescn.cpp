@@ -3,8 +3,8 @@
 #include "capture/ScanChoices.h"
 #include "capture/forms/BrightnessControls.h"
 #include "capture/forms/ScanDialogs.h"
-#include "startup/FormGeometry.h"
-#include "startup/Session.h"
+#include "data/FormGeometry.h"
+#include "data/Session.h"
 #include "store/ScannerSession.h"
 #include "ui_frmRescn.h"
 

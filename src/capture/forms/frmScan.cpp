@@ -2,10 +2,10 @@
 
 #include "capture/ScanChoices.h"
 #include "capture/forms/BrightnessControls.h"
-#include "shell/forms/FormLayout.h"
+#include "base/forms/FormLayout.h"
 #include "capture/forms/ScanDialogs.h"
-#include "startup/FormGeometry.h"
-#include "startup/Session.h"
+#include "data/FormGeometry.h"
+#include "data/Session.h"
 #include "store/ScannerSession.h"
 #include "ui_frmScan.h"
 

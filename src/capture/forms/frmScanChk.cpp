@@ -1,6 +1,6 @@
 #include "capture/forms/frmScanChk.h"
 
-#include "startup/FormGeometry.h"
+#include "data/FormGeometry.h"
 #include "store/PageProcessing.h"
 #include "ui_frmScanChk.h"
 

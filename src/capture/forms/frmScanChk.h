@@ -1,6 +1,6 @@
 #pragma once
 
-#include "startup/Prompter.h"
+#include "base/Prompter.h"
 
 #include <QDialog>
 #include <QImage>

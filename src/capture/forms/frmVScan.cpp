@@ -2,7 +2,7 @@
 
 #include "capture/ScanChoices.h"
 #include "capture/forms/BrightnessControls.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "ui_frmVScan.h"
 
 namespace tarlox {

@@ -1,8 +1,7 @@
 #include "output/forms/frmSelect.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "ui_frmSelect.h"
-#include "view/forms/frmView.h"
 
 namespace tarlox {
 
@@ -21,7 +20,6 @@ frmSelect::frmSelect(Session& session, QWidget* parent)
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmSelect::cmdView_Click);
     connect(ui_->cmdReScan, &QPushButton::clicked, this, &frmSelect::cmdReScan_Click);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
-    showViewer = [](frmView* viewer) { viewer->show(); };
 }
 
 frmSelect::~frmSelect() = default;
@@ -48,11 +46,7 @@ void frmSelect::cmdView_Click()
     // The viewer takes the image in hand as it stands now.
     session_.currentImage = selected_->number;
     session_.imageFilePath = selected_->filePath;
-    auto* viewer = new frmView(session_, nullptr);
-    viewer->setPageSource(pageSource);
-    if (showViewer)
-        showViewer(viewer);
-    emit viewerOpened(viewer);
+    emit viewRequested(selected_->number);
     close();
 }
 

@@ -14,9 +14,7 @@ class frmSelect;
 
 namespace tarlox {
 
-class PageSource;
 class Session;
-class frmView;
 
 // Print, View, Fax and Re-Scan: the facts of one found image (the image in
 // hand, session.currentImage) and what can be done with it. Print, Fax and
@@ -32,16 +30,10 @@ public:
     // Locates the file and fills the form; false, after telling why, when
     // the image can't be shown (the form should then close).
     bool Form_Activate();
-    // A new viewer on the image each time; the form closes.
+    // Asks for a viewer on the image; the form closes.
     void cmdView_Click();
     // The rescan form for the image; the form closes.
     void cmdReScan_Click();
-
-    // Where a new viewer goes (the main window puts it in its MDI area);
-    // by default it opens as a window of its own.
-    std::function<void(frmView*)> showViewer;
-    // The scanner handed to the viewers it opens.
-    PageSource* pageSource = nullptr;
 
     const std::optional<SelectedImage>& selected() const { return selected_; }
 
@@ -52,7 +44,9 @@ public:
 signals:
     // frmRescn should open for this image.
     void rescanRequested(qint32 image);
-    void viewerOpened(frmView* viewer);
+    // A viewer should open on this image, now the image in hand; the
+    // frame, which knows the viewer, opens it.
+    void viewRequested(qint32 image);
 
 private:
     Session& session_;

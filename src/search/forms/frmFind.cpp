@@ -4,12 +4,12 @@
 
 #include "data/InfoData.h"
 #include "search/FindQuery.h"
-#include "startup/ErrorReport.h"
-#include "shell/forms/FormLayout.h"
-#include "startup/FormGeometry.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/forms/FormLayout.h"
+#include "data/FormGeometry.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 #include <QCloseEvent>
 #include <QFocusEvent>
@@ -37,6 +37,7 @@ const QString ErrorTitle = QStringLiteral("Error");
 frmFind::frmFind(Session& session, QWidget* parent)
     : QWidget(parent)
     , session_(session)
+    , connection_(session.db())
     , ui(std::make_unique<Ui::frmFind>())
 {
     session_.traceCall(QStringLiteral("frmFind.Form_Load"));
@@ -176,9 +177,7 @@ void frmFind::cmdFind_Click()
     session_.findQuery = {};
     FindCriteria criteria{ui->txtHeat->text(), ui->txtPart->text(), ui->txtPO->text(),   ui->txtVend->text(), ui->txtMfg->text(),
                           ui->txtImgNum->text(), ui->txtPath->text(), ui->txtFrom->text(), ui->txtTo->text(),  std::nullopt};
-    // The connection stays open for the next find: this screen is where
-    // the users spend their day.
-    FindResult result = FindReferences(session_, criteria, findRecords_, true);
+    FindResult result = FindReferences(session_, criteria, findRecords_);
     if (result.problem) {
         QLineEdit* box = findChild<QLineEdit*>(result.problem.box);
         if (result.problem.kind == FindProblem::Kind::InvalidDate)
@@ -310,7 +309,7 @@ void frmFind::cmdChange_Click()
     if (lastIndex_ < 0)
         return;
     const InfoRow stored = results_.at(currentIndex_);
-    const ChangeResult result = ChangeReference(session_, stored, recordTexts(), false);
+    const ChangeResult result = ChangeReference(session_, stored, recordTexts());
     Prompter& prompter = session_.prompter();
     switch (result.outcome) {
     case ChangeResult::Outcome::InvalidDate:
@@ -344,7 +343,7 @@ void frmFind::cmdAddCur_Click()
     session_.traceCall(QStringLiteral("frmFind.cmdAddCur_Click"));
     Prompter& prompter = session_.prompter();
     if (ui->cmdFind->isEnabled()) {
-        GetInfoFieldLengths(session_, false);
+        GetInfoFieldLengths(session_);
         const Answer answer = prompter.ask(
             QStringLiteral("Add reference only!"),
             QStringLiteral("Warning! This will only add a new reference to an existing image and will ")
@@ -369,7 +368,7 @@ void frmFind::cmdAddCur_Click()
         return;
     }
 
-    const AddResult result = AddReference(session_, recordTexts(), false);
+    const AddResult result = AddReference(session_, recordTexts());
     const auto again = [&](const QString& title, const QString& text) {
         if (prompter.ask(title, text, Buttons::OkCancel, Icon::Critical) == Answer::Ok)
             return;
@@ -410,7 +409,7 @@ void frmFind::cmdDelCur_Click()
                                        Buttons::OkCancel, Icon::Exclamation);
     if (answer != Answer::Ok || lastIndex_ < 0)
         return;
-    const RemoveResult result = RemoveReference(session_, results_.at(currentIndex_), false);
+    const RemoveResult result = RemoveReference(session_, results_.at(currentIndex_));
     if (result.outcome == RemoveResult::Outcome::OnlyReference)
         prompter.ask(QStringLiteral("Can't remove only reference!"),
                      QStringLiteral("Error! This reference is the only reference for this image. If ")

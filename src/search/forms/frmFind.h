@@ -1,5 +1,6 @@
 #pragma once
 
+#include "data/Database.h"
 #include "data/Records.h"
 #include "search/ReferenceEdit.h"
 
@@ -88,6 +89,9 @@ private:
     void setRecordTexts(const ReferenceEntry& entry);
 
     Session& session_;
+    // The connection stays open from one find to the next while the screen
+    // is open: this screen is where the users spend their day.
+    ConnectionScope connection_;
     std::unique_ptr<Ui::frmFind> ui;
     QList<InfoRow> results_;
     int lastIndex_ = -1;

@@ -25,11 +25,7 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     if (!select)
         return;
     select->setAttribute(Qt::WA_DeleteOnClose);
-    select->showViewer = [&frame](frmView* viewer) {
-        // The frame makes its own instance on the image in hand.
-        viewer->deleteLater();
-        frame.ShowInstance(QStringLiteral("frmView"));
-    };
+    QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
 }
 

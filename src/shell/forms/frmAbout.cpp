@@ -1,7 +1,7 @@
 #include "shell/forms/frmAbout.h"
 
 #include "shell/ComponentVersions.h"
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "ui_frmAbout.h"
 
 #include <QHeaderView>

@@ -3,9 +3,9 @@
 #include "data/UserData.h"
 #include "shell/SettingsRules.h"
 #include "shell/SupportListing.h"
-#include "startup/Connection.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "data/Connection.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "ui_frmSecure.h"
 
 #include <QClipboard>
@@ -220,7 +220,7 @@ void frmSecure::cmdClip_Click()
     facts.now = session_.now();
     facts.programVersion = session_.programVersion;
     facts.serverIni = ui_->txtServerIni->text();
-    facts.serverName = GetHostName(session_, false);
+    facts.serverName = GetHostName(session_);
     facts.companyName = session_.options.companyName.trimmed();
     facts.sql = ui_->optSQL->isChecked();
     facts.timeout = ui_->txtConnectionTimeout->text();
@@ -260,7 +260,7 @@ bool RunServerSetupForNewMachine(Session& session, QWidget* parent)
     if (!screen.loaded())
         return false;
     screen.exec();
-    return ReadUser(session, QString(), false);
+    return ReadUser(session, QString());
 }
 
 }  // namespace tarlox

@@ -4,14 +4,14 @@
 #include "shell/PrinterChoice.h"
 #include "shell/forms/ChildWindow.h"
 #include "shell/forms/DropDownToolButton.h"
-#include "shell/forms/FormLayout.h"
+#include "base/forms/FormLayout.h"
 #include "shell/forms/ShellResources.h"
-#include "shell/forms/ViewerCommands.h"
+#include "view/forms/ViewerCommands.h"
 #include "startup/CompactData.h"
-#include "startup/ErrorReport.h"
-#include "startup/FormGeometry.h"
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/ErrorReport.h"
+#include "data/FormGeometry.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "startup/Startup.h"
 #include "store/SaneDevices.h"
 
@@ -371,7 +371,7 @@ void mdiMain::scannerFound(bool present)
 {
     scannerKnown_ = true;
     session_.machine.scanner = present;
-    UpdateUser(session_, false);
+    UpdateUser(session_);
     MDIForm_Activate();
     emit scannerChecked(present);
 }
@@ -638,7 +638,7 @@ void mdiMain::OpenConfiguration()
     const QString start = QFileInfo::exists(session_.localIni) ? session_.localIni : QString();
     // Cancelling leaves the name empty: the program directory's own file is read again.
     session_.localIni = session_.prompter().chooseOpenFile(tr("Open new Configuration"), start, tr("Configuration Files (*.ini *.INI)"));
-    if (!StartSession(session_)) {
+    if (!StartSession(session_).ok()) {
         // The boxes of the start said 'Cancel' ends Tarlox; so it does here.
         close();
         return;

@@ -1,6 +1,6 @@
 #include "view/forms/ViewerPrinter.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 
 #include <QPrintDialog>
 #include <QPrinter>

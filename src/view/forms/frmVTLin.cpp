@@ -1,6 +1,6 @@
 #include "view/forms/frmVTLin.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "ui_frmVTLin.h"
 #include "view/DrawSettingsIo.h"
 

@@ -1,6 +1,6 @@
 #include "view/forms/frmVTRec.h"
 
-#include "startup/Session.h"
+#include "data/Session.h"
 #include "ui_frmVTRec.h"
 #include "view/DrawSettingsIo.h"
 #include "view/forms/frmVTLin.h"

@@ -1,7 +1,7 @@
 #include "view/forms/frmVTStm.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "ui_frmVTStm.h"
 #include "view/DrawSettingsIo.h"
 

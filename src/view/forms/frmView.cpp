@@ -1,7 +1,7 @@
 #include "view/forms/frmView.h"
 
-#include "startup/Prompter.h"
-#include "startup/Session.h"
+#include "base/Prompter.h"
+#include "data/Session.h"
 #include "view/forms/PageView.h"
 #include "view/forms/ViewerPrinter.h"
 #include "view/forms/frmVTLin.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/forms/ViewerCommands.h"
+#include "view/forms/ViewerCommands.h"
 #include "view/PageDocument.h"
 
 #include <QHash>

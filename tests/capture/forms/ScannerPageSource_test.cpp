@@ -1,7 +1,7 @@
 #include "capture/forms/ScannerPageSource.h"
 
 #include "capture/forms/frmVScan.h"
-#include "startup/Settings.h"
+#include "data/Settings.h"
 #include "store/PageImage.h"
 #include "store/SaneDevice.h"
 #include "store/SaneLibrary.h"

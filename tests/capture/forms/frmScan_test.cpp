@@ -5,10 +5,10 @@
 #include "capture/forms/frmScanChk.h"
 #include "capture/forms/frmVScan.h"
 #include "data/ImageData.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 #include "store/PageImage.h"
 #include "store/SaneDevice.h"
 #include "store/TiffReader.h"
@@ -337,7 +337,7 @@ TEST_F(ScanForms, RescanFormOpensOnTheImagesSize)
 {
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("300dpi"), BoolToIni(true));
     s().image = ImageRecord{7, site.path(QStringLiteral("DATA")), QStringLiteral(" "), QDateTime::currentDateTime(), QStringLiteral("A"), QStringLiteral("4")};
-    ASSERT_TRUE(AddImage(s(), false, false));
+    ASSERT_TRUE(AddImage(s(), false));
     s().currentImage = 7;
     frmRescn form(s());
     EXPECT_EQ(form.windowTitle(), QStringLiteral("Re-Scan"));

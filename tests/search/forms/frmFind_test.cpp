@@ -1,7 +1,7 @@
 #include "search/forms/frmFind.h"
 
 #include "data/DataOp.h"
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 #include "support/QtPrinters.h"
 #include "support/TestSite.h"
 

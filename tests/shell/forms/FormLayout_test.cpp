@@ -1,6 +1,6 @@
-#include "shell/forms/FormLayout.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "base/forms/FormLayout.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 #include "support/ScriptedPrompter.h"
 #include "WidgetApplication.h"
 

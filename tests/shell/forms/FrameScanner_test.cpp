@@ -31,6 +31,6 @@ TEST(FrameScanner, AnAttachedScannerTurnsScanOn)
     EXPECT_TRUE(found.first().first().toBool());
     EXPECT_TRUE(frame.menuEntry(QStringLiteral("mnuScan"))->isEnabled());
     EXPECT_TRUE(frame.toolbarButton(QStringLiteral("Scan"))->isVisible());
-    ASSERT_TRUE(ReadUser(site.session(), QString(), false));
+    ASSERT_TRUE(ReadUser(site.session(), QString()));
     EXPECT_TRUE(site.session().machine.scanner);
 }

@@ -2,9 +2,9 @@
 
 #include "data/OptionsData.h"
 #include "shell/forms/TagBinder.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 #include "support/TestSite.h"
 #include "support/FormControls.h"
 
@@ -100,7 +100,7 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     // The bit went to the Options row, where another machine reads it.
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other, false));
+    ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.clientOptions, 4);
 
     QWidget again;
@@ -120,10 +120,10 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
 
     // Clearing the bit clears only that bit.
     s.options.clientOptions = 4 | 1;
-    ASSERT_TRUE(UpdateOptions(s, false));
+    ASSERT_TRUE(UpdateOptions(s));
     again.findChild<QCheckBox*>(QStringLiteral("chkBit"))->setChecked(false);
     ASSERT_TRUE(reloaded.SaveFields());
-    ASSERT_TRUE(ReadOptions(*other, false));
+    ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.clientOptions, 1);
 }
 
@@ -223,17 +223,17 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other, false));
+    ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.nextName, 4711);
 
     // A screen opened before another machine went on puts the counter back
     // to what it showed: taking the next number repairs that against the images.
     frmInfo fresh(s);
     other->options.nextName = 4800;
-    ASSERT_TRUE(UpdateOptions(*other, false));
+    ASSERT_TRUE(UpdateOptions(*other));
     child<QLineEdit>(fresh, "txtPOShort")->setText(QStringLiteral("Order #"));
     fresh.cmdApply_Click();
-    ASSERT_TRUE(ReadOptions(*other, false));
+    ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.nextName, 4711);
     // ... and the session takes the new field names at once.
     EXPECT_EQ(s.poShort, QStringLiteral("Order #"));

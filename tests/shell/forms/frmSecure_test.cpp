@@ -4,8 +4,8 @@
 #include "data/UserData.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
 #include "support/TestSite.h"
 #include "support/FormControls.h"
 
@@ -82,7 +82,7 @@ TEST_F(ServerScreen, ClipboardHoldsPlainAndRichText)
     ASSERT_TRUE(site.start());
     Session& s = site.session();
     s.options.companyName = QStringLiteral("Steel & <Co>");
-    ASSERT_TRUE(UpdateOptions(s, false));
+    ASSERT_TRUE(UpdateOptions(s));
     frmSecure screen(s);
     screen.cmdClip_Click();
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
@@ -121,7 +121,7 @@ TEST_F(ServerScreen, NewMachineIsAskedForItsUser)
     });
     EXPECT_TRUE(StartSessionWithSetup(s, [&] { result = RunServerSetupForNewMachine(s, nullptr); }));
     EXPECT_TRUE(result);
-    ASSERT_TRUE(ReadUser(s, QString(), false));
+    ASSERT_TRUE(ReadUser(s, QString()));
     EXPECT_EQ(s.machine.userName, QStringLiteral("Clerk One"));
 }
 

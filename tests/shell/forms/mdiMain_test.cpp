@@ -1,11 +1,11 @@
 #include "data/UserData.h"
 #include "shell/forms/DropDownToolButton.h"
-#include "shell/forms/FormLayout.h"
+#include "base/forms/FormLayout.h"
 #include "shell/forms/HelpWindow.h"
-#include "shell/forms/ViewerCommands.h"
+#include "view/forms/ViewerCommands.h"
 #include "shell/forms/mdiMain.h"
-#include "startup/FormGeometry.h"
-#include "startup/IniFile.h"
+#include "data/FormGeometry.h"
+#include "base/IniFile.h"
 #include "support/TestSite.h"
 #include "WidgetApplication.h"
 
@@ -451,7 +451,7 @@ TEST_F(FrameScanner, LoadRecordsLoginAndThatNoScannerIsThere)
 
     const QDateTime login = site.session().machine.lastLogin;
     EXPECT_TRUE(login.isValid());
-    ASSERT_TRUE(ReadUser(site.session(), QString(), false));
+    ASSERT_TRUE(ReadUser(site.session(), QString()));
     EXPECT_FALSE(site.session().machine.scanner);
     EXPECT_LE(qAbs(site.session().machine.lastLogin.secsTo(login)), 1);
 }

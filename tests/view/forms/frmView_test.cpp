@@ -1,7 +1,7 @@
 #include "view/forms/frmView.h"
 
-#include "startup/IniFile.h"
-#include "startup/Settings.h"
+#include "base/IniFile.h"
+#include "data/Settings.h"
 #include "store/ImageInput.h"
 #include "view/forms/PageView.h"
 #include "view/forms/frmVTLin.h"

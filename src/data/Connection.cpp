@@ -1,10 +1,10 @@
-#include "startup/Connection.h"
+#include "data/Connection.h"
 
 #include "data/DataOp.h"
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
-#include "startup/VolumeName.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
+#include "base/VolumeName.h"
 
 namespace tarlox {
 
@@ -76,10 +76,10 @@ void GetServerInfo(Session& s)
     SetConnection(s);
 }
 
-QString GetHostName(Session& s, bool keepOpen)
+QString GetHostName(Session& s)
 {
     if (s.db().kind() == DatabaseKind::Sql) {
-        DataOp op(s, QStringLiteral("GetHostName"), keepOpen);
+        DataOp op(s, QStringLiteral("GetHostName"));
         const auto value = op.scalar(QStringLiteral("SELECT coalesce(host(inet_server_addr()), current_setting('listen_addresses'))"));
         QString host = s.db().connection().hostName();
         if (host.isEmpty() && value)

@@ -1,9 +1,9 @@
-#include "startup/Settings.h"
+#include "data/Settings.h"
 
-#include "startup/ErrorReport.h"
-#include "startup/IniFile.h"
-#include "startup/Session.h"
-#include "startup/TextTools.h"
+#include "base/ErrorReport.h"
+#include "base/IniFile.h"
+#include "data/Session.h"
+#include "base/TextTools.h"
 
 namespace tarlox {
 

@@ -1,4 +1,4 @@
-#include "startup/Trace.h"
+#include "base/Trace.h"
 
 #include <QStringList>
 

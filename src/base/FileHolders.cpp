@@ -1,4 +1,4 @@
-#include "startup/FileHolders.h"
+#include "base/FileHolders.h"
 
 #include <QCoreApplication>
 #include <QDir>

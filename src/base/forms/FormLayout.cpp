@@ -1,7 +1,7 @@
-#include "shell/forms/FormLayout.h"
+#include "base/forms/FormLayout.h"
 
-#include "startup/FormGeometry.h"
-#include "startup/Session.h"
+#include "data/FormGeometry.h"
+#include "data/Session.h"
 
 #include <QEvent>
 #include <QEventLoop>

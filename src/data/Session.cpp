@@ -1,4 +1,4 @@
-#include "startup/Session.h"
+#include "data/Session.h"
 
 namespace tarlox {
 

@@ -15,6 +15,6 @@ bool SetConnection(Session& session);
 void GetServerInfo(Session& session);
 
 // Upper-cased name of the machine that holds the database.
-QString GetHostName(Session& session, bool keepOpen);
+QString GetHostName(Session& session);
 
 }  // namespace tarlox

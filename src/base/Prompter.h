@@ -44,17 +44,15 @@ public:
 QList<Answer> answersOf(Buttons buttons);
 Answer defaultAnswerOf(const Prompt& prompt);
 
-// Takes each question's default answer; reports what it was asked on stderr.
+// Takes each question's default answer, never Retry; reports what it was
+// asked on stderr, one line a question.
 class NonInteractivePrompter : public Prompter {
 public:
     explicit NonInteractivePrompter(bool quiet = false) : quiet_(quiet) {}
     Answer ask(const Prompt& prompt) override;
-    // Answers given in advance for questions whose title matches.
-    void answerTitle(const QString& title, Answer answer);
 
 private:
     bool quiet_;
-    QList<QPair<QString, Answer>> presets_;
 };
 
 }  // namespace tarlox

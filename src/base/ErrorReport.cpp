@@ -1,6 +1,6 @@
-#include "startup/ErrorReport.h"
+#include "base/ErrorReport.h"
 
-#include "startup/Prompter.h"
+#include "base/Prompter.h"
 
 namespace tarlox {
 

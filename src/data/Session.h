@@ -2,9 +2,10 @@
 
 #include "data/Database.h"
 #include "data/Records.h"
-#include "search/FindCriteria.h"
-#include "startup/Clock.h"
-#include "startup/Trace.h"
+#include "data/FindCriteria.h"
+#include "base/Clock.h"
+#include "base/Status.h"
+#include "base/Trace.h"
 
 #include <QString>
 #include <QStringList>
@@ -44,6 +45,10 @@ public:
 
     Prompter& prompter() { return *prompter_; }
     void setPrompter(Prompter& prompter) { prompter_ = &prompter; }
+    // Set by a front end with a person at the screen; see RetryOffer.
+    RetryOffer offerRetry;
+    // Whether a person may cure failure and wants another try.
+    bool retry(const Status& failure) const { return offerRetry && offerRetry(failure); }
     Database& db() { return db_; }
     Trace& trace() { return trace_; }
     Clock& clock() { return clock_; }

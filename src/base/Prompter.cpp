@@ -1,4 +1,4 @@
-#include "startup/Prompter.h"
+#include "base/Prompter.h"
 
 #include <cstdio>
 
@@ -39,22 +39,14 @@ Answer defaultAnswerOf(const Prompt& prompt)
     return answers.first();
 }
 
-void NonInteractivePrompter::answerTitle(const QString& title, Answer answer)
-{
-    presets_.append({title, answer});
-}
-
 Answer NonInteractivePrompter::ask(const Prompt& prompt)
 {
+    // Nobody is there to cure what a retry would need: never Retry.
     Answer answer = defaultAnswerOf(prompt);
-    for (const auto& [title, preset] : presets_)
-        if (title == prompt.title && answersOf(prompt.buttons).contains(preset))
-            answer = preset;
-    if (!quiet_) {
-        QString text = prompt.text;
-        text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
-        std::fprintf(stderr, "%s: %s\n", qUtf8Printable(prompt.title), qUtf8Printable(text.trimmed()));
-    }
+    if (answer == Answer::Retry)
+        answer = prompt.buttons == Buttons::AbortRetryIgnore ? Answer::Abort : Answer::Cancel;
+    if (!quiet_)
+        std::fprintf(stderr, "%s: %s\n", qUtf8Printable(prompt.title), qUtf8Printable(prompt.text.simplified()));
     return answer;
 }
 

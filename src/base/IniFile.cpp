@@ -1,4 +1,4 @@
-#include "startup/IniFile.h"
+#include "base/IniFile.h"
 
 #include <QFile>
 #include <QFileInfo>

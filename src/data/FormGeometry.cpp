@@ -1,8 +1,8 @@
-#include "startup/FormGeometry.h"
+#include "data/FormGeometry.h"
 
-#include "startup/Session.h"
-#include "startup/Settings.h"
-#include "startup/TextTools.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "base/TextTools.h"
 
 #include <QtMath>
 
