@@ -33,7 +33,8 @@ public:
     // File and folder pickers; an empty result means the user cancelled.
     virtual QString chooseOpenFile(const QString& title, const QString& start, const QString& filter);
     virtual QString chooseDirectory(const QString& title, const QString& start);
-    // Long work shows the busy pointer while it runs.
+    // Long work shows the busy pointer while it runs. A question asked
+    // meanwhile shows the ordinary pointer and gives the busy one back.
     virtual void setBusy(bool busy);
 
     Answer ask(const QString& title, const QString& text, Buttons buttons, Icon icon,

@@ -12,7 +12,6 @@ namespace tarlox {
 
 namespace {
 
-const QString kInfo = QStringLiteral("Info");
 
 FieldTexts forRecord(const QString& siteName, const FieldTexts& designed)
 {
@@ -27,8 +26,8 @@ FieldTexts forRecord(const QString& siteName, const FieldTexts& designed)
 ResolutionChoice ReadResolutionChoice(Session& s)
 {
     ResolutionChoice choice;
-    choice.lowDpi = GetLocal(s, kInfo, QStringLiteral("LowDPI")).trimmed();
-    choice.highDpi = GetLocal(s, kInfo, QStringLiteral("HighDPI")).trimmed();
+    choice.lowDpi = GetLocal(s, section::Info, QStringLiteral("LowDPI")).trimmed();
+    choice.highDpi = GetLocal(s, section::Info, QStringLiteral("HighDPI")).trimmed();
     if (choice.lowDpi.isEmpty())
         choice.lowDpi = QStringLiteral("200");
     if (choice.highDpi.isEmpty())
@@ -38,12 +37,12 @@ ResolutionChoice ReadResolutionChoice(Session& s)
 
 bool HighResolutionByDefault(Session& s)
 {
-    return GetLocalBool(s, kInfo, QStringLiteral("300dpi"));
+    return GetLocalBool(s, section::Info, QStringLiteral("300dpi"));
 }
 
 int DefaultBrightness(Session& s)
 {
-    return BrightnessFromText(GetLocal(s, kInfo, QStringLiteral("Brightness")));
+    return BrightnessFromText(GetLocal(s, section::Info, QStringLiteral("Brightness")));
 }
 
 QString PageSizeCodeFor(bool legal, bool a4)

@@ -14,10 +14,6 @@
 
 namespace tarlox {
 
-namespace {
-const QString kInfo = QStringLiteral("Info");
-}
-
 ScanEntry::ScanEntry(Session& session, QObject* parent)
     : QObject(parent)
     , session_(session)
@@ -64,8 +60,9 @@ ScanEntry::Result ScanEntry::cmdScan_Click(const ScanEntryFields& fields)
     StoreOptions options;
     options.duplicates = fields.duplicates;
     options.onStep = [this](const QString& label) { setStep(label); };
+    options.keepWorkFile = true;
     const auto scanInto = [&](const QString& workFile) {
-        ScannerSession scanner(s, ScanProfile::forScanEntry(workFile, tags, workFile), settings);
+        ScannerSession scanner(s, ScanProfile::forScanEntry(workFile, tags, s.imageFilePath), settings);
         scanner_ = &scanner;
         if (prepareScanner)
             prepareScanner(scanner);

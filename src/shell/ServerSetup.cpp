@@ -22,7 +22,6 @@ namespace tarlox {
 
 namespace {
 
-const QString Data = QStringLiteral("Data");
 
 QString notRespondingText(const Session& s)
 {
@@ -128,7 +127,7 @@ bool TestConnection(Session& s, const QString& title, bool anyFailure)
 bool CheckServerIni(Session& s, const QString& path)
 {
     s.traceCall(QStringLiteral("CheckServerIni"), {path});
-    auto key = [&](const char* name) { return GetIni(s, path, Data, QLatin1String(name)); };
+    auto key = [&](const char* name) { return GetIni(s, path, section::Data, QLatin1String(name)); };
     const QString type = key("DatabaseType");
     if (type.isEmpty())
         return false;
@@ -203,7 +202,7 @@ bool SaveServerInfo(Session& s, const ServerEntries& e)
     if (!PutLocal(s, QStringLiteral("Info"), QStringLiteral("ServerIni"), e.serverIni))
         return false;
     QDir().mkpath(QFileInfo(e.serverIni).absolutePath());
-    auto put = [&](const char* key, const QString& value) { return PutIni(s, e.serverIni, Data, QLatin1String(key), value); };
+    auto put = [&](const char* key, const QString& value) { return PutIni(s, e.serverIni, section::Data, QLatin1String(key), value); };
     const bool ok = put("DatabaseType", e.sql ? QStringLiteral("SQL") : QStringLiteral("Access"))
         && put("ConnectionTimeout", QString::number(ClampTimeout(e.timeout))) && put("Server", e.server) && put("UserID", e.userId)
         && put("Password", e.password) && put("DatabasePassword", e.databasePassword) && put("DataBase", e.database);

@@ -9,7 +9,6 @@
 namespace tarlox {
 
 namespace {
-const QString Info = QStringLiteral("Info");
 const QString NextName = QStringLiteral("NextName");
 }  // namespace
 
@@ -17,7 +16,7 @@ bool LoadSystemSettings(Session& s)
 {
     s.traceCall(QStringLiteral("LoadValues"));
     const bool read = ReadOptions(s);
-    PutLocal(s, Info, NextName, QString::number(s.options.nextName));
+    PutLocal(s, section::Info, NextName, QString::number(s.options.nextName));
     return read || s.options.status == 1;
 }
 
@@ -35,15 +34,15 @@ bool SaveSystemSettings(Session& s, const std::function<bool()>& saveFields, con
     const bool counterChanged = IntVal(choices.nextName) != s.options.nextName;
     bool ok = saveFields ? saveFields() : true;
     if (counterChanged) {
-        s.options.nextName = IntVal(GetLocal(s, Info, NextName));
+        s.options.nextName = IntVal(GetLocal(s, section::Info, NextName));
         ok = UpdateOptions(s) && ok;
     }
     s.drvMap = JoinDriveMap(choices.drvMapEntries);
-    PutLocal(s, Info, QStringLiteral("DrvMap"), s.drvMap);
+    PutLocal(s, section::Info, QStringLiteral("DrvMap"), s.drvMap);
     s.printer = choices.printer;
-    PutLocal(s, Info, QStringLiteral("Printer"), s.printer);
+    PutLocal(s, section::Info, QStringLiteral("Printer"), s.printer);
     s.serverPrinter = choices.serverPrinter;
-    PutLocal(s, Info, QStringLiteral("ServerPrinter"), s.serverPrinter);
+    PutLocal(s, section::Info, QStringLiteral("ServerPrinter"), s.serverPrinter);
     return ok;
 }
 

@@ -12,20 +12,20 @@
 #include "data/Settings.h"
 #include "base/TextTools.h"
 #include "startup/VersionUpgrade.h"
+#include "store/FileReplacement.h"
 #include "base/VolumeName.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QThreadPool>
 
 namespace tarlox {
 
 namespace {
 
-const QString Info = QStringLiteral("Info");
 const QString InvalidServerFileTitle = QStringLiteral("Invalid Server Information File");
-const QString Data = QStringLiteral("Data");
 
 QString notRespondingText(const Session& s)
 {
@@ -43,6 +43,17 @@ bool checkPrinter(Session& s, QString& name, int& bin)
         bin = 0;
     }
     return true;
+}
+
+// Work files of replacements that a killed program left behind go, off the
+// interface thread: a data directory may hold a few hundred thousand files.
+// A day old is older than any replacement in progress on any workstation.
+void RemoveStaleWorkFilesLater(const QStringList& directories)
+{
+    QThreadPool::globalInstance()->start([directories] {
+        for (const QString& directory : directories)
+            RemoveStaleWorkFiles(directory, std::chrono::hours(24));
+    });
 }
 
 }  // namespace
@@ -80,7 +91,7 @@ bool MakeIni(Session& s, FirstStart firstStart)
         return false;
     }
     s.serverIni = s.localIni;
-    PutIni(s, s.localIni, Info, QStringLiteral("ServerIni"), s.serverIni);
+    PutIni(s, s.localIni, section::Info, QStringLiteral("ServerIni"), s.serverIni);
 
     // The empty database is built by the ladder; no shipped file is needed.
     s.dataBase = s.programDir + QStringLiteral("Tarlox.db");
@@ -92,8 +103,8 @@ bool MakeIni(Session& s, FirstStart firstStart)
     s.db().allowCreate(false);
     if (!built)
         return false;
-    PutIni(s, s.serverIni, Data, QStringLiteral("DataBase"), s.dataBase);
-    PutIni(s, s.serverIni, Data, QStringLiteral("DatabaseType"), s.databaseType);
+    PutIni(s, s.serverIni, section::Data, QStringLiteral("DataBase"), s.dataBase);
+    PutIni(s, s.serverIni, section::Data, QStringLiteral("DatabaseType"), s.databaseType);
     // This machine is its own server: it also gets the Options row.
     s.options.version = s.programVersion;
     s.options.nextName = 1;
@@ -123,11 +134,11 @@ Status GetIniInfo(Session& s, FirstStart firstStart)
         return missing;
     }
 
-    s.serverIni = GetIni(s, s.localIni, Info, QStringLiteral("ServerIni"));
+    s.serverIni = GetIni(s, s.localIni, section::Info, QStringLiteral("ServerIni"));
     if (s.serverIni.isEmpty()) {
-        const QString dataBase = GetIni(s, s.localIni, Info, QStringLiteral("DataBase"));
+        const QString dataBase = GetIni(s, s.localIni, section::Info, QStringLiteral("DataBase"));
         s.serverIni = dataBase.left(dataBase.lastIndexOf(QLatin1Char('/')) + 1) + QStringLiteral("tarlox.ini");
-        PutIni(s, s.localIni, Info, QStringLiteral("ServerIni"), s.serverIni);
+        PutIni(s, s.localIni, section::Info, QStringLiteral("ServerIni"), s.serverIni);
     }
 
     while (!QFileInfo(s.serverIni).isFile()) {
@@ -140,8 +151,8 @@ Status GetIniInfo(Session& s, FirstStart firstStart)
             return missing;
     }
 
-    s.dataDir = GetIni(s, s.localIni, Info, QStringLiteral("DataDir"));
-    if (BoolFromIni(GetIni(s, s.localIni, Info, QStringLiteral("AddYear"))))
+    s.dataDir = GetIni(s, s.localIni, section::Info, QStringLiteral("DataDir"));
+    if (BoolFromIni(GetIni(s, s.localIni, section::Info, QStringLiteral("AddYear"))))
         s.dataDir += QString::number(s.now().date().year());
     if (!s.dataDir.isEmpty() && !QFileInfo(s.dataDir).isDir()) {
         QDir().mkpath(s.dataDir);
@@ -151,38 +162,38 @@ Status GetIniInfo(Session& s, FirstStart firstStart)
                              Buttons::Ok, Icon::Critical);
     }
 
-    s.dataBase = GetIni(s, s.serverIni, Data, QStringLiteral("DataBase"));
+    s.dataBase = GetIni(s, s.serverIni, section::Data, QStringLiteral("DataBase"));
     if (s.dataBase.isEmpty()) {
-        s.dataBase = GetIni(s, s.localIni, Info, QStringLiteral("DataBase"));
-        PutIni(s, s.serverIni, Data, QStringLiteral("DataBase"), s.dataBase);
+        s.dataBase = GetIni(s, s.localIni, section::Info, QStringLiteral("DataBase"));
+        PutIni(s, s.serverIni, section::Data, QStringLiteral("DataBase"), s.dataBase);
     }
     if (!s.dataDir.isEmpty())
         s.dataVolume = GetVolumeName(s.dataDir);
 
-    if (GetIni(s, s.serverIni, Data, QStringLiteral("DatabaseType")).isEmpty()) {
-        QString type = GetIni(s, s.localIni, Data, QStringLiteral("DatabaseType"));
+    if (GetIni(s, s.serverIni, section::Data, QStringLiteral("DatabaseType")).isEmpty()) {
+        QString type = GetIni(s, s.localIni, section::Data, QStringLiteral("DatabaseType"));
         if (type.isEmpty())
             type = QStringLiteral("Access");
-        PutIni(s, s.serverIni, Data, QStringLiteral("DatabaseType"), type);
+        PutIni(s, s.serverIni, section::Data, QStringLiteral("DatabaseType"), type);
         for (const char* key : {"ConnectionTimeout", "Server", "UserID", "Password", "DatabasePassword"})
-            PutIni(s, s.serverIni, Data, QLatin1String(key), GetIni(s, s.localIni, Data, QLatin1String(key)));
+            PutIni(s, s.serverIni, section::Data, QLatin1String(key), GetIni(s, s.localIni, section::Data, QLatin1String(key)));
     }
     GetServerInfo(s);
 
-    s.tempDir = GetIni(s, s.localIni, Info, QStringLiteral("TempDir"));
+    s.tempDir = GetIni(s, s.localIni, section::Info, QStringLiteral("TempDir"));
     if (s.tempDir.isEmpty()) {
         s.tempDir = s.programDir + QStringLiteral("DATA");
-        PutIni(s, s.localIni, Info, QStringLiteral("TempDir"), s.tempDir);
+        PutIni(s, s.localIni, section::Info, QStringLiteral("TempDir"), s.tempDir);
     }
 
-    s.drvMap = GetIni(s, s.localIni, Info, QStringLiteral("DrvMap"));
-    s.printer = GetIni(s, s.localIni, Info, QStringLiteral("Printer"));
-    s.printerBin = IntVal(GetIni(s, s.localIni, Info, QStringLiteral("PrinterBin")));
+    s.drvMap = GetIni(s, s.localIni, section::Info, QStringLiteral("DrvMap"));
+    s.printer = GetIni(s, s.localIni, section::Info, QStringLiteral("Printer"));
+    s.printerBin = IntVal(GetIni(s, s.localIni, section::Info, QStringLiteral("PrinterBin")));
     if (s.defaultPrinter)
         s.systemPrinter = s.defaultPrinter();
     checkPrinter(s, s.printer, s.printerBin);
-    s.serverPrinter = GetIni(s, s.localIni, Info, QStringLiteral("ServerPrinter"));
-    s.serverPrinterBin = IntVal(GetIni(s, s.localIni, Info, QStringLiteral("ServerPrinterBin")));
+    s.serverPrinter = GetIni(s, s.localIni, section::Info, QStringLiteral("ServerPrinter"));
+    s.serverPrinterBin = IntVal(GetIni(s, s.localIni, section::Info, QStringLiteral("ServerPrinterBin")));
     checkPrinter(s, s.serverPrinter, s.serverPrinterBin);
 
     while (!ReadOptions(s)) {
@@ -202,7 +213,7 @@ Status GetIniInfo(Session& s, FirstStart firstStart)
 
 void ReadSessionSettings(Session& s)
 {
-    auto info = [&](const char* key) { return GetIni(s, s.localIni, Info, QLatin1String(key)); };
+    auto info = [&](const char* key) { return GetIni(s, s.localIni, section::Info, QLatin1String(key)); };
     auto draw = [&](const char* key) { return GetIni(s, s.localIni, QStringLiteral("Draw"), QLatin1String(key)); };
     auto custom = [&](const char* key) { return GetIni(s, s.localIni, QStringLiteral("Custom"), QLatin1String(key)); };
     s.drvMap = info("DrvMap");
@@ -291,6 +302,7 @@ Status StartSession(Session& s, FirstStart firstStart)
 {
     if (Status failure = GetInfo(s, firstStart); !failure.ok())
         return failure;
+    RemoveStaleWorkFilesLater({s.dataDir, s.tempDir});
     if (s.machine.errorNumber == 1) {
         // A machine without a row gets one, named after the person logged on.
         s.machine.userName = qEnvironmentVariable("USER");

@@ -15,6 +15,7 @@
 #include "store/NextImage.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace tarlox {
@@ -22,7 +23,6 @@ namespace tarlox {
 namespace {
 
 const QString ErrorTitle = QStringLiteral("Error");
-const QString Info = QStringLiteral("Info");
 
 QString normalized(const QString& path) { return QDir::cleanPath(QFileInfo(path).absoluteFilePath()); }
 
@@ -73,14 +73,14 @@ bool GetImage(Session& s, qint32 number)
     } else {
         s.currentImage = number;
         s.imageFileName = ImageFileNameFor(number);
-        PutLocal(s, Info, QStringLiteral("Last Image"), s.imageFileName);
+        PutLocal(s, section::Info, QStringLiteral("Last Image"), s.imageFileName);
         const DriveMapResult local = ApplyDriveMap(s.drvMap, s.image.path, MapDirection::ToLocal);
         if (!local.ok()) {
             ReportError(prompter, ErrorDetails{QStringLiteral("GetImage"), QStringLiteral("Applying Drive Map"), 5, local.error});
             return false;
         }
         s.storedPath = local.path;
-        PutLocal(s, Info, QStringLiteral("ImageDir"), s.storedPath);
+        PutLocal(s, section::Info, QStringLiteral("ImageDir"), s.storedPath);
         s.imageFilePath = JoinPath(s.storedPath, s.imageFileName);
         s.tempFilePath = JoinPath(s.tempDir, s.imageFileName);
         while (!FileExists(s.imageFilePath)) {
@@ -138,10 +138,10 @@ StoreResult SaveMTR(Session& s, int dpi, const PageWriter& writePages, const Sto
     image.imageNumber = s.info.imageNumber = taken->number;
     // The directory of the number just taken, not of the image addressed before.
     image.path = taken->storedPath;
-    PutLocal(s, Info, QStringLiteral("Last Image"), taken->fileName);
-    PutLocal(s, Info, QStringLiteral("ImageDir"), taken->storedPath);
-    PutLocal(s, Info, QStringLiteral("Size"), s.pageSizeCode);
-    PutLocal(s, Info, QStringLiteral("DPI"), QString::number(dpi));
+    PutLocal(s, section::Info, QStringLiteral("Last Image"), taken->fileName);
+    PutLocal(s, section::Info, QStringLiteral("ImageDir"), taken->storedPath);
+    PutLocal(s, section::Info, QStringLiteral("Size"), s.pageSizeCode);
+    PutLocal(s, section::Info, QStringLiteral("DPI"), QString::number(dpi));
 
     // The pages go to a work file first, so that the report's own name never
     // holds a half-written file.
@@ -156,19 +156,21 @@ StoreResult SaveMTR(Session& s, int dpi, const PageWriter& writePages, const Sto
             return {Outcome::NotCreated};
         }
         replacement.emplace(std::move(begun.value()));
+        // The pages make the file: a writer that writes nothing leaves none.
+        QFile::remove(replacement->workPath());
     }
     const QString work = separateWork ? taken->tempFilePath : replacement->workPath();
     if (separateWork)
         KillFile(work);
     step(QStringLiteral("Scanning"));
-    const bool written = writePages && writePages(work) && QFileInfo(work).isFile();
+    const bool written = writePages && writePages(work) && QFileInfo(work).size() > 0;
     if (written) {
         step(QStringLiteral("Copy from Temp"));
         const IoStatus placed = separateWork ? ReplaceWithCopy(work, taken->filePath) : replacement->commit();
         if (!placed)
             ReportError(s.prompter(), ErrorDetails{QStringLiteral("SaveMTR"), QStringLiteral("Saving Image"), 75, placed.error()});
     }
-    if (separateWork)
+    if (separateWork && !(options.keepWorkFile && FileExists(taken->filePath)))
         KillFile(work);
     replacement.reset();
 

@@ -35,6 +35,9 @@ struct StoreOptions {
     // Told each step as it begins: "GetNextImage", "Scanning", "Copy from
     // Temp", "Add data" (or "Image not created").
     std::function<void(const QString&)> onStep;
+    // A work file in the temporary directory stays there after the copy
+    // (a scan's does, as the scan screen's always has).
+    bool keepWorkFile = false;
 };
 
 // The one way a new report is stored, whatever brought its pages in (a

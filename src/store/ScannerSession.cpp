@@ -19,7 +19,6 @@ namespace tarlox {
 
 namespace {
 
-const QString kInfo = QStringLiteral("Info");
 const QString kScannerError = QStringLiteral("Scanner Error");
 
 // Sheets read ahead of the page being worked on: enough to keep the
@@ -90,16 +89,16 @@ ScanProfile ScanProfile::forPage()
 ScanSettings ScanSettings::read(Session& s, int dpi, int brightness, const QString& pageSizeCode)
 {
     ScanSettings settings;
-    settings.device = GetLocal(s, kInfo, QStringLiteral("Device")).trimmed();
+    settings.device = GetLocal(s, section::Info, QStringLiteral("Device")).trimmed();
     settings.dpi = dpi;
     settings.brightness = brightness;
     settings.pageSizeCode = pageSizeCode;
-    settings.useAdf = GetLocalBool(s, kInfo, QStringLiteral("UseADF"));
-    settings.showInvert = GetLocalBool(s, kInfo, QStringLiteral("ShowInvert"));
-    settings.checkPalette = GetLocalBool(s, kInfo, QStringLiteral("CheckPalette"));
-    settings.ignoreSize = GetLocalBool(s, kInfo, QStringLiteral("IgnoreSize"));
-    settings.deskew = GetLocalBool(s, kInfo, QStringLiteral("Deskew"));
-    settings.invert = GetLocalBool(s, kInfo, QStringLiteral("Invert"));
+    settings.useAdf = GetLocalBool(s, section::Info, QStringLiteral("UseADF"));
+    settings.showInvert = GetLocalBool(s, section::Info, QStringLiteral("ShowInvert"));
+    settings.checkPalette = GetLocalBool(s, section::Info, QStringLiteral("CheckPalette"));
+    settings.ignoreSize = GetLocalBool(s, section::Info, QStringLiteral("IgnoreSize"));
+    settings.deskew = GetLocalBool(s, section::Info, QStringLiteral("Deskew"));
+    settings.invert = GetLocalBool(s, section::Info, QStringLiteral("Invert"));
     settings.scannerInterface = s.scannerInterface;
     return settings;
 }
@@ -327,9 +326,7 @@ void ScannerSession::runPass(int maxSheets)
 void ScannerSession::pageFailed(const QString& text)
 {
     session_.traceCall(QStringLiteral("twnMain_PageScanned"), {QStringLiteral("failed")});
-    session_.prompter().setBusy(false);
     session_.prompter().ask(kScannerError, text, Buttons::Ok, Icon::None);
-    session_.prompter().setBusy(true);
     scanDone_ = false;
 }
 
@@ -358,9 +355,7 @@ void ScannerSession::pageScanned(const QImage& scanned)
         question.icon = Icon::Critical;
         question.defaultAnswer = Answer::No;
         question.withHelp = profile_.sizeTestHelp;
-        session_.prompter().setBusy(false);
         const Answer answer = session_.prompter().ask(question);
-        session_.prompter().setBusy(true);
         if (answer != Answer::Yes)
             return;
     }

@@ -10,11 +10,10 @@ namespace tarlox {
 
 namespace {
 
-const QString Draw = QStringLiteral("Draw");
 
 void put(Session& s, const char* key, const QString& value)
 {
-    PutLocal(s, Draw, QLatin1String(key), value);
+    PutLocal(s, section::Draw, QLatin1String(key), value);
 }
 
 }  // namespace

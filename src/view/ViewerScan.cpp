@@ -13,7 +13,6 @@
 namespace tarlox {
 
 namespace {
-const QString Info = QStringLiteral("Info");
 }
 
 double PageLengthOf(const QString& code)
@@ -27,10 +26,10 @@ double PageLengthOf(const QString& code)
 
 int RescanDpi(Session& s, double dpiOfPageShown)
 {
-    QString low = GetLocal(s, Info, QStringLiteral("LowDPI"));
+    QString low = GetLocal(s, section::Info, QStringLiteral("LowDPI"));
     if (low.isEmpty())
         low = QStringLiteral("200");
-    QString high = GetLocal(s, Info, QStringLiteral("HighDPI"));
+    QString high = GetLocal(s, section::Info, QStringLiteral("HighDPI"));
     if (high.isEmpty())
         high = QStringLiteral("300");
     const int highValue = IntVal(high);
@@ -66,17 +65,17 @@ std::optional<QImage> AcceptScannedPage(Session& s, const QImage& scanned, doubl
     if (dpi.y <= 0)
         dpi = Dpi{kDefaultDpi, kDefaultDpi};
     const int scanHeight = page.height();
-    if ((dpi.y - 1) * pageLength > scanHeight + 5 && !GetLocalBool(s, Info, QStringLiteral("IgnoreSize"))) {
+    if ((dpi.y - 1) * pageLength > scanHeight + 5 && !GetLocalBool(s, section::Info, QStringLiteral("IgnoreSize"))) {
         const Answer answer = s.prompter().ask(QStringLiteral("Scanner Error"), ScanTooSmallText(pageLength, scanHeight / dpi.y),
                                                Buttons::YesNo, Icon::Critical, Answer::No);
         if (answer != Answer::Yes)
             return std::nullopt;
     }
-    if (GetLocalBool(s, Info, QStringLiteral("Deskew"))) {
+    if (GetLocalBool(s, section::Info, QStringLiteral("Deskew"))) {
         if (auto straight = DeskewPage(page); straight)
             page = std::move(*straight);
     }
-    if (GetLocalBool(s, Info, QStringLiteral("Invert")))
+    if (GetLocalBool(s, section::Info, QStringLiteral("Invert")))
         page = InvertPage(page);
     const int length = int(dpi.y * pageLength);
     if (length > 0 && length < page.height()) {

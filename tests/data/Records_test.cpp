@@ -130,16 +130,20 @@ TEST_P(RecordsTest, ContactsKeepBlanksAndApostrophes)
     EXPECT_EQ(lines.size(), 1);
 }
 
-TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessKeptOpen)
+TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessAScopeKeepsItOpen)
 {
     const int before = s().db().opensSoFar();
     ASSERT_TRUE(ReadOptions(s()));
     EXPECT_FALSE(s().db().isOpen());
     ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().db().opensSoFar(), before + 2);
-    ASSERT_TRUE(ReadOptions(s()));
-    EXPECT_TRUE(s().db().isOpen());
-    ASSERT_TRUE(ReadUser(s(), QString()));
+    {
+        ConnectionScope outer(s().db());
+        ConnectionScope inner(s().db());
+        ASSERT_TRUE(ReadOptions(s()));
+        ASSERT_TRUE(ReadUser(s(), QString()));
+        EXPECT_TRUE(s().db().isOpen());
+    }
     EXPECT_FALSE(s().db().isOpen());
     EXPECT_EQ(s().db().opensSoFar(), before + 3);
 }

@@ -134,7 +134,8 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
 {
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other));  // the other session keeps its connection open
+    auto held = std::make_optional<ConnectionScope>(other->db());  // the other session keeps its connection open
+    ASSERT_TRUE(ReadOptions(*other));
 
     EXPECT_FALSE(compact());
     const QString text = site.prompter().textOf(QStringLiteral("Error"));
@@ -145,7 +146,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
     EXPECT_EQ(contactsIn(database()), 10);
 
     // Once the other one is gone, the rebuild goes through.
-    other->db().close();
+    held.reset();
     site.prompter().clear();
     EXPECT_TRUE(compact());
     EXPECT_TRUE(QFileInfo::exists(oldFile()));

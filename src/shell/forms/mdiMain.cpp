@@ -12,6 +12,7 @@
 #include "data/FormGeometry.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
+#include "data/Settings.h"
 #include "startup/Startup.h"
 #include "store/SaneDevices.h"
 
@@ -30,7 +31,6 @@ namespace tarlox {
 
 namespace {
 
-const QString FormSection = QStringLiteral("Form");
 
 constexpr Qt::WindowStates SizeStates = Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen;
 
@@ -442,7 +442,7 @@ QWidget* mdiMain::openChild(const FormEntry& entry)
     if (designedSize)
         window->resize(window->size() - window->contentsRect().size() + designed);
     window->show();
-    GetFormSize(session_, window, FormSection, entry.name);
+    GetFormSize(session_, window, section::Form, entry.name);
     ChildLoad(window);
     area_->setActiveSubWindow(window);
     return form;
@@ -471,7 +471,7 @@ QWidget* mdiMain::openDialog(const FormEntry& entry)
 
 void mdiMain::childUnloading(ChildWindow* window)
 {
-    SaveFormSize(session_, window, FormSection, window->formName());
+    SaveFormSize(session_, window, section::Form, window->formName());
     ChildUnload(window);
     if (currentChild_ == window->form())
         currentChild_ = nullptr;
