@@ -1,72 +1,75 @@
 #include "cli/Command.h"
-#include "cli/Options.h"
+#include "cli/Values.h"
 
 #include "capture/FileReport.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
-#include "base/TextTools.h"
 
 namespace tarlox::cli {
 
 namespace {
 
-const QStringList ValueOptions{QStringLiteral("heat"), QStringLiteral("part"), QStringLiteral("po"), QStringLiteral("vendor"),
-                               QStringLiteral("mfg"), QStringLiteral("size"), QStringLiteral("dpi")};
-const QStringList FlagOptions{QStringLiteral("allow-duplicate")};
-
-QString sizeCode(const QString& size)
-{
-    if (size.isEmpty() || size == QLatin1String("letter"))
-        return QStringLiteral(" ");
-    if (size == QLatin1String("legal"))
-        return QStringLiteral("G");
-    if (size == QLatin1String("a4"))
-        return QStringLiteral("A");
-    return {};
-}
-
 // Stores the pages of files as one new report and prints its image number.
 class Add : public Command {
 public:
     QString name() const override { return QStringLiteral("add"); }
-    QString usage() const override
+    QString summary() const override
     {
-        return QStringLiteral("add --heat H --part P [--po X] [--vendor V] [--mfg M] [--size letter|legal|a4] [--dpi N] [--allow-duplicate] FILE...");
+        return QStringLiteral("store files (TIFF, PNG, JPEG, BMP, GIF, PDF) as one new report; prints its image number");
+    }
+    QString arguments() const override { return QStringLiteral("FILE..."); }
+
+    QList<QCommandLineOption> options() const override
+    {
+        return IndexFieldOptions() + QList<QCommandLineOption>{
+            {QStringLiteral("size"), PageSizeHelp, QStringLiteral("SIZE")},
+            {QStringLiteral("dpi"), QStringLiteral("resolution of PDF pages and of pictures that record none, 50 to 1200 (default 200)"),
+             QStringLiteral("N")},
+            {QStringLiteral("allow-duplicate"), QStringLiteral("store the report even when its references are already on file")},
+        };
     }
 
-    QString checkUsage(const QStringList& arguments) const override
+    QString read(const QCommandLineParser& p) override
     {
-        const ParsedOptions o = ParseOptions(arguments, ValueOptions, FlagOptions);
-        if (!o.error.isEmpty())
-            return o.error;
-        if (o.positional.isEmpty())
-            return QStringLiteral("add needs at least one FILE");
-        if (sizeCode(o.value(QStringLiteral("size"))).isEmpty())
-            return QStringLiteral("--size must be letter, legal or a4");
-        if (o.has(QStringLiteral("dpi")) && IntVal(o.value(QStringLiteral("dpi"))) <= 0)
-            return QStringLiteral("--dpi must be a positive number");
+        request_.files = p.positionalArguments();
+        if (request_.files.isEmpty())
+            return QStringLiteral("needs at least one FILE");
+        const Parsed<QString> size = PageSizeValue(QStringLiteral("--size"), p.value(QStringLiteral("size")));
+        if (!size)
+            return size.error;
+        request_.pageSizeCode = size.value;
+        if (p.isSet(QStringLiteral("dpi"))) {
+            const Parsed<int> dpi = DpiValue(QStringLiteral("--dpi"), p.value(QStringLiteral("dpi")));
+            if (!dpi)
+                return dpi.error;
+            request_.dpi = dpi.value;
+        }
+        info_.heat = p.value(QStringLiteral("heat"));
+        info_.part = p.value(QStringLiteral("part"));
+        info_.po = p.value(QStringLiteral("po"));
+        info_.vend = p.value(QStringLiteral("vendor"));
+        info_.mfg = p.value(QStringLiteral("mfg"));
+        allowDuplicate_ = p.isSet(QStringLiteral("allow-duplicate"));
         return {};
     }
 
-    int run(CommandContext& context) override
+    int run(Session& s) override
     {
-        const ParsedOptions o = ParseOptions(context.arguments, ValueOptions, FlagOptions);
-        Session& s = context.session;
-
-        s.info = InfoRecord{};
-        s.info.heat = o.value(QStringLiteral("heat"));
-        s.info.part = o.value(QStringLiteral("part"));
-        s.info.po = o.value(QStringLiteral("po"));
-        s.info.vend = o.value(QStringLiteral("vendor"));
-        s.info.mfg = o.value(QStringLiteral("mfg"));
-        FileReportRequest request{o.positional, sizeCode(o.value(QStringLiteral("size"))), IntVal(o.value(QStringLiteral("dpi"))),
-                                  o.has(QStringLiteral("allow-duplicate")) ? Duplicates::Allow : Duplicates::AsSettings};
-        const FileReportResult result = AddReportFromFiles(s, request);
+        s.info = info_;
+        // Nobody is asked about an entry on file already: --allow-duplicate,
+        // or the site's "DupeOK", decides.
+        request_.duplicates = allowDuplicate_ ? Duplicates::Allow : Duplicates::AsSettings;
+        const FileReportResult result = AddReportFromFiles(s, request_);
         if (!result.imageNumber)
             return fail(result.error.isEmpty() ? QStringLiteral("the report was not stored") : result.error);
         printLine(QString::number(result.imageNumber));
         return Success;
     }
+
+private:
+    FileReportRequest request_;
+    InfoRecord info_;
+    bool allowDuplicate_ = false;
 };
 
 }  // namespace

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
-#include <cstdio>
 #include <memory>
-
-#include "base/Status.h"
+#include <optional>
 
 namespace tarlox {
 class Session;
@@ -14,25 +15,42 @@ class Session;
 
 namespace tarlox::cli {
 
-// Exit codes of tarlox-cli.
-enum ExitCode { Success = 0, Failure = 1, BadUsage = 2, Unreachable = 3 };
+// Exit codes of tarlox-cli, also listed by "tarlox-cli help". Scripts may
+// rely on them:
+//   0 the command did what it was asked;
+//   1 it failed, with one line on the error output saying why;
+//   2 the command line is wrong (unknown command or option, bad value);
+//   3 the database can't be reached: nothing was done, try again later.
+enum ExitCode { Success = 0, Failure = 1, BadUsage = 2, DatabaseUnreachable = 3 };
 
-struct CommandContext {
-    tarlox::Session& session;
-    QStringList arguments;  // after the command's name
-};
-
-// One subcommand of tarlox-cli.
+// One subcommand of tarlox-cli. A command declares its options once; the
+// base parses them, answers --help from them and hands the parsed line to
+// read() before any session starts, so a usage error touches no file.
 class Command {
 public:
     virtual ~Command() = default;
     virtual QString name() const = 0;
-    virtual QString usage() const = 0;
-    // Whether the command needs a started session (settings and database).
+    // One line for the list of commands.
+    virtual QString summary() const = 0;
+    // The positional arguments as the usage line shows them ("FILE...").
+    virtual QString arguments() const { return {}; }
+    virtual QList<QCommandLineOption> options() const { return {}; }
+    // True when everything after the first positional argument is taken as
+    // it stands, so that values such as "-200" need no "--".
+    virtual bool optionsOnlyBeforeArguments() const { return false; }
+    // Whether run() needs a started session (settings and database).
     virtual bool needsSession() const { return true; }
-    // A message when the arguments can't be right, checked before the session starts.
-    virtual QString checkUsage(const QStringList& arguments) const { (void)arguments; return {}; }
-    virtual int run(CommandContext& context) = 0;
+    // Takes the values from the parsed line: empty when the command can run,
+    // else one line naming the option or argument at fault.
+    virtual QString read(const QCommandLineParser& parser) = 0;
+    virtual int run(Session& session) = 0;
+
+    // The usage line, the summary and every option described.
+    QString help() const;
+    // Parses the arguments after the command's name. nullopt when the
+    // command is ready to run; otherwise the exit code (after the help or
+    // a usage error was printed).
+    std::optional<int> parse(const QStringList& arguments);
 };
 
 std::unique_ptr<Command> makeInitCommand();
@@ -43,12 +61,17 @@ std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
 
-// Output helpers: stdout for results, stderr for one-line failures.
+// --heat, --part, --po, --vendor and --mfg of a new report.
+QList<QCommandLineOption> IndexFieldOptions();
+// "-h, --help".
+QCommandLineOption HelpOption();
+// The options as a help text: names and value name, then the description.
+QString OptionsHelp(const QList<QCommandLineOption>& options);
+
+// Output: stdout for results, stderr for one-line failures.
 void printLine(const QString& text);
+void printError(const QString& message);
 int fail(const QString& message);
 int badUsage(const QString& message);
-// A session that could not start: its one line, and Unreachable when the
-// database did not answer (a script may try again later), else Failure.
-int failStart(const tarlox::Status& failure);
 
 }  // namespace tarlox::cli

@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "cli/Values.h"
 
 #include "data/ImageData.h"
 #include "search/FindQuery.h"
@@ -9,6 +10,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace tarlox::cli {
 
@@ -29,91 +31,98 @@ QString isoDate(const QDateTime& value) { return value.isValid() ? value.toStrin
 class FindCommand : public Command {
 public:
     QString name() const override { return QStringLiteral("find"); }
-    QString usage() const override
+    QString summary() const override { return QStringLiteral("find references as the Find screen does; prints the count line and the rows"); }
+
+    QList<QCommandLineOption> options() const override
     {
-        return QStringLiteral("find [--heat --part --po --vendor --mfg --image --path VALUE] [--from DATE] [--to DATE] [--limit N] "
-                              "[--format text|csv|json]");
+        const QString value = QStringLiteral("VALUE");
+        const QString lists = QStringLiteral(", with * and ? wild cards and comma lists");
+        return {
+            {QStringLiteral("heat"), QStringLiteral("heat number") + lists, value},
+            {QStringLiteral("part"), QStringLiteral("part number") + lists, value},
+            {QStringLiteral("po"), QStringLiteral("purchase order") + lists, value},
+            {QStringLiteral("vendor"), QStringLiteral("vendor") + lists, value},
+            {QStringLiteral("mfg"), QStringLiteral("manufacturer") + lists, value},
+            {QStringLiteral("image"), QStringLiteral("image number") + lists, value},
+            {QStringLiteral("path"), QStringLiteral("stored path") + lists, value},
+            {QStringLiteral("from"), QStringLiteral("entered on or after DATE (month/day/year or yyyy-mm-dd)"), QStringLiteral("DATE")},
+            {QStringLiteral("to"), QStringLiteral("entered on or before DATE, through its whole day"), QStringLiteral("DATE")},
+            {QStringLiteral("limit"), QStringLiteral("show at most N rows (default: FindRecords of the settings, else 100)"), QStringLiteral("N")},
+            {QStringLiteral("format"), QStringLiteral("text (default), csv or json"), QStringLiteral("FORMAT")},
+        };
     }
 
-    int run(CommandContext& context) override
+    QString read(const QCommandLineParser& p) override
     {
-        Session& s = context.session;
-        FindCriteria criteria;
-        const QList<QPair<QString, QString*>> boxes{
-            {QStringLiteral("heat"), &criteria.heat},   {QStringLiteral("part"), &criteria.part},
-            {QStringLiteral("po"), &criteria.po},       {QStringLiteral("vendor"), &criteria.vend},
-            {QStringLiteral("mfg"), &criteria.mfg},     {QStringLiteral("image"), &criteria.imageNumber},
-            {QStringLiteral("path"), &criteria.path},   {QStringLiteral("from"), &criteria.from},
-            {QStringLiteral("to"), &criteria.to},
-        };
-        QString format = QStringLiteral("text");
-        QString limitText;
-        QStringList args = context.arguments;
-        while (!args.isEmpty()) {
-            QString option = args.takeFirst();
-            if (!option.startsWith(QLatin1String("--")))
-                return badUsage(QStringLiteral("unexpected argument ") + option + QStringLiteral("\nusage: tarlox-cli ") + usage());
-            QString value;
-            const qsizetype equals = option.indexOf(QLatin1Char('='));
-            if (equals > 0) {
-                value = option.mid(equals + 1);
-                option.truncate(equals);
-            } else {
-                if (args.isEmpty())
-                    return badUsage(option + QStringLiteral(" needs a value"));
-                value = args.takeFirst();
-            }
-            const QString key = option.mid(2);
-            if (key == QLatin1String("format")) {
-                format = value;
+        if (!p.positionalArguments().isEmpty())
+            return QStringLiteral("unexpected argument ") + p.positionalArguments().first();
+        criteria_.heat = p.value(QStringLiteral("heat"));
+        criteria_.part = p.value(QStringLiteral("part"));
+        criteria_.po = p.value(QStringLiteral("po"));
+        criteria_.vend = p.value(QStringLiteral("vendor"));
+        criteria_.mfg = p.value(QStringLiteral("mfg"));
+        criteria_.imageNumber = p.value(QStringLiteral("image"));
+        criteria_.path = p.value(QStringLiteral("path"));
+        for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &criteria_.from}, std::pair{QStringLiteral("to"), &criteria_.to}}) {
+            const QString text = p.value(option);
+            if (text.trimmed().isEmpty())
                 continue;
-            }
-            if (key == QLatin1String("limit")) {
-                limitText = value;
-                continue;
-            }
-            const auto box = std::find_if(boxes.begin(), boxes.end(), [&](const auto& b) { return b.first == key; });
-            if (box == boxes.end())
-                return badUsage(QStringLiteral("unknown option ") + option + QStringLiteral("\nusage: tarlox-cli ") + usage());
-            *box->second = value;
+            const Parsed<QDate> day = DateValue(QStringLiteral("--") + option, text);
+            if (!day)
+                return day.error;
+            *date = day.value.toString(Qt::ISODate);
         }
-        if (format != QLatin1String("text") && format != QLatin1String("csv") && format != QLatin1String("json"))
-            return badUsage(QStringLiteral("--format must be text, csv or json"));
-        int limit = ReadFindRecords(s);
-        if (!limitText.isEmpty()) {
-            bool ok = false;
-            limit = limitText.toInt(&ok);
-            if (!ok || limit < 1)
-                return badUsage(QStringLiteral("--limit must be a whole number above 0"));
+        if (p.isSet(QStringLiteral("limit"))) {
+            const Parsed<int> limit = IntegerValue(QStringLiteral("--limit"), p.value(QStringLiteral("limit")), 1);
+            if (!limit)
+                return limit.error;
+            limit_ = limit.value;
         }
+        format_ = p.isSet(QStringLiteral("format")) ? p.value(QStringLiteral("format")) : QStringLiteral("text");
+        if (format_ != QLatin1String("text") && format_ != QLatin1String("csv") && format_ != QLatin1String("json"))
+            return QStringLiteral("--format takes text, csv or json, not \"") + format_ + QLatin1Char('"');
+        return {};
+    }
 
-        FindResult result = FindReferences(s, criteria, limit);
+    int run(Session& s) override
+    {
+        const int limit = limit_ ? limit_ : ReadFindRecords(s);
+        FindResult result = FindReferences(s, criteria_, limit);
         if (result.problem)
             return fail(FindProblemText(result.problem) + (result.problem.kind == FindProblem::Kind::InvalidDate
                                                                ? QStringLiteral(": ") + result.problem.value
                                                                : QString()));
         if (result.failed)
             return fail(QStringLiteral("the references could not be read"));
+        if (format_ == QLatin1String("json"))
+            printJson(result);
+        else
+            printTable(s, result, format_ == QLatin1String("csv"));
+        return Success;
+    }
 
-        if (format == QLatin1String("json")) {
-            QJsonArray rows;
-            for (const InfoRow& r : std::as_const(result.rows))
-                rows.append(QJsonObject{{QStringLiteral("heat"), r.heat},
-                                        {QStringLiteral("part"), r.part},
-                                        {QStringLiteral("po"), r.po},
-                                        {QStringLiteral("vendor"), r.vend},
-                                        {QStringLiteral("mfg"), r.mfg},
-                                        {QStringLiteral("entryDate"), isoDate(r.entryDate)},
-                                        {QStringLiteral("imageNumber"), r.imageNumber},
-                                        {QStringLiteral("path"), r.path}});
-            const QJsonObject out{{QStringLiteral("found"), result.found},
-                                  {QStringLiteral("shown"), result.lastIndex + 1},
-                                  {QStringLiteral("countLine"), result.countLine()},
-                                  {QStringLiteral("rows"), rows}};
-            printLine(QString::fromUtf8(QJsonDocument(out).toJson(QJsonDocument::Indented)).trimmed());
-            return Success;
-        }
+private:
+    static void printJson(const FindResult& result)
+    {
+        QJsonArray rows;
+        for (const InfoRow& r : std::as_const(result.rows))
+            rows.append(QJsonObject{{QStringLiteral("heat"), r.heat},
+                                    {QStringLiteral("part"), r.part},
+                                    {QStringLiteral("po"), r.po},
+                                    {QStringLiteral("vendor"), r.vend},
+                                    {QStringLiteral("mfg"), r.mfg},
+                                    {QStringLiteral("entryDate"), isoDate(r.entryDate)},
+                                    {QStringLiteral("imageNumber"), r.imageNumber},
+                                    {QStringLiteral("path"), r.path}});
+        const QJsonObject out{{QStringLiteral("found"), result.found},
+                              {QStringLiteral("shown"), result.lastIndex + 1},
+                              {QStringLiteral("countLine"), result.countLine()},
+                              {QStringLiteral("rows"), rows}};
+        printLine(QString::fromUtf8(QJsonDocument(out).toJson(QJsonDocument::Indented)).trimmed());
+    }
 
+    static void printTable(const Session& s, const FindResult& result, bool csv)
+    {
         const auto label = [](const QString& shortName, const char* builtIn) {
             return shortName.isEmpty() ? QString(QLatin1String(builtIn)) : shortName;
         };
@@ -122,48 +131,42 @@ public:
                                QStringLiteral("Image #"),      QStringLiteral("Path")};
         QList<QStringList> lines;
         for (const InfoRow& r : std::as_const(result.rows))
-            lines << QStringList{r.heat, r.part, r.po, r.vend, r.mfg,
-                                 format == QLatin1String("csv") ? isoDate(r.entryDate) : ListDateText(r.entryDate),
+            lines << QStringList{r.heat, r.part, r.po, r.vend, r.mfg, csv ? isoDate(r.entryDate) : ListDateText(r.entryDate),
                                  QString::number(r.imageNumber), r.path};
 
-        if (format == QLatin1String("csv")) {
+        if (csv) {
             // The count line goes to stderr so that stdout is the table alone.
             std::fprintf(stderr, "%s\n", qUtf8Printable(result.countLine()));
-            QStringList fields;
-            for (const QString& h : head)
-                fields << csvField(h);
-            printLine(fields.join(QLatin1Char(',')));
-            for (const QStringList& line : std::as_const(lines)) {
-                fields.clear();
+            for (const QStringList& line : QList<QStringList>{head} + lines) {
+                QStringList fields;
                 for (const QString& f : line)
                     fields << csvField(f);
                 printLine(fields.join(QLatin1Char(',')));
             }
-            return Success;
+            return;
         }
 
         printLine(result.countLine());
         if (lines.isEmpty())
-            return Success;
+            return;
         QList<qsizetype> widths;
         for (const QString& h : head)
             widths << h.size();
         for (const QStringList& line : std::as_const(lines))
             for (qsizetype i = 0; i < line.size(); ++i)
                 widths[i] = std::max(widths[i], line[i].size());
-        const auto print = [&](const QStringList& line) {
+        for (const QStringList& line : QList<QStringList>{head} + lines) {
             QString text;
             for (qsizetype i = 0; i < line.size(); ++i)
                 text += i + 1 < line.size() ? line[i].leftJustified(widths[i] + 2) : line[i];
             printLine(text);
-        };
-        print(head);
-        for (const QStringList& line : std::as_const(lines))
-            print(line);
-        return Success;
+        }
     }
-};
 
+    FindCriteria criteria_;
+    int limit_ = 0;  // 0: the setting
+    QString format_;
+};
 }  // namespace
 
 std::unique_ptr<Command> makeFindCommand() { return std::make_unique<FindCommand>(); }

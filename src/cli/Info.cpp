@@ -12,16 +12,18 @@ namespace {
 class InfoCommand : public Command {
 public:
     QString name() const override { return QStringLiteral("info"); }
-    QString usage() const override { return QStringLiteral("info"); }
-
-    QString checkUsage(const QStringList& arguments) const override
+    QString summary() const override
     {
-        return arguments.isEmpty() ? QString() : QStringLiteral("info takes no arguments");
+        return QStringLiteral("versions, settings files, database, directories and the next image number");
     }
 
-    int run(CommandContext& context) override
+    QString read(const QCommandLineParser& parser) override
     {
-        Session& s = context.session;
+        return parser.positionalArguments().isEmpty() ? QString() : QStringLiteral("info takes no arguments");
+    }
+
+    int run(Session& s) override
+    {
         if (!ReadOptions(s))
             return fail(QStringLiteral("the Options row can't be read: ") + s.options.statusText);
         const QList<QPair<QString, QString>> rows{

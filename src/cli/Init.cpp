@@ -14,14 +14,16 @@ namespace {
 class Init : public Command {
 public:
     QString name() const override { return QStringLiteral("init"); }
-    QString usage() const override { return QStringLiteral("init"); }
+    QString summary() const override { return QStringLiteral("create the settings and the database of a new installation"); }
     bool needsSession() const override { return false; }
 
-    int run(CommandContext& context) override
+    QString read(const QCommandLineParser& parser) override
     {
-        if (!context.arguments.isEmpty())
-            return badUsage(QStringLiteral("init takes no arguments"));
-        Session& s = context.session;
+        return parser.positionalArguments().isEmpty() ? QString() : QStringLiteral("init takes no arguments");
+    }
+
+    int run(Session& s) override
+    {
         const bool existed = !s.localIni.isEmpty() && QFileInfo::exists(s.localIni);
         if (const Status failure = StartSession(s, FirstStart::Initialize); !failure.ok())
             return fail(QStringLiteral("could not initialize ") + s.localIni + QStringLiteral(": ") + OneLine(failure));

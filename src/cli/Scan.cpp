@@ -1,10 +1,8 @@
 #include "cli/Command.h"
+#include "cli/Values.h"
 
-#include "capture/ScanChoices.h"
 #include "capture/ScanEntry.h"
 #include "data/Session.h"
-
-#include <QHash>
 
 namespace tarlox::cli {
 
@@ -15,28 +13,51 @@ namespace {
 class ScanCommand : public Command {
 public:
     QString name() const override { return QStringLiteral("scan"); }
-    QString usage() const override
+    QString summary() const override { return QStringLiteral("scan one report and index it; prints its image number"); }
+
+    QList<QCommandLineOption> options() const override
     {
-        return QStringLiteral("scan --heat H --part P [--po P] [--vendor V] [--mfg M] [--device NAME] [--dpi N] "
-                              "[--size letter|legal|a4] [--adf]");
+        return IndexFieldOptions() + QList<QCommandLineOption>{
+            {QStringLiteral("device"), QStringLiteral("SANE device name (default: the scanner of the settings)"), QStringLiteral("NAME")},
+            {QStringLiteral("dpi"), QStringLiteral("resolution, 50 to 1200 (default: the settings')"), QStringLiteral("N")},
+            {QStringLiteral("size"), PageSizeHelp, QStringLiteral("SIZE")},
+            {QStringLiteral("adf"), QStringLiteral("scan from the document feeder until it is empty")},
+        };
     }
 
-    QString checkUsage(const QStringList& arguments) const override
+    QString read(const QCommandLineParser& p) override
     {
-        QString problem;
-        parse(arguments, &problem);
-        return problem;
+        if (!p.positionalArguments().isEmpty())
+            return QStringLiteral("unexpected argument ") + p.positionalArguments().first();
+        fields_.heat = p.value(QStringLiteral("heat"));
+        fields_.part = p.value(QStringLiteral("part"));
+        fields_.po = p.value(QStringLiteral("po"));
+        fields_.vend = p.value(QStringLiteral("vendor"));
+        fields_.mfg = p.value(QStringLiteral("mfg"));
+        if (fields_.heat.trimmed().isEmpty() || fields_.part.trimmed().isEmpty())
+            return QStringLiteral("--heat and --part are required");
+        if (p.isSet(QStringLiteral("device")))
+            fields_.device = p.value(QStringLiteral("device"));
+        if (p.isSet(QStringLiteral("dpi"))) {
+            const Parsed<int> dpi = DpiValue(QStringLiteral("--dpi"), p.value(QStringLiteral("dpi")));
+            if (!dpi)
+                return dpi.error;
+            fields_.dpi = dpi.value;
+        }
+        const Parsed<QString> size = PageSizeValue(QStringLiteral("--size"), p.value(QStringLiteral("size")));
+        if (!size)
+            return size.error;
+        fields_.pageSizeCode = size.value;
+        if (p.isSet(QStringLiteral("adf")))
+            fields_.useAdf = true;
+        return {};
     }
 
-    int run(CommandContext& context) override
+    int run(Session& session) override
     {
-        QString problem;
-        ScanEntryFields fields = parse(context.arguments, &problem);
-        fields.duplicates = Duplicates::AsSettings;
-        if (!problem.isEmpty())
-            return badUsage(problem);
-        ScanEntry entry(context.session);
-        const ScanEntry::Result result = entry.cmdScan_Click(fields);
+        ScanEntry entry(session);
+        fields_.duplicates = Duplicates::AsSettings;
+        const ScanEntry::Result result = entry.cmdScan_Click(fields_);
         switch (result.outcome) {
         case ScanEntry::Outcome::Stored:
             printLine(QString::number(result.imageNumber));
@@ -56,63 +77,7 @@ public:
     }
 
 private:
-    static ScanEntryFields parse(const QStringList& a, QString* problem)
-    {
-        ScanEntryFields fields;
-        const QHash<QString, QString*> texts{{QStringLiteral("--heat"), &fields.heat}, {QStringLiteral("--part"), &fields.part},
-                                             {QStringLiteral("--po"), &fields.po},     {QStringLiteral("--vendor"), &fields.vend},
-                                             {QStringLiteral("--mfg"), &fields.mfg}};
-        for (int i = 0; i < a.size(); ++i) {
-            QString option = a[i];
-            QString value;
-            bool inlineValue = false;
-            if (const qsizetype eq = option.indexOf(QLatin1Char('=')); option.startsWith(QLatin1String("--")) && eq > 0) {
-                value = option.mid(eq + 1);
-                option = option.left(eq);
-                inlineValue = true;
-            }
-            if (option == QLatin1String("--adf")) {
-                fields.useAdf = true;
-                continue;
-            }
-            const bool known = texts.contains(option) || option == QLatin1String("--device") || option == QLatin1String("--dpi")
-                               || option == QLatin1String("--size");
-            if (!known) {
-                *problem = QStringLiteral("scan: unknown argument ") + a[i];
-                return fields;
-            }
-            if (!inlineValue) {
-                if (i + 1 >= a.size()) {
-                    *problem = QStringLiteral("scan: ") + option + QStringLiteral(" needs a value");
-                    return fields;
-                }
-                value = a[++i];
-            }
-            if (texts.contains(option)) {
-                *texts.value(option) = value;
-            } else if (option == QLatin1String("--device")) {
-                fields.device = value;
-            } else if (option == QLatin1String("--dpi")) {
-                bool ok = false;
-                const int dpi = value.toInt(&ok);
-                if (!ok || dpi < 50 || dpi > 1200) {
-                    *problem = QStringLiteral("scan: --dpi takes a resolution from 50 to 1200");
-                    return fields;
-                }
-                fields.dpi = dpi;
-            } else {
-                const QString size = value.toLower();
-                if (size != QLatin1String("letter") && size != QLatin1String("legal") && size != QLatin1String("a4")) {
-                    *problem = QStringLiteral("scan: --size takes letter, legal or a4");
-                    return fields;
-                }
-                fields.pageSizeCode = PageSizeCodeFor(size == QLatin1String("legal"), size == QLatin1String("a4"));
-            }
-        }
-        if (fields.heat.trimmed().isEmpty() || fields.part.trimmed().isEmpty())
-            *problem = QStringLiteral("scan: --heat and --part are required");
-        return fields;
-    }
+    ScanEntryFields fields_;
 };
 
 }  // namespace

@@ -13,30 +13,37 @@ namespace {
 class SettingsCommand : public Command {
 public:
     QString name() const override { return QStringLiteral("settings"); }
-    QString usage() const override { return QStringLiteral("settings get SECTION KEY | settings set SECTION KEY VALUE"); }
+    QString summary() const override { return QStringLiteral("read or write one key of the local settings file"); }
+    QString arguments() const override { return QStringLiteral("get SECTION KEY | set SECTION KEY VALUE"); }
+    bool optionsOnlyBeforeArguments() const override { return true; }
     bool needsSession() const override { return false; }
 
-    int run(CommandContext& context) override
+    QString read(const QCommandLineParser& parser) override
     {
-        const QStringList& a = context.arguments;
-        const QString& file = context.session.localIni;
-        if (a.size() == 3 && a[0] == QLatin1String("get")) {
-            if (!QFileInfo::exists(file))
-                return fail(QStringLiteral("no settings file at ") + file + QStringLiteral(" (run tarlox-cli init)"));
-            const IniResult r = ReadIniValue(file, a[1], a[2]);
+        a_ = parser.positionalArguments();
+        const bool get = a_.size() == 3 && a_[0] == QLatin1String("get");
+        const bool set = a_.size() == 4 && a_[0] == QLatin1String("set");
+        return get || set ? QString() : QStringLiteral("takes get SECTION KEY or set SECTION KEY VALUE");
+    }
+
+    int run(Session& session) override
+    {
+        const QString& file = session.localIni;
+        if (!QFileInfo::exists(file))
+            return fail(QStringLiteral("no settings file at ") + file + QStringLiteral(" (run tarlox-cli init)"));
+        if (a_[0] == QLatin1String("get")) {
+            const IniResult r = ReadIniValue(file, a_[1], a_[2]);
             if (!r.ok)
                 return fail(r.error);
             printLine(r.value);
             return Success;
         }
-        if (a.size() == 4 && a[0] == QLatin1String("set")) {
-            if (!QFileInfo::exists(file))
-                return fail(QStringLiteral("no settings file at ") + file + QStringLiteral(" (run tarlox-cli init)"));
-            const IniResult r = WriteIniValue(file, a[1], a[2], a[3]);
-            return r.ok ? Success : fail(r.error);
-        }
-        return badUsage(QStringLiteral("usage: tarlox-cli ") + usage());
+        const IniResult r = WriteIniValue(file, a_[1], a_[2], a_[3]);
+        return r.ok ? Success : fail(r.error);
     }
+
+private:
+    QStringList a_;
 };
 
 }  // namespace

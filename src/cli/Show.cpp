@@ -1,10 +1,10 @@
 #include "cli/Command.h"
+#include "cli/Values.h"
 
 #include "data/ImageData.h"
 #include "data/InfoData.h"
 #include "base/FileTools.h"
 #include "data/Session.h"
-#include "base/TextTools.h"
 #include "store/DriveMap.h"
 #include "store/ImageFiles.h"
 #include "store/TiffReader.h"
@@ -17,20 +17,22 @@ namespace {
 class Show : public Command {
 public:
     QString name() const override { return QStringLiteral("show"); }
-    QString usage() const override { return QStringLiteral("show N"); }
+    QString summary() const override { return QStringLiteral("an image's row, its file, its pages and its references"); }
+    QString arguments() const override { return QStringLiteral("N (an image number)"); }
 
-    QString checkUsage(const QStringList& arguments) const override
+    QString read(const QCommandLineParser& parser) override
     {
-        bool numeric = false;
-        if (arguments.size() != 1 || (arguments[0].toInt(&numeric), !numeric))
-            return QStringLiteral("usage: tarlox-cli show N (an image number)");
-        return {};
+        const QStringList a = parser.positionalArguments();
+        if (a.size() != 1)
+            return QStringLiteral("takes one image number N");
+        const Parsed<int> n = IntegerValue(QStringLiteral("N"), a[0], 1);
+        number_ = n.value;
+        return n.error;
     }
 
-    int run(CommandContext& context) override
+    int run(Session& s) override
     {
-        Session& s = context.session;
-        const qint32 number = context.arguments[0].toInt();
+        const qint32 number = number_;
         if (!ReadImage(s, number))
             return fail(QStringLiteral("image %1 is not on file").arg(number));
         const ImageRecord& row = s.image;
@@ -59,6 +61,9 @@ public:
                                                          r.entryDate.toString(Qt::ISODate)}.join(QLatin1Char('\t')));
         return Success;
     }
+
+private:
+    qint32 number_ = 0;
 };
 
 }  // namespace

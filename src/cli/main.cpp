@@ -7,12 +7,20 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 
+#include <cstdio>
 #include <vector>
 
 using namespace tarlox;
 using namespace tarlox::cli;
 
 namespace {
+
+// The exit code when the session can't be started: a database that did not
+// answer may answer later, so a script can tell that case from the others.
+ExitCode ExitCodeForStartFailure(const Status& failure)
+{
+    return failure.kind == FailureKind::DatabaseUnreachable ? DatabaseUnreachable : Failure;
+}
 
 std::vector<std::unique_ptr<Command>> allCommands()
 {
@@ -27,12 +35,40 @@ std::vector<std::unique_ptr<Command>> allCommands()
     return commands;
 }
 
-int usage(const std::vector<std::unique_ptr<Command>>& commands)
+Command* findCommand(const std::vector<std::unique_ptr<Command>>& commands, const QString& name)
 {
-    QString text = QStringLiteral("usage: tarlox-cli [--ini FILE] [--trace=FILE] COMMAND ...\ncommands:");
     for (const auto& command : commands)
-        text += QStringLiteral("\n  ") + command->usage();
-    return badUsage(text);
+        if (command->name() == name)
+            return command.get();
+    return nullptr;
+}
+
+const QCommandLineOption IniOption(QStringLiteral("ini"), QStringLiteral("the local settings file (default: TARLOX.INI in the program directory)"),
+                                   QStringLiteral("FILE"));
+const QCommandLineOption TraceOption(QStringLiteral("trace"), QStringLiteral("write the trace of procedures to FILE (also /d=FILE)"),
+                                     QStringLiteral("FILE"));
+const QCommandLineOption VersionOption(QStringLiteral("version"), QStringLiteral("print the program version"));
+
+QString overview(const std::vector<std::unique_ptr<Command>>& commands)
+{
+    QString text = QStringLiteral(
+        "usage: tarlox-cli [--ini FILE] [--trace=FILE] COMMAND [options] [arguments]\n"
+        "       tarlox-cli help [COMMAND]   (or COMMAND --help)\n\ncommands:\n");
+    for (const auto& command : commands)
+        text += QStringLiteral("  ") + command->name().leftJustified(10) + command->summary() + QLatin1Char('\n');
+    text += QStringLiteral("  ") + QStringLiteral("help").leftJustified(10) + QStringLiteral("this list, or the options of one command\n");
+    text += QStringLiteral("\noptions:\n") + OptionsHelp({IniOption, TraceOption, VersionOption, HelpOption()});
+    return text + QStringLiteral(
+               "\n\nexit codes:\n"
+               "  0  success\n"
+               "  1  failure, with one line on the error output\n"
+               "  2  bad usage: unknown command or option, or a bad value\n"
+               "  3  the database can't be reached; try again later");
+}
+
+int unknownCommand(const QString& name)
+{
+    return badUsage(QStringLiteral("unknown command '") + name + QStringLiteral("'; try 'tarlox-cli help'"));
 }
 
 }  // namespace
@@ -41,48 +77,74 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
-    QStringList args = app.arguments().mid(1);
     const auto commands = allCommands();
 
+    // The old trace switch "/d=FILE" may stand anywhere on the line.
+    QStringList args = app.arguments().mid(1);
+    QString trace;
+    for (qsizetype i = args.size() - 1; i >= 0; --i)
+        if (args[i].startsWith(QLatin1String("/d=")))
+            trace = args.takeAt(i).mid(3);
+
+    // Global options stand before the command; the rest is the command's.
+    QCommandLineParser parser;
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    parser.addOptions({IniOption, TraceOption, VersionOption, HelpOption()});
+    if (!parser.parse(QStringList{QStringLiteral("tarlox-cli")} + args)) {
+        QString error = parser.errorText().trimmed();
+        if (error.endsWith(QLatin1Char('.')))
+            error.chop(1);
+        return badUsage(error + QStringLiteral("; try 'tarlox-cli help'"));
+    }
+    if (parser.isSet(VersionOption)) {
+        printLine(QStringLiteral("tarlox-cli ") + ProgramVersion());
+        return Success;
+    }
+    QStringList rest = parser.positionalArguments();
+    const bool helpCommand = !rest.isEmpty() && rest.first() == QLatin1String("help");
+    if (helpCommand)
+        rest.removeFirst();
+    if (helpCommand || parser.isSet(QStringLiteral("help"))) {
+        if (rest.isEmpty()) {
+            printLine(overview(commands));
+            return Success;
+        }
+        const Command* command = findCommand(commands, rest.first());
+        if (!command)
+            return unknownCommand(rest.first());
+        printLine(command->help());
+        return Success;
+    }
+    if (rest.isEmpty()) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(overview(commands)));
+        return BadUsage;
+    }
+    Command* command = findCommand(commands, rest.first());
+    if (!command)
+        return unknownCommand(rest.first());
+    if (const std::optional<int> code = command->parse(rest.mid(1)))
+        return *code;
+
+    // Nobody answers questions here: each takes its default and is written to stderr.
     NonInteractivePrompter prompter;
     Session session(prompter);
-    const TraceSwitch traceSwitch = ParseTraceSwitch(args);
-    args.erase(std::remove_if(args.begin(), args.end(),
-                              [](const QString& a) { return a.startsWith(QLatin1String("--trace=")) || a.startsWith(QLatin1String("/d=")); }),
-               args.end());
-    while (!args.isEmpty() && args.first().startsWith(QLatin1String("--ini"))) {
-        QString file;
-        if (args.first().startsWith(QLatin1String("--ini="))) {
-            file = args.takeFirst().mid(6);
-        } else {
-            args.takeFirst();
-            if (args.isEmpty())
-                return badUsage(QStringLiteral("--ini needs a file name"));
-            file = args.takeFirst();
-        }
-        session.localIni = QFileInfo(file).absoluteFilePath();
+    if (parser.isSet(TraceOption))
+        trace = parser.value(TraceOption);
+    if (!trace.isEmpty() && session.trace().open(trace))
+        session.trace().write(QStringLiteral("Main"));
+    if (parser.isSet(IniOption)) {
+        session.localIni = QFileInfo(parser.value(IniOption)).absoluteFilePath();
         session.programDir = QFileInfo(session.localIni).absolutePath() + QLatin1Char('/');
+    } else {
+        session.programDir = DefaultProgramDirectory();
+        session.localIni = session.programDir + QStringLiteral("TARLOX.INI");
     }
-    if (args.isEmpty())
-        return usage(commands);
-    const QString name = args.takeFirst();
-    for (const auto& command : commands) {
-        if (command->name() != name)
-            continue;
-        if (const QString problem = command->checkUsage(args); !problem.isEmpty())
-            return badUsage(problem);
-        if (traceSwitch.requested && session.trace().open(traceSwitch.path))
-            session.trace().write(QStringLiteral("Main"));
-        if (session.localIni.isEmpty()) {
-            session.programDir = DefaultProgramDirectory();
-            session.localIni = session.programDir + QStringLiteral("TARLOX.INI");
+    if (command->needsSession()) {
+        // Nobody is there to answer "Initialize Tarlox Settings": that is what init is for.
+        if (const Status failure = StartSession(session, FirstStart::Refuse); !failure.ok()) {
+            printError(OneLine(failure));
+            return ExitCodeForStartFailure(failure);
         }
-        if (command->needsSession()) {
-            if (const Status failure = StartSession(session, FirstStart::Refuse); !failure.ok())
-                return failStart(failure);
-        }
-        CommandContext context{session, args};
-        return command->run(context);
     }
-    return usage(commands);
+    return command->run(session);
 }

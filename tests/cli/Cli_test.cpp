@@ -1,74 +1,140 @@
+#include "cli/Values.h"
 #include "support/CliRun.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+using namespace tarlox::cli;
 using namespace tarlox::test;
 
 namespace {
 
-// tarlox-cli on a program directory of its own.
+QString S(const char* text) { return QString::fromUtf8(text); }
+
+// tarlox-cli with its program directory and home in a directory of its own.
 class CliTest : public ::testing::Test {
 protected:
     CliRun cli(const QStringList& arguments, const QString& programDir = {})
     {
-        return RunCli(arguments, {{QStringLiteral("TARLOX"), programDir.isEmpty() ? dir.path() : programDir}});
+        const QString home = dir.path();
+        return RunCli(arguments, {{S("TARLOX"), programDir.isEmpty() ? home : programDir},
+                                  {S("HOME"), home},
+                                  {S("XDG_DATA_HOME"), home},
+                                  {S("XDG_CONFIG_HOME"), home}});
     }
     QTemporaryDir dir;
 };
 
-}  // namespace
-
-TEST_F(CliTest, InitThenInfoOnAFreshDirectory)
+TEST(CliValues, OnePlaceReadsEveryKindOfValue)
 {
-    const CliRun init = cli({QStringLiteral("init")});
+    const struct {
+        const char* size;
+        const char* code;  // nullptr: refused
+    } sizes[] = {{"", " "}, {"letter", " "}, {" ", " "}, {"LEGAL", "G"}, {"G", "G"}, {"a4", "A"}, {"A", "A"}, {"tabloid", nullptr}};
+    for (const auto& row : sizes) {
+        const Parsed<QString> size = PageSizeValue(S("--size"), S(row.size));
+        EXPECT_EQ(size ? size.value : size.error.left(7), S(row.code ? row.code : "--size ")) << row.size;
+    }
+
+    EXPECT_EQ(IntegerValue(S("--limit"), S(" 12 "), 1).value, 12);
+    for (const char* bad : {"0", "12x", ""})
+        EXPECT_TRUE(IntegerValue(S("--limit"), S(bad), 1).error.startsWith(S("--limit "))) << bad;
+    EXPECT_EQ(DpiValue(S("--dpi"), S("1200")).value, 1200);
+    EXPECT_FALSE(DpiValue(S("--dpi"), S("1201")) || DpiValue(S("--dpi"), S("49")));
+
+    EXPECT_EQ(DateValue(S("--from"), S("1/2/2026")).value, QDate(2026, 1, 2));
+    EXPECT_EQ(DateValue(S("--from"), S("2026-01-02")).value, QDate(2026, 1, 2));
+    EXPECT_EQ(DateValue(S("--to"), S("31/31/2003")).error, S("--to: Invalid Date: 31/31/2003 (month/day/year or yyyy-mm-dd)"));
+
+    EXPECT_EQ(PairValue(S("--message"), S(" N =Smith=Jones")).value, (QPair<QString, QString>{S("N"), S("Smith=Jones")}));
+    EXPECT_EQ(PairValue(S("--message"), S("N=")).value.second, QString());
+    for (const char* bad : {"N", "=x", ""})
+        EXPECT_TRUE(PairValue(S("--message"), S(bad)).error.startsWith(S("--message "))) << bad;
+}
+
+// Help, version and every usage error answer before anything starts: the
+// program directory and the home stay empty.
+TEST_F(CliTest, UsageAnswersWithoutTouchingAnyFile)
+{
+    const struct {
+        const char* arguments;  // split at blanks
+        int code;
+        const char* out;  // texts separated by "|", each must be on stdout
+        const char* err;  // must be on stderr, in one line for a usage error
+    } rows[] = {
+        {"--version", 0, "tarlox-cli 8.00.0000\n", ""},
+        {"help", 0, "init|info|settings|add|show|find|scan|exit codes|3  the database", ""},
+        {"--help", 0, "usage: tarlox-cli [--ini FILE]|find", ""},
+        {"help show", 0, "usage: tarlox-cli show", ""},
+        {"init --help", 0, "usage: tarlox-cli init|--help", ""},
+        {"info --help", 0, "usage: tarlox-cli info", ""},
+        {"settings --help", 0, "get SECTION KEY | set SECTION KEY VALUE", ""},
+        {"show -h", 0, "N (an image number)", ""},
+        {"add --help", 0, "--heat H|--part P|--po X|--vendor V|--mfg M|--size SIZE|--dpi N|--allow-duplicate|FILE...", ""},
+        {"find --help", 0, "--heat|--part|--po|--vendor|--mfg|--image|--path|--from DATE|--to DATE|--limit N|--format FORMAT", ""},
+        {"scan --help", 0, "--heat|--part|--po|--vendor|--mfg|--device NAME|--dpi N|--size SIZE|--adf", ""},
+        {"", 2, "", "commands:"},
+        {"frobnicate", 2, "", "unknown command 'frobnicate'; try 'tarlox-cli help'"},
+        {"help frobnicate", 2, "", "try 'tarlox-cli help'"},
+        {"--colour info", 2, "", "'colour'; try 'tarlox-cli help'"},
+        {"scan --colour", 2, "", "'colour'; try 'tarlox-cli help scan'"},
+        {"scan --heat H1 --device", 2, "", "'--device'"},
+        {"scan --heat H1", 2, "", "scan: --heat and --part are required"},
+        {"scan --heat=H --part=P --dpi lots", 2, "", "scan: --dpi takes a resolution"},
+        {"scan --heat=H --part=P --size=tabloid", 2, "", "scan: --size takes"},
+        {"add --size tabloid a.png", 2, "", "add: --size takes"},
+        {"add --heat H", 2, "", "add: needs at least one FILE"},
+        {"find --from 31/31/2003", 2, "", "find: --from: Invalid Date: 31/31/2003"},
+        {"find --limit 0", 2, "", "find: --limit"},
+        {"find --format xml", 2, "", "find: --format"},
+        {"show x", 2, "", "show: N"},
+        {"info extra", 2, "", "info takes no arguments"},
+        {"init extra", 2, "", "init takes no arguments"},
+        {"settings get", 2, "", "settings: takes get"},
+    };
+    for (const auto& row : rows) {
+        const CliRun run = cli(S(row.arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+        EXPECT_EQ(run.code, row.code) << row.arguments << "\n" << run.err.toStdString();
+        for (const QString& text : S(row.out).split(QLatin1Char('|'), Qt::SkipEmptyParts))
+            EXPECT_TRUE(run.out.contains(text)) << row.arguments << " lacks " << text.toStdString() << "\n" << run.out.toStdString();
+        EXPECT_TRUE(run.err.contains(S(row.err))) << row.arguments << "\n" << run.err.toStdString();
+        EXPECT_TRUE(row.code != 2 || !*row.arguments || run.err.count(QLatin1Char('\n')) == 1) << row.arguments;
+        EXPECT_TRUE(QDir(dir.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) << row.arguments;
+    }
+}
+
+TEST_F(CliTest, InitInfoAndSettings)
+{
+    // Nothing to start from: one line, no question.
+    EXPECT_EQ(cli({S("info")}).code, 1);
+    EXPECT_FALSE(QFile::exists(dir.filePath(S("TARLOX.INI"))));
+    EXPECT_EQ(cli({S("settings"), S("get"), S("Info"), S("DataDir")}).err.count(QLatin1Char('\n')), 1);
+
+    const CliRun init = cli({S("init"), S("/d=") + dir.filePath(S("trace.log"))});
     ASSERT_EQ(init.code, 0) << init.err.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.filePath(QStringLiteral("TARLOX.INI"))));
-    EXPECT_TRUE(QFile::exists(dir.filePath(QStringLiteral("Tarlox.db"))));
+    EXPECT_TRUE(QFile::exists(dir.filePath(S("Tarlox.db"))));
+    QFile trace(dir.filePath(S("trace.log")));
+    ASSERT_TRUE(trace.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(trace.readLine().startsWith("Main"));
 
-    const CliRun info = cli({QStringLiteral("info")});
+    const CliRun info = cli({S("info")});
     ASSERT_EQ(info.code, 0) << info.err.toStdString();
-    EXPECT_TRUE(info.out.contains(QStringLiteral("Program version: 8.00.0000")));
-    EXPECT_TRUE(info.out.contains(QStringLiteral("Data version: 8.00.0000")));
-    EXPECT_TRUE(info.out.contains(QStringLiteral("Database type: Access")));
-    EXPECT_TRUE(info.out.contains(QStringLiteral("Connection: Driver=SQLite;Data Source=") + dir.filePath(QStringLiteral("Tarlox.db"))));
-    EXPECT_TRUE(info.out.contains(QStringLiteral("DataDir: ") + dir.filePath(QStringLiteral("DATA"))));
-    EXPECT_TRUE(info.out.contains(QStringLiteral("Next image number: 1")));
+    for (const QString& text : QStringList{S("Program version: 8.00.0000"), S("Data version: 8.00.0000"), S("Next image number: 1"),
+                                           S("Connection: Driver=SQLite;Data Source=") + dir.filePath(S("Tarlox.db")),
+                                           S("DataDir: ") + dir.filePath(S("DATA"))})
+        EXPECT_TRUE(info.out.contains(text)) << text.toStdString();
+    EXPECT_TRUE(cli({S("init")}).out.startsWith(S("Already initialized")));
 
-    // A second init changes nothing and says so.
-    const CliRun again = cli({QStringLiteral("init")});
-    EXPECT_EQ(again.code, 0);
-    EXPECT_TRUE(again.out.startsWith(QStringLiteral("Already initialized")));
-}
-
-TEST_F(CliTest, SettingsGetAndSet)
-{
-    ASSERT_EQ(cli({QStringLiteral("init")}).code, 0);
-    EXPECT_EQ(cli({QStringLiteral("settings"), QStringLiteral("set"), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("250")}).code, 0);
-    const CliRun get = cli({QStringLiteral("settings"), QStringLiteral("get"), QStringLiteral("info"), QStringLiteral("findrecords")});
-    EXPECT_EQ(get.code, 0);
-    EXPECT_EQ(get.out, QStringLiteral("250\n"));
-    const CliRun other = cli({QStringLiteral("--ini"), dir.filePath(QStringLiteral("TARLOX.INI")), QStringLiteral("settings"), QStringLiteral("get"),
-                           QStringLiteral("Info"), QStringLiteral("DataDir")},
-                          QStringLiteral("/nonexistent"));
+    // A value that looks like an option is still a value.
+    EXPECT_EQ(cli({S("settings"), S("set"), S("Scan"), S("Brightness"), S("-200")}).code, 0);
+    const CliRun get = cli({S("settings"), S("get"), S("scan"), S("brightness")});
+    EXPECT_EQ(get.out, S("-200\n"));
+    const CliRun other = cli({S("--ini"), dir.filePath(S("TARLOX.INI")), S("settings"), S("get"), S("Info"), S("DataDir")}, S("/nonexistent"));
     EXPECT_EQ(other.code, 0);
-    EXPECT_EQ(other.out.trimmed(), dir.filePath(QStringLiteral("DATA")));
+    EXPECT_EQ(other.out.trimmed(), dir.filePath(S("DATA")));
 }
 
-TEST_F(CliTest, ExitCodesForFailureAndBadUsage)
-{
-    const CliRun uninitialised = cli({QStringLiteral("info")});
-    EXPECT_EQ(uninitialised.code, 1);
-    EXPECT_TRUE(uninitialised.err.contains(QStringLiteral("tarlox-cli: ")));
-    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("TARLOX.INI"))));
-
-    EXPECT_EQ(cli({}).code, 2);
-    EXPECT_EQ(cli({QStringLiteral("frobnicate")}).code, 2);
-    EXPECT_EQ(cli({QStringLiteral("settings"), QStringLiteral("get")}).code, 2);
-    EXPECT_EQ(cli({QStringLiteral("info"), QStringLiteral("extra")}).code, 2);
-    const CliRun noFile = cli({QStringLiteral("settings"), QStringLiteral("get"), QStringLiteral("Info"), QStringLiteral("DataDir")});
-    EXPECT_EQ(noFile.code, 1);
-    EXPECT_EQ(noFile.err.count(QLatin1Char('\n')), 1) << "one line on stderr";
-}
+}  // namespace

@@ -91,7 +91,7 @@ TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
 TEST_P(FindCliTest, BadCriteriaAndBadUsage)
 {
     CliRun r = cli({S("find"), S("--from"), S("31/31/2003")});
-    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.code, 2);
     EXPECT_TRUE(r.err.contains(S("Invalid Date: 31/31/2003"))) << r.err.toStdString();
     r = cli({S("find"), S("--image"), S("TR000007")});
     EXPECT_EQ(r.code, 1);
