@@ -199,9 +199,12 @@ Status GetIniInfo(Session& s, FirstStart firstStart)
     while (!ReadOptions(s)) {
         if (s.options.status == 1)
             break;
+        // The connection held open by GetInfo tells a database that did not
+        // answer from one that answered without a readable Options row.
+        const FailureKind kind = s.db().isOpen() ? FailureKind::OptionsUnreadable : FailureKind::DatabaseUnreachable;
         const Status unreadable = s.options.status == 999
             ? Status{FailureKind::DatabaseUnreachable, InvalidServerFileTitle, notRespondingText(s)}
-            : Status{FailureKind::OptionsUnreadable, InvalidServerFileTitle,
+            : Status{kind, InvalidServerFileTitle,
                       QStringLiteral("Options table cannot be read!\r\nThe error reported was - ") + s.options.statusText
                           + QStringLiteral("\r\n\r\n  To end Tarlox, hit 'Cancel'.\r\n\r\n  To retry, make sure the server is running  then hit 'Retry'.")};
         if (!s.retry(unreadable))
