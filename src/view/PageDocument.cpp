@@ -16,6 +16,7 @@
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -467,33 +468,43 @@ bool PageDocument::copyStillOurs()
     return answer == Answer::Yes;
 }
 
-bool PageDocument::SaveChanges()
+IoResult<SaveOutcome> PageDocument::SaveChanges()
 {
     s_.traceCall(QStringLiteral("SaveChanges"));
     busy(true);
-    const QImage edited = page_;
     if (!copyStillOurs()) {
         busy(false);
-        return false;
+        return SaveOutcome::OtherUsersKept;
     }
-    page_ = QImage();
-    ++pageVersion_;
+    // The page in memory stays as it is until the caller reloads it after a
+    // successful save, so a failure loses nothing.
     bool originalMade = false;
-    const IoStatus saved = SaveEditedCopy(copyFile_, originalFile_, edited, currentPage_, &originalMade);
+    const IoStatus saved = SaveEditedCopy(copyFile_, originalFile_, page_, currentPage_, &originalMade);
+    busy(false);
+    if (!saved) {
+        // An Original made by this save is a copy of the unchanged Copy: it
+        // goes again, so the failed save leaves the files as they were.
+        if (originalMade)
+            QFile::remove(originalFile_);
+        return saved.failure();
+    }
     if (originalMade)
         CheckOriginal();
-    if (!saved) {
-        reportError(QStringLiteral("SaveChanges"), QStringLiteral("Writing ") + copyFile_, saved.error());
-        notCreated(copyFile_);
-    }
-    busy(false);
-    return saved.ok();
+    return SaveOutcome::Written;
 }
 
-void PageDocument::mnuSave_Click()
+IoStatus PageDocument::mnuSave_Click()
 {
-    SaveChanges();
+    if (auto saved = SaveChanges(); !saved)
+        return saved.failure();
     SaveOff();
+    return {};
+}
+
+void PageDocument::reportSaveFailure(const IoError& why)
+{
+    reportError(QStringLiteral("SaveChanges"), QStringLiteral("Writing ") + copyFile_, why.message);
+    notCreated(copyFile_);
 }
 
 void PageDocument::mnuAbort_Click()
@@ -622,14 +633,16 @@ void PageDocument::mnuRestOrig_Click()
     CheckOriginal();
 }
 
-void PageDocument::unload()
+IoStatus PageDocument::unload()
 {
     s_.traceCall(QStringLiteral("Form_Unload"));
     if (dirty()) {
         if (s_.prompter().ask(QStringLiteral("Save Changes"), QStringLiteral("Do you want to save your changes?"), Buttons::YesNo,
                               Icon::Exclamation)
-            == Answer::Yes)
-            SaveChanges();
+            == Answer::Yes) {
+            if (auto saved = SaveChanges(); !saved)
+                return saved.failure();
+        }
         menus_.mnuSave.enabled = menus_.mnuAbort.enabled = menus_.mnuSaveExit.enabled = false;
         drawMode_.clear();
     }
@@ -638,6 +651,7 @@ void PageDocument::unload()
     page_ = QImage();
     ++pageVersion_;
     annotateMode_ = false;
+    return {};
 }
 
 bool PageDocument::printPages(PageSink& sink, int from, int to, int copies)

@@ -63,6 +63,10 @@ public:
     virtual void printProgress(const QString& text) { (void)text; }
 };
 
+// How a save ended that did not fail: the Copy written, or left to another
+// user's newer version at the person's choice (the changes are dropped).
+enum class SaveOutcome { Written, OtherUsersKept };
+
 // The viewer without its window: the file shown (Copy, Original, or the
 // temporary file of annotate mode), the page in memory with the drawing
 // burned into it, rotation, magnification, the menus' rules, and the page
@@ -115,9 +119,16 @@ public:
     // --- page editing
     void SaveOn();
     void SaveOff();
-    // False when the Copy was not replaced.
-    bool SaveChanges();
-    void mnuSave_Click();
+    // Writes the page in memory into the Copy. A failure changes nothing:
+    // the page keeps its changes, the document stays changed on the same
+    // page, and the Copy and the Original stay as they were; the reason comes
+    // back for the window to show, and the person can save again.
+    IoResult<SaveOutcome> SaveChanges();
+    // SaveChanges, then SaveOff unless it failed.
+    IoStatus mnuSave_Click();
+    // For the window, when a save came back failed: the shared error report
+    // with the reason, then the message that the file was not created.
+    void reportSaveFailure(const IoError& why);
     void mnuAbort_Click();
     // mnuScan_Click: 1 rescan, 2 insert, 3 append, through source.
     void mnuScan_Click(int index, PageSource* source);
@@ -125,7 +136,9 @@ public:
     void RewriteImage(PageSource* source);
     void mnuRestOrig_Click();
     // Form_Unload: the save question, and the annotate mode's Original removed.
-    void unload();
+    // When the save asked for fails nothing is unloaded: the reason comes
+    // back and the viewer stays open with its changes.
+    IoStatus unload();
 
     // --- printing (PrintImage after the print dialog): copies of pages from..to
     bool printPages(PageSink& sink, int from, int to, int copies);

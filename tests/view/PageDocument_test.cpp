@@ -8,6 +8,7 @@
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -19,6 +20,12 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
+
+QByteArray bytesOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 // The person's side of the property forms: each form, when shown, leaves
 // the values a person would type.
@@ -115,13 +122,13 @@ protected:
     QString original() const { return OriginalPathOf(path); }
     bool reportShown() { return prompter().wasAsked(ProgramTitle()); }
 
-    void drawLine()
+    void drawLine(double y = 500)
     {
         s().draw.lineWidth = 5;
         doc.LineCommand();
-        doc.mouseDown(1, QPointF(100, 500));
-        doc.mouseMove(QPointF(700, 500));
-        doc.mouseUp(1, QPointF(700, 500));
+        doc.mouseDown(1, QPointF(100, y));
+        doc.mouseMove(QPointF(700, y));
+        doc.mouseUp(1, QPointF(700, y));
     }
 
     TestSite site{Engine::Sqlite};
@@ -237,7 +244,7 @@ TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
     EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
     drawLine();
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
-    doc.mnuSave_Click();
+    ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
     EXPECT_TRUE(doc.menus().mnuViewOrig.visible);
     EXPECT_TRUE(doc.menus().mnuRestOrig.enabled);
@@ -249,39 +256,6 @@ TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
     doc.mnuViewOrig_Click();
     EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
     EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
-}
-
-TEST_F(Viewer, FirstSavedAnnotationMakesTheOriginalTheSecondLeavesIt)
-{
-    open(3);
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray asScanned = file.readAll();
-    file.close();
-    doc.goToPage(2);
-    drawLine();
-    EXPECT_TRUE(doc.dirty());
-    EXPECT_FALSE(doc.menus().mnuPage.enabled);  // all strokes of one save on one page
-    EXPECT_FALSE(doc.menus().mnuPrint.enabled);
-    EXPECT_FALSE(doc.goToPage(3));
-    EXPECT_FALSE(QFileInfo::exists(original()));
-    doc.mnuSave_Click();
-    EXPECT_FALSE(doc.dirty());
-    EXPECT_EQ(doc.drawMode(), QString());
-    ASSERT_TRUE(QFileInfo::exists(original()));
-    QFile kept(original());
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), asScanned);
-    kept.close();
-    EXPECT_EQ(doc.currentPage(), 2);
-    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));  // reloaded from the file
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-
-    doc.goToPage(3);
-    drawLine();
-    doc.mnuSave_Click();
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), asScanned);
 }
 
 TEST_F(Viewer, AbortDropsTheChangesInMemory)
@@ -305,7 +279,7 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     s().draw.rectangleBlack = false;
     doc.RectangleCommand();
     doc.select(100, 100, 300, 300);
-    doc.mnuSave_Click();
+    ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_FALSE(IsBlackAt(doc.page(), 200, 200));
     auto reader = TiffReader::open(path);
     EXPECT_FALSE(IsBlackAt(*reader->readPage(0), 200, 200));
@@ -325,7 +299,7 @@ TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
 {
     open(2);
     drawLine();
-    doc.mnuSave_Click();
+    ASSERT_TRUE(doc.mnuSave_Click());
     doc.mnuViewOrig_Click();
     ASSERT_EQ(doc.viewFile(), original());
     prompter().answer(Answer::Cancel);
@@ -473,7 +447,7 @@ TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
     drawLine();
     // Another workstation saves the report meanwhile.
     ASSERT_TRUE(WriteTiff(path, NumberedPages(4)));
-    doc.mnuSave_Click();
+    ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("Changed by Another User")));
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3, 4}));
     EXPECT_FALSE(QFileInfo::exists(original()));
@@ -482,7 +456,7 @@ TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
     drawLine();
     ASSERT_TRUE(WriteTiff(path, NumberedPages(3)));
     prompter().answer(Answer::Yes);
-    doc.mnuSave_Click();
+    ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
     auto reader = TiffReader::open(path);
     EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 500));
@@ -602,17 +576,61 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
     EXPECT_EQ(doc.drawMode(), QString());
 }
 
-TEST_F(Viewer, ClosingAsksToSaveAndAnnotateModeRemovesItsOriginal)
+// A save that can't write, from the Save menu or from the close question,
+// keeps the changes on the screen and the files as they were; once the data
+// directory takes data again, the same changes save. The first save keeps
+// the file as scanned as the Original, the second leaves it.
+TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
 {
-    open(2);
-    drawLine();
-    prompter().answer(Answer::Yes);
-    doc.unload();
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), QStringLiteral("Do you want to save your changes?"));
-    EXPECT_TRUE(QFileInfo::exists(original()));
-    auto reader = TiffReader::open(path);
-    EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 500));
+    struct Row {
+        const char* name;
+        bool onClose;  // Yes to the close question, else the Save menu
+        double lineAt;
+        bool roomForOriginal;  // the Original is made, the new Copy fails
+    };
+    open(3);
+    const QByteArray asScanned = bytesOf(path);
+    doc.goToPage(2);
+    for (const Row& row : {Row{"first save, Save menu", false, 300, true}, Row{"second save, close question", true, 700, false}}) {
+        SCOPED_TRACE(row.name);
+        drawLine(row.lineAt);
+        EXPECT_FALSE(doc.goToPage(3));  // all strokes of one save on one page
+        const QImage edited = doc.page();
+        const QByteArray copyBefore = bytesOf(path);
+        const QByteArray originalBefore = bytesOf(original());
+        const QStringList filesBefore = QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden);
+        const auto save = [&] {
+            if (!row.onClose)
+                return doc.mnuSave_Click();
+            prompter().answer(Answer::Yes);
+            return doc.unload();
+        };
+        IoStatus saved;
+        {
+            FullDataDirectory full(row.roomForOriginal ? copyBefore.size() : 0);
+            saved = save();
+        }
+        ASSERT_FALSE(saved);
+        EXPECT_TRUE(saved.error().contains(s().dataDir)) << saved.error().toStdString();
+        EXPECT_TRUE(doc.dirty());
+        EXPECT_EQ(doc.currentPage(), 2);
+        EXPECT_TRUE(SamePixels(doc.page(), edited));
+        EXPECT_EQ(bytesOf(path), copyBefore);
+        EXPECT_EQ(bytesOf(original()), originalBefore);
+        EXPECT_EQ(QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden), filesBefore);  // no work file, no new Original
 
+        ASSERT_TRUE(save());
+        EXPECT_FALSE(doc.dirty());
+        EXPECT_EQ(doc.drawMode(), QString());
+        EXPECT_EQ(bytesOf(original()), asScanned);
+        EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
+        EXPECT_TRUE(SamePixels(*TiffReader::open(path)->readPage(1), edited));
+    }
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), QStringLiteral("Do you want to save your changes?"));
+}
+
+TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
+{
     const QString temp = JoinPath(s().tempDir, QStringLiteral("TP000042.TIF"));
     ASSERT_TRUE(WriteTiff(temp, NumberedPages(2)));
     PageDocument annotate(s(), &host);
@@ -624,9 +642,9 @@ TEST_F(Viewer, ClosingAsksToSaveAndAnnotateModeRemovesItsOriginal)
     annotate.LineCommand();
     annotate.DrawLine(10, 10, 200, 10);
     EXPECT_EQ(annotate.caption(), QStringLiteral("Annotate ") + temp + QStringLiteral(" - Drawing Mode"));
-    annotate.mnuSave_Click();
+    ASSERT_TRUE(annotate.mnuSave_Click());
     EXPECT_TRUE(QFileInfo::exists(annotate.originalFile()));
-    annotate.unload();
+    ASSERT_TRUE(annotate.unload());
     EXPECT_FALSE(QFileInfo::exists(annotate.originalFile()));
     EXPECT_TRUE(QFileInfo::exists(temp));
 }

@@ -47,30 +47,6 @@ std::optional<QImage> noPage() { return std::nullopt; }
 
 }  // namespace
 
-TEST_F(PageFilesTest, FirstSaveKeepsTheOriginalAndTheSecondLeavesIt)
-{
-    store(3);
-    const QByteArray asScanned = bytesOf(copy);
-    QImage edited = NumberedPage(2);
-    FillBlack(edited, 400, 400, 50, 50);
-    bool made = false;
-    ASSERT_TRUE(SaveEditedCopy(copy, original, edited, 2, &made));
-    EXPECT_TRUE(made);
-    EXPECT_EQ(bytesOf(original), asScanned);
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{1, 2, 3}));
-    auto reader = TiffReader::open(copy);
-    ASSERT_TRUE(reader);
-    EXPECT_TRUE(IsBlackAt(*reader->readPage(1), 420, 420));
-    EXPECT_FALSE(IsBlackAt(*reader->readPage(0), 420, 420));
-
-    QImage again = NumberedPage(3);
-    FillBlack(again, 600, 600, 10, 10);
-    ASSERT_TRUE(SaveEditedCopy(copy, original, again, 3, &made));
-    EXPECT_FALSE(made);
-    EXPECT_EQ(bytesOf(original), asScanned);
-    EXPECT_TRUE(leftovers().isEmpty()) << leftovers().join(QLatin1Char(' ')).toStdString();
-}
-
 TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
 {
     QList<QImage> pages = NumberedPages(3);

@@ -129,7 +129,7 @@ void frmView::buildMenus()
     QMenu* file = addMenu(QStringLiteral("mnuFile"), QStringLiteral("&File"));
     connect(addAction(file, QStringLiteral("mnuPrint"), QStringLiteral("&Print...")), &QAction::triggered, this, &frmView::PrintImage);
     connect(addAction(file, QStringLiteral("mnuSave"), QStringLiteral("&Save Changes")), &QAction::triggered, this,
-            [this] { document_.mnuSave_Click(); });
+            [this] { showSaveFailure(document_.mnuSave_Click()); });
     connect(addAction(file, QStringLiteral("mnuAbort"), QStringLiteral("&Abort Changes")), &QAction::triggered, this,
             [this] { document_.mnuAbort_Click(); });
     connect(addAction(file, QStringLiteral("mnuViewOrig"), QStringLiteral("View &Original")), &QAction::triggered, this,
@@ -137,9 +137,8 @@ void frmView::buildMenus()
     connect(addAction(file, QStringLiteral("mnuRestOrig"), QStringLiteral("&Restore Original")), &QAction::triggered, this,
             [this] { document_.mnuRestOrig_Click(); });
     connect(addAction(file, QStringLiteral("mnuSaveExit"), QStringLiteral("Save and E&xit")), &QAction::triggered, this, [this] {
-        document_.SaveChanges();
-        document_.SaveOff();
-        close();
+        if (showSaveFailure(document_.mnuSave_Click()))
+            close();
     });
     file->addSeparator();
     connect(addAction(file, QStringLiteral("mnuEnd"), QStringLiteral("E&xit")), &QAction::triggered, this, &QWidget::close);
@@ -336,11 +335,23 @@ void frmView::resizeEvent(QResizeEvent* event)
     lblPrintMsg_->move((width() - lblPrintMsg_->width()) / 2, (height() - lblPrintMsg_->height()) / 2);
 }
 
+bool frmView::showSaveFailure(const IoStatus& saved)
+{
+    if (!saved)
+        document_.reportSaveFailure(saved.failure());
+    return saved.ok();
+}
+
 void frmView::closeEvent(QCloseEvent* event)
 {
     if (!unloaded_) {
+        // A save on the close question that fails keeps the viewer open with
+        // its changes, for the person to save again or to close without.
+        if (!showSaveFailure(document_.unload())) {
+            event->ignore();
+            return;
+        }
         unloaded_ = true;
-        document_.unload();
         emit closed();
     }
     event->accept();

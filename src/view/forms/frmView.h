@@ -92,6 +92,8 @@ private:
     void buildMenus();
     QAction* addAction(QMenu* menu, const QString& name, const QString& caption);
     void applyMenus();
+    // Shows why a save failed, if it did; true when it didn't.
+    bool showSaveFailure(const IoStatus& saved);
     QWidget* propertyOwner();
 
     Session& session_;

@@ -1,5 +1,6 @@
 #include "view/forms/frmView.h"
 
+#include "base/ErrorReport.h"
 #include "base/IniFile.h"
 #include "data/Settings.h"
 #include "store/ImageInput.h"
@@ -189,7 +190,10 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
     viewer->close();
 }
 
-TEST_F(ViewerWindow, ClosingWithChangesAsksAndSaves)
+// A failed save, by Save and Exit or by Yes to the close question, is
+// reported and the viewer stays open with its changes; Yes saves once the
+// data directory takes data again.
+TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
 {
     frmView* viewer = openViewer(NumberedPages(1));
     bool closed = false;
@@ -197,10 +201,23 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSaves)
     site.session().draw.lineWidth = 3;
     viewer->LineCommand();
     drag(viewer, QPointF(100, 600), QPointF(700, 600));
+    {
+        FullDataDirectory full;
+        viewer->action(QStringLiteral("mnuSaveExit"))->trigger();
+        site.prompter().answer(Answer::Yes);
+        viewer->close();
+    }
+    EXPECT_FALSE(closed);
+    EXPECT_TRUE(viewer->isVisible());
+    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 600));
+    EXPECT_EQ(site.prompter().titles().count(ProgramTitle()), 2);  // the error report, once for each try
+    EXPECT_TRUE(site.prompter().textOf(ProgramTitle()).contains(path));
+    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")),
+              QStringLiteral("Image file '") + path + QStringLiteral("' was not created!"));
+
     site.prompter().answer(Answer::Yes);
     viewer->close();
     EXPECT_TRUE(closed);
-    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Save Changes")));
     auto reader = TiffReader::open(path);
     EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 600));
 }
