@@ -45,11 +45,8 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
     }
 }
 
-TEST(ReadField, ReadsOneLineAndDecodesLineByLine)
+TEST(ReadField, ReadsOneLine)
 {
     EXPECT_EQ(*ReadFields(u"\"INF\",5,\"H\",##"), (QStringList{u"INF"_s, u"5"_s, u"H"_s, QString()}));
     EXPECT_FALSE(ReadFields(u"\"INF\",5,"));
-
-    const QByteArray bytes = QByteArray("\xEF\xBB\xBF") + QStringLiteral(u"\"Stål\"\r\n").toUtf8() + "\"St\xE5l \x93Q\x94\"\r\n";
-    EXPECT_EQ(DecodeExchangeText(bytes), QStringLiteral(u"\"Stål\"\r\n\"Stål “Q”\"\r\n"));
 }
