@@ -10,6 +10,7 @@ packages=(
   libsane-dev libsane1 sane-utils
   libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
+  libqpdf-dev qpdf poppler-utils libpdfbox2-java libactivation-java libjaxb-api-java default-jre-headless
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
