@@ -11,6 +11,7 @@ packages=(
   libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
   libgtest-dev libgmock-dev libbenchmark-dev
+  python3-aiosmtpd dovecot-pop3d openssl
   xvfb xauth
 )
 
