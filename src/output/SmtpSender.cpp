@@ -1,6 +1,7 @@
 #include "output/SmtpSender.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QUuid>
@@ -272,6 +273,8 @@ MailSendResult SmtpSender::send(const MailMessage& message, const StatusLine& on
         const QString popHost = settings_.popServer.trimmed();
         talk.add(QStringLiteral("Logging in to the POP server %1").arg(popHost));
         Easy pop(curl_easy_init());
+        if (!pop)
+            return fail(QStringLiteral("the mail library could not start"));
         CommonOptions(pop.get(), settings_, talk, errors);
         curl_easy_setopt(pop.get(), CURLOPT_URL, (QStringLiteral("pop3://") + popHost + u'/').toUtf8().constData());
         curl_easy_setopt(pop.get(), CURLOPT_USE_SSL, long(CURLUSESSL_TRY));
@@ -286,6 +289,8 @@ MailSendResult SmtpSender::send(const MailMessage& message, const StatusLine& on
     const QString where = QStringLiteral("%1 port %2").arg(host).arg(port);
     talk.add(QStringLiteral("Connecting to ") + where);
     Easy curl(curl_easy_init());
+    if (!curl)
+        return fail(QStringLiteral("the mail library could not start"));
     CommonOptions(curl.get(), settings_, talk, errors);
     const QString scheme = port == 465 ? QStringLiteral("smtps://") : QStringLiteral("smtp://");
     curl_easy_setopt(curl.get(), CURLOPT_URL, QStringLiteral("%1%2:%3").arg(scheme, host).arg(port).toUtf8().constData());

@@ -7,6 +7,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <grp.h>
 #include <pwd.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -151,8 +152,9 @@ bool PopTestServer::start()
 {
     const bool root = ::geteuid() == 0;
     const passwd* account = root ? ::getpwnam("dovecot") : ::getpwuid(::geteuid());
+    const group* accountGroup = account ? ::getgrgid(account->pw_gid) : nullptr;
     port_ = freePort();
-    if (!account || port_ == 0) {
+    if (!accountGroup || port_ == 0) {
         error_ = QStringLiteral("no account or port for dovecot");
         return false;
     }
@@ -176,7 +178,7 @@ bool PopTestServer::start()
         "userdb {\n  driver = static\n  args = uid=%4 gid=%5 home=%1/mail/%u\n}\n"
         "service pop3-login {\n  chroot =\n  inet_listener pop3 {\n    port = %6\n  }\n}\n"
         "service anvil {\n  chroot =\n}\n")
-        .arg(dir, name, QString::fromLocal8Bit(account->pw_name))
+        .arg(dir, name, QString::fromLocal8Bit(accountGroup->gr_name))
         .arg(account->pw_uid)
         .arg(account->pw_gid)
         .arg(port_);
