@@ -231,6 +231,64 @@ QString Refusal(const MailMessage& message, const SmtpSettings& settings)
     return {};
 }
 
+// The log-in of POP-before-SMTP: log in, list, log out. STARTTLS when offered.
+CURLcode PopLogIn(const SmtpSettings& settings, Conversation& talk, char* errors)
+{
+    Easy pop(curl_easy_init());
+    if (!pop)
+        return CURLE_FAILED_INIT;
+    CommonOptions(pop.get(), settings, talk, errors);
+    curl_easy_setopt(pop.get(), CURLOPT_URL, (QStringLiteral("pop3://") + settings.popServer.trimmed() + u'/').toUtf8().constData());
+    curl_easy_setopt(pop.get(), CURLOPT_USE_SSL, long(CURLUSESSL_TRY));
+    curl_easy_setopt(pop.get(), CURLOPT_USERNAME, settings.user.toUtf8().constData());
+    curl_easy_setopt(pop.get(), CURLOPT_PASSWORD, settings.password.toUtf8().constData());
+    curl_easy_setopt(pop.get(), CURLOPT_NOBODY, 1L);
+    return curl_easy_perform(pop.get());
+}
+
+// Envelope, headers and MIME parts of one message, alive until the send ends.
+struct Composed {
+    List recipients;
+    List headers;
+    Mime mime;
+};
+
+void Compose(CURL* curl, const MailMessage& message, bool bcc, Composed& composed)
+{
+    const QByteArray from = message.fromAddress.toLatin1();
+    const QByteArray envelopeFrom = '<' + from + '>';
+    curl_easy_setopt(curl, CURLOPT_MAIL_FROM, envelopeFrom.constData());
+    Append(composed.recipients, '<' + message.toAddress.toLatin1() + '>');
+    if (bcc)
+        Append(composed.recipients, envelopeFrom);
+    curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, composed.recipients.get());
+
+    List& headers = composed.headers;
+    Append(headers, "Date: " + QDateTime::currentDateTime().toString(Qt::RFC2822Date).toLatin1());
+    Append(headers, "From: " + Mailbox(message.fromName, message.fromAddress));
+    Append(headers, "Reply-To: " + from);
+    Append(headers, "To: " + Mailbox(message.toName, message.toAddress));
+    Append(headers, "Subject: " + HeaderText(message.subject, false));
+    Append(headers, "Message-ID: <" + QUuid::createUuid().toString(QUuid::WithoutBraces).toLatin1() + '@'
+                        + from.mid(from.indexOf('@') + 1) + '>');
+    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
+
+    composed.mime.reset(curl_mime_init(curl));
+    const QByteArray body = CrLf(message.body);
+    curl_mimepart* text = curl_mime_addpart(composed.mime.get());
+    curl_mime_data(text, body.constData(), size_t(body.size()));
+    curl_mime_type(text, "text/plain; charset=UTF-8");
+    curl_mime_encoder(text, "quoted-printable");
+    for (const QString& file : message.files) {
+        curl_mimepart* part = curl_mime_addpart(composed.mime.get());
+        curl_mime_filedata(part, QFile::encodeName(file).constData());
+        curl_mime_filename(part, QFileInfo(file).fileName().toUtf8().constData());
+        curl_mime_type(part, MimeType(file).toLatin1().constData());
+        curl_mime_encoder(part, "base64");
+    }
+    curl_easy_setopt(curl, CURLOPT_MIMEPOST, composed.mime.get());
+}
+
 }  // namespace
 
 MailAuthentication MailAuthenticationFrom(const QString& text)
@@ -263,78 +321,35 @@ MailSendResult SmtpSender::send(const MailMessage& message, const StatusLine& on
     };
     if (const QString refusal = Refusal(message, settings_); !refusal.isEmpty())
         return fail(refusal);
-
-    const QString host = settings_.server.trimmed();
-    const int port = settings_.port.trimmed().isEmpty() ? 25 : settings_.port.trimmed().toInt();
-    const bool sendsPassword = settings_.authentication == MailAuthentication::Smtp;
     char errors[CURL_ERROR_SIZE] = {};
 
     if (settings_.authentication == MailAuthentication::Pop) {
         const QString popHost = settings_.popServer.trimmed();
-        talk.add(QStringLiteral("Logging in to the POP server %1").arg(popHost));
-        Easy pop(curl_easy_init());
-        if (!pop)
-            return fail(QStringLiteral("the mail library could not start"));
-        CommonOptions(pop.get(), settings_, talk, errors);
-        curl_easy_setopt(pop.get(), CURLOPT_URL, (QStringLiteral("pop3://") + popHost + u'/').toUtf8().constData());
-        curl_easy_setopt(pop.get(), CURLOPT_USE_SSL, long(CURLUSESSL_TRY));
-        curl_easy_setopt(pop.get(), CURLOPT_USERNAME, settings_.user.toUtf8().constData());
-        curl_easy_setopt(pop.get(), CURLOPT_PASSWORD, settings_.password.toUtf8().constData());
-        curl_easy_setopt(pop.get(), CURLOPT_NOBODY, 1L);
-        if (const CURLcode code = curl_easy_perform(pop.get()); code != CURLE_OK)
+        talk.add(QStringLiteral("Logging in to the POP server ") + popHost);
+        if (const CURLcode code = PopLogIn(settings_, talk, errors); code != CURLE_OK)
             return fail(Explain(code, errors, QStringLiteral("the POP server ") + popHost, talk));
         talk.lastError.clear();
     }
 
+    const QString host = settings_.server.trimmed();
+    const int port = settings_.port.trimmed().isEmpty() ? 25 : settings_.port.trimmed().toInt();
     const QString where = QStringLiteral("%1 port %2").arg(host).arg(port);
     talk.add(QStringLiteral("Connecting to ") + where);
+    Composed composed;  // outlives the handle that points at it
     Easy curl(curl_easy_init());
     if (!curl)
-        return fail(QStringLiteral("the mail library could not start"));
+        return fail(Explain(CURLE_FAILED_INIT, errors, where, talk));
     CommonOptions(curl.get(), settings_, talk, errors);
     const QString scheme = port == 465 ? QStringLiteral("smtps://") : QStringLiteral("smtp://");
     curl_easy_setopt(curl.get(), CURLOPT_URL, QStringLiteral("%1%2:%3").arg(scheme, host).arg(port).toUtf8().constData());
     // STARTTLS whenever offered; a password goes over an encrypted line or not at all.
+    const bool sendsPassword = settings_.authentication == MailAuthentication::Smtp;
     curl_easy_setopt(curl.get(), CURLOPT_USE_SSL, long(sendsPassword ? CURLUSESSL_ALL : CURLUSESSL_TRY));
     if (sendsPassword) {
         curl_easy_setopt(curl.get(), CURLOPT_USERNAME, settings_.user.toUtf8().constData());
         curl_easy_setopt(curl.get(), CURLOPT_PASSWORD, settings_.password.toUtf8().constData());
     }
-
-    const QByteArray from = message.fromAddress.toLatin1();
-    const QByteArray envelopeFrom = '<' + from + '>';
-    curl_easy_setopt(curl.get(), CURLOPT_MAIL_FROM, envelopeFrom.constData());
-    List recipients;
-    Append(recipients, '<' + message.toAddress.toLatin1() + '>');
-    if (settings_.bcc)
-        Append(recipients, envelopeFrom);
-    curl_easy_setopt(curl.get(), CURLOPT_MAIL_RCPT, recipients.get());
-
-    List headers;
-    Append(headers, "Date: " + QDateTime::currentDateTime().toString(Qt::RFC2822Date).toLatin1());
-    Append(headers, "From: " + Mailbox(message.fromName, message.fromAddress));
-    Append(headers, "Reply-To: " + from);
-    Append(headers, "To: " + Mailbox(message.toName, message.toAddress));
-    Append(headers, "Subject: " + HeaderText(message.subject, false));
-    Append(headers, "Message-ID: <" + QUuid::createUuid().toString(QUuid::WithoutBraces).toLatin1() + '@'
-                        + from.mid(from.indexOf('@') + 1) + '>');
-    curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
-
-    Mime mime(curl_mime_init(curl.get()));
-    const QByteArray body = CrLf(message.body);
-    curl_mimepart* text = curl_mime_addpart(mime.get());
-    curl_mime_data(text, body.constData(), size_t(body.size()));
-    curl_mime_type(text, "text/plain; charset=UTF-8");
-    curl_mime_encoder(text, "quoted-printable");
-    for (const QString& file : message.files) {
-        curl_mimepart* part = curl_mime_addpart(mime.get());
-        curl_mime_filedata(part, QFile::encodeName(file).constData());
-        curl_mime_filename(part, QFileInfo(file).fileName().toUtf8().constData());
-        curl_mime_type(part, MimeType(file).toLatin1().constData());
-        curl_mime_encoder(part, "base64");
-    }
-    curl_easy_setopt(curl.get(), CURLOPT_MIMEPOST, mime.get());
-
+    Compose(curl.get(), message, settings_.bcc, composed);
     if (const CURLcode code = curl_easy_perform(curl.get()); code != CURLE_OK)
         return fail(Explain(code, errors, where, talk));
     talk.add(kSendSuccessful);
