@@ -12,6 +12,7 @@ packages=(
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
   libqpdf-dev qpdf poppler-utils libpdfbox2-java libactivation-java libjaxb-api-java default-jre-headless
   libgtest-dev libgmock-dev libbenchmark-dev
+  python3-aiosmtpd dovecot-pop3d openssl
   xvfb xauth
 )
 
