@@ -194,6 +194,43 @@ void readDataMatrix(Page& page, const Area& area, std::vector<Code>& codes)
     }
 }
 
+// A grey page in black and white, each pixel against the mean of the 80 by
+// 80 pixels around it: dark is 12 levels under it. Done once, so that the
+// many bands of readDataMatrix take the decoder's cheapest binarizer.
+Page blackAndWhite(const Page& grey)
+{
+    constexpr int kBlock = 16;
+    const int columns = (grey.width + kBlock - 1) / kBlock;
+    const int rows = (grey.height + kBlock - 1) / kBlock;
+    std::vector<int> means(size_t(columns) * size_t(rows));
+    for (int by = 0; by < rows; ++by)
+        for (int bx = 0; bx < columns; ++bx) {
+            long sum = 0;
+            int count = 0;
+            for (int y = by * kBlock; y < std::min(grey.height, (by + 1) * kBlock); ++y)
+                for (int x = bx * kBlock; x < std::min(grey.width, (bx + 1) * kBlock); ++x, ++count)
+                    sum += grey.pixels[size_t(y) * size_t(grey.width) + size_t(x)];
+            means[size_t(by) * size_t(columns) + size_t(bx)] = int(sum / std::max(1, count));
+        }
+    Page page = grey;
+    page.blackAndWhite = true;
+    for (int by = 0; by < rows; ++by)
+        for (int bx = 0; bx < columns; ++bx) {
+            int sum = 0;
+            int count = 0;
+            for (int ny = std::max(0, by - 2); ny <= std::min(rows - 1, by + 2); ++ny)
+                for (int nx = std::max(0, bx - 2); nx <= std::min(columns - 1, bx + 2); ++nx, ++count)
+                    sum += means[size_t(ny) * size_t(columns) + size_t(nx)];
+            const int threshold = sum / count - 12;
+            for (int y = by * kBlock; y < std::min(grey.height, (by + 1) * kBlock); ++y)
+                for (int x = bx * kBlock; x < std::min(grey.width, (bx + 1) * kBlock); ++x) {
+                    uint8_t& v = page.pixels[size_t(y) * size_t(grey.width) + size_t(x)];
+                    v = v < threshold ? 0 : 255;
+                }
+        }
+    return page;
+}
+
 // Every code of an area, read in this process.
 std::vector<Code> readArea(Page& page, const Area& area)
 {
@@ -204,7 +241,12 @@ std::vector<Code> readArea(Page& page, const Area& area)
     for (const auto& result : readView(viewOf(page, area), hintsFor(page, others)))
         if (result.isValid())
             codes.push_back(toCode(result, area.left, area.top));
-    readDataMatrix(page, area, codes);
+    if (page.blackAndWhite) {
+        readDataMatrix(page, area, codes);
+    } else {
+        Page marked = blackAndWhite(page);
+        readDataMatrix(marked, area, codes);
+    }
     return codes;
 }
 
