@@ -7,7 +7,7 @@ CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 .PHONY: run test build deps clean bench
 
 run: build
-	$(BUILD_DIR)/src/app/tarlox
+	$(BUILD_DIR)/bin/tarlox
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
