@@ -11,6 +11,7 @@ packages=(
   libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
   libgtest-dev libgmock-dev libbenchmark-dev
+  hylafax-server hylafax-client
   xvfb xauth
 )
 
@@ -24,4 +25,14 @@ sudo=""
 [ "$(id -u)" -ne 0 ] && sudo="sudo"
 export DEBIAN_FRONTEND=noninteractive
 $sudo apt-get update -qq
+
+# hylafax-server's install would start the system's fax daemons (and pulls in
+# a mail server). The tests run their own on a private spool, so no service
+# is started while packages go in, where the machine does not already forbid it.
+policy=/usr/sbin/policy-rc.d
+if [ ! -e "$policy" ]; then
+  printf '#!/bin/sh\nexit 101\n' | $sudo tee "$policy" >/dev/null
+  $sudo chmod 0755 "$policy"
+  trap '$sudo rm -f "$policy"' EXIT
+fi
 $sudo apt-get install -y --no-install-recommends "${missing[@]}"
