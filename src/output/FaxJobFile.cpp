@@ -211,4 +211,21 @@ IoResult<QString> MakeJobFile(const QString& tempDir, int dayOfMonth, const QStr
     return name;
 }
 
+IoResult<QString> CopyJobFile(const QString& previous, const QString& tempDir, int dayOfMonth)
+{
+    if (!QFileInfo(previous).isFile())
+        return Failure(u"The earlier fax file "_s % previous % u" is gone."_s);
+    auto name = FreeJobFileName(tempDir, dayOfMonth);
+    if (!name)
+        return name;
+    // Copied beside the final name and renamed, so no half copy is ever found.
+    const QString work = *name % u".part"_s;
+    QFile::remove(work);
+    if (!QFile::copy(previous, work) || !QFile::rename(work, *name)) {
+        QFile::remove(work);
+        return Failure(u"Can't copy the earlier fax file "_s % previous % u" to "_s % *name % u'.');
+    }
+    return name;
+}
+
 }  // namespace tarlox

@@ -68,4 +68,8 @@ IoStatus WriteJobFile(const QString& target, const QImage& cover, const QStringL
 IoResult<QString> MakeJobFile(const QString& tempDir, int dayOfMonth, const QString& templatePath,
                               CoverFields fields, const QStringList& pageFiles);
 
+// A copy of an earlier job file under a free name, for sending it again;
+// the earlier file stays. Returns the copy's path.
+IoResult<QString> CopyJobFile(const QString& previous, const QString& tempDir, int dayOfMonth);
+
 }  // namespace tarlox

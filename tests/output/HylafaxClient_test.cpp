@@ -107,12 +107,11 @@ std::optional<FaxJobInfo> Find(FaxEngine& engine, FaxState view, const QString& 
     return std::nullopt;
 }
 
-class HylafaxTest : public ::testing::Test {
+// A report of three pages, a cover page of its own and the job file of both.
+class FaxFiles : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        if (!TheServer().start())
-            GTEST_SKIP() << TheServer().skipReason.toStdString();
         chmod(QFile::encodeName(temp.path()).constData(), 0755);
         report = temp.filePath(u"report.tif"_s);
         ASSERT_TRUE(WriteTiff(report, {TextPage(1700, 2200, 1, 200), TextPage(1700, 2200, 2, 200),
@@ -133,6 +132,19 @@ protected:
     }
 
     QString coverTemplate() const { return qEnvironmentVariable("TARLOX_SOURCE_DIR") + u"/resources/tarlox.cpe"_s; }
+
+    QTemporaryDir temp;
+    QString report, cover, jobFile;
+};
+
+class HylafaxTest : public FaxFiles {
+protected:
+    void SetUp() override
+    {
+        if (!TheServer().start())
+            GTEST_SKIP() << TheServer().skipReason.toStdString();
+        FaxFiles::SetUp();
+    }
 
     FaxJob sampleJob() const
     {
@@ -162,9 +174,6 @@ protected:
         server.timeoutMs = 10000;
         return server;
     }
-
-    QTemporaryDir temp;
-    QString report, cover, jobFile;
 };
 
 }  // namespace
@@ -214,7 +223,7 @@ TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
         EXPECT_EQ(FillCoverTemplate(row.text, fields), row.filled) << row.text.toStdString();
 }
 
-TEST_F(HylafaxTest, JobFileHoldsTheCoverAndEveryPageCopiedAsStored)
+TEST_F(FaxFiles, JobFileHoldsTheCoverAndEveryPageCopiedAsStored)
 {
     auto joined = TiffReader::open(jobFile);
     ASSERT_TRUE(joined.ok()) << joined.error().toStdString();
@@ -290,8 +299,12 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
 TEST_F(HylafaxTest, KeptJobFileIsSentAgainAndAPendingJobRemoved)
 {
     HylafaxClient engine(where());
+    auto copy = CopyJobFile(jobFile, temp.path(), 15);
+    ASSERT_TRUE(copy.ok()) << copy.error().toStdString();
+    EXPECT_EQ(QFileInfo(*copy).fileName(), u"FX150001.FMF"_s);
     FaxJob again = sampleJob();
-    again.documents = {jobFile};
+    again.documents = {*copy};
+    again.jobFile = *copy;
     again.faxNumber = u"5550000"_s;
     auto id = engine.submit(again);
     ASSERT_TRUE(id.ok()) << id.error().toStdString();
@@ -302,6 +315,7 @@ TEST_F(HylafaxTest, KeptJobFileIsSentAgainAndAPendingJobRemoved)
     const QString queued = TheServer().queueFile(u"sendq"_s, *id);
     const QString document = queued.section(u"\ntiff:"_s, 1).section(u'\n', 0, 0).section(u':', 2);
     EXPECT_EQ(Bytes(TheServer().spool() + u'/' + document), Bytes(jobFile));
+    EXPECT_EQ(pending->tag, *copy);
 
     ASSERT_TRUE(engine.remove(*id).ok());
     EXPECT_FALSE(Find(engine, FaxState::Pending, *id));
