@@ -13,6 +13,7 @@ packages=(
   libqpdf-dev qpdf poppler-utils libpdfbox2-java libactivation-java libjaxb-api-java default-jre-headless
   libgtest-dev libgmock-dev libbenchmark-dev
   python3-aiosmtpd dovecot-pop3d openssl
+  hylafax-server hylafax-client
   xvfb xauth
 )
 
@@ -26,4 +27,14 @@ sudo=""
 [ "$(id -u)" -ne 0 ] && sudo="sudo"
 export DEBIAN_FRONTEND=noninteractive
 $sudo apt-get update -qq
+
+# hylafax-server's install would start the system's fax daemons (and pulls in
+# a mail server). The tests run their own on a private spool, so no service
+# is started while packages go in, where the machine does not already forbid it.
+policy=/usr/sbin/policy-rc.d
+if [ ! -e "$policy" ]; then
+  printf '#!/bin/sh\nexit 101\n' | $sudo tee "$policy" >/dev/null
+  $sudo chmod 0755 "$policy"
+  trap '$sudo rm -f "$policy"' EXIT
+fi
 $sudo apt-get install -y --no-install-recommends "${missing[@]}"
