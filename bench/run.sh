@@ -4,7 +4,7 @@
 set -euo pipefail
 build="${1:-build}"
 shift || true
-exe="$build/bench/tarlox_bench"
+exe="$build/bin/tarlox_bench"
 if [ ! -x "$exe" ]; then
   echo "No $exe: build first (make build)." >&2
   exit 1

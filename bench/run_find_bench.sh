@@ -9,4 +9,4 @@ work="$build/find-bench"
 mkdir -p "$work"
 bash "$here/../tests/support/postgres.sh" start "$work/pg" >/dev/null
 trap 'bash "$here/../tests/support/postgres.sh" stop "$work/pg"' EXIT
-"$build/bench/find_bench" --dir "$work" --pg "$(cat "$work/pg/conninfo")" "$@"
+"$build/bin/find_bench" --dir "$work" --pg "$(cat "$work/pg/conninfo")" "$@"
