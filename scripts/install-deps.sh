@@ -15,6 +15,7 @@ packages=(
   python3-aiosmtpd dovecot-pop3d openssl
   hylafax-server hylafax-client
   xvfb xauth
+  fonts-liberation cups-daemon cups-client cups-filters
 )
 
 missing=()
