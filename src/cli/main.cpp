@@ -32,6 +32,11 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeExportCommand());
+    commands.push_back(makeImportCommand());
+    commands.push_back(makeImportTifCommand());
+    commands.push_back(makeMoveCommand());
+    commands.push_back(makeDeleteCommand());
     return commands;
 }
 
