@@ -59,18 +59,14 @@ public:
     // Before an image: false when the person cancelled.
     bool next(const QString& file)
     {
-        if (progress_ && !progress_(ExchangeProgress{summary.done, summary.total, file})) {
+        if (progress_ && !progress_(ExchangeProgress{summary.done + int(summary.skipped.size()), summary.total, file})) {
             summary.cancelled = true;
             return false;
         }
         return true;
     }
     void finished() { ++summary.done; }
-    void skip(const QString& line)
-    {
-        summary.skipped << line;
-        ++summary.done;
-    }
+    void skip(const QString& line) { summary.skipped << line; }
     // A source file is missing: reported, and put to the person unless
     // ignored. False when the person chose Abort.
     bool missing(const QString& path)
@@ -194,7 +190,7 @@ bool numberTaken(Session& s, qint32 number, const QString& dataDir)
 
 QStringList ExchangeSummary::report(const QString& verb) const
 {
-    QStringList lines{QStringLiteral("%1 of %2 images %3, %4 skipped").arg(done - skipped.size()).arg(total).arg(verb).arg(skipped.size())};
+    QStringList lines{QStringLiteral("%1 of %2 images %3, %4 skipped").arg(done).arg(total).arg(verb).arg(skipped.size())};
     for (const QString& line : skipped)
         lines << QStringLiteral("  skipped: ") + line;
     if (cancelled)

@@ -31,7 +31,7 @@ using ExchangeProgressFn = std::function<bool(const ExchangeProgress&)>;
 // What a run did.
 struct ExchangeSummary {
     int total = 0;
-    int done = 0;
+    int done = 0;         // images that went through
     QStringList skipped;  // one line each: the image or lines, and why
     bool cancelled = false;
     QString stopped;      // why the run ended before its end (a failed copy); empty otherwise
