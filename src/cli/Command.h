@@ -62,6 +62,11 @@ std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
 std::unique_ptr<Command> makeOutputCommand();
 std::unique_ptr<Command> makePrintCommand();
+std::unique_ptr<Command> makeExportCommand();
+std::unique_ptr<Command> makeImportCommand();
+std::unique_ptr<Command> makeImportTifCommand();
+std::unique_ptr<Command> makeMoveCommand();
+std::unique_ptr<Command> makeDeleteCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

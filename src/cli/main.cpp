@@ -34,6 +34,11 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeScanCommand());
     commands.push_back(makeOutputCommand());
     commands.push_back(makePrintCommand());
+    commands.push_back(makeExportCommand());
+    commands.push_back(makeImportCommand());
+    commands.push_back(makeImportTifCommand());
+    commands.push_back(makeMoveCommand());
+    commands.push_back(makeDeleteCommand());
     return commands;
 }
 

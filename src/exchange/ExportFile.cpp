@@ -24,6 +24,9 @@ constexpr int kInfoFields = 8;
 QByteArray textField(QString value)
 {
     value.replace(u'\r', u' ').replace(u'\n', u' ');
+    // A quote inside is doubled: the reader drops a closing quote that no
+    // comma follows, so "" reads back as one quote, in older readers too.
+    value.replace(u'"', QStringLiteral("\"\""));
     return '"' + value.toUtf8() + '"';
 }
 

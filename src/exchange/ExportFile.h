@@ -17,8 +17,8 @@ namespace tarlox {
 // record a line, each line ended by CR LF:
 //   "IMG",123,#2004-03-09#,"G","4"
 //   "INF",123,"H1","P2","P3","V4","M5",#2004-03-09 14:05:00#
-// Text stands between double quotes, with a quote inside written as it
-// stands (it does not survive reading); numbers are bare digits; dates stand
+// Text stands between double quotes, with a quote inside written twice
+// (read back as one); numbers are bare digits; dates stand
 // between "#" signs, without the time when it is midnight. A date that is not
 // set is written as ## and read back as not set. A line break inside a text
 // is written as a blank, since it would end the line.

@@ -83,11 +83,10 @@ TEST(ExportFile, ImagesComeBackAsWrittenWithReferencesNewestFirst)
         {1, at(2004, 3, 9), u" "_s, u"4"_s,
          {{u"H-100"_s, u"A,B, C"_s, u"O'Neil"_s, u"#5 #6"_s, u"Stål Ærø Ünal 鋼"_s, at(2004, 3, 9, 14, 5)}}},
         {2, at(1999, 12, 31, 23, 59, 59), u"G"_s, u"4"_s,
-         {{QString(), u"He said \"hi\" ok"_s, u"LINE\r\nBREAK"_s, u"V"_s, u"M"_s, QDateTime()}}},
+         {{u"\""_s, u"He said \"hi\" ok"_s, u"LINE\r\nBREAK"_s, u"\"V\""_s, u"M\""_s, QDateTime()}}},
         {999999, QDateTime(), u"A"_s, u"4"_s, {old, newest, mid}},
     };
     QList<ExportedImage> expected = written;
-    expected[1].infos[0].part = u"He said hi ok"_s;  // quotes are not escaped
     expected[1].infos[0].po = u"LINE  BREAK"_s;
     expected[2].infos = {newest, mid, old};
 

@@ -3,7 +3,14 @@
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
+#include "exchange/forms/frmDelete.h"
+#include "exchange/forms/frmExport.h"
+#include "exchange/forms/frmImport.h"
+#include "exchange/forms/frmImportTif.h"
+#include "exchange/forms/frmMove.h"
 #include "output/forms/frmSelect.h"
+#include "data/Session.h"
+#include "search/FindQuery.h"
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
@@ -29,6 +36,19 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
 }
 
+// The screens on the last find's images (export, move, delete) run its
+// criteria again; nothing opens when they can't be searched for.
+template <class Form> void foundSetForm(FormRegistry& forms, const QString& name)
+{
+    forms.add(name, FormKind::Child, [](const FormContext& c) -> QWidget* {
+        FindProblem problem;
+        const auto where = FindCondition(c.session, c.session.findQuery, problem);
+        if (!where)
+            return nullptr;
+        return new Form(c.session, *where, &c.frame);
+    });
+}
+
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
 {
     forms.add(name, FormKind::Dialog, [](const FormContext& c) { return new Form(c.session, &c.frame); });
@@ -43,6 +63,11 @@ FormRegistry StandardForms()
         auto* find = new frmFind(c.session, &c.frame);
         QObject::connect(find, &frmFind::selectRequested, &c.frame,
                          [&session = c.session, &frame = c.frame](qint32 number) { openSelect(session, frame, number); });
+        for (const auto& [signal, form] : {std::pair{&frmFind::exportRequested, "frmExport"}, std::pair{&frmFind::moveRequested, "frmMove"},
+                                           std::pair{&frmFind::deleteRequested, "frmDelete"}})
+            QObject::connect(find, signal, &c.frame, [&frame = c.frame, form] { frame.ShowForm(QLatin1String(form)); });
+        for (const auto screen : {frmFind::Screen::Export, frmFind::Screen::Move, frmFind::Screen::Delete})
+            find->setScreenAvailable(screen, true);
         return find;
     });
     forms.add(QStringLiteral("frmView"), FormKind::Child, [](const FormContext& c) {
@@ -65,6 +90,11 @@ FormRegistry StandardForms()
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
+    foundSetForm<frmExport>(forms, QStringLiteral("frmExport"));
+    foundSetForm<frmMove>(forms, QStringLiteral("frmMove"));
+    foundSetForm<frmDelete>(forms, QStringLiteral("frmDelete"));
+    forms.add(QStringLiteral("frmImport"), FormKind::Child, [](const FormContext& c) { return new frmImport(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmImportTif"), FormKind::Child, [](const FormContext& c) { return new frmImportTif(c.session, &c.frame); });
     dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {

@@ -1,0 +1,544 @@
+#include "exchange/Exchange.h"
+
+#include "base/FileTools.h"
+#include "base/Prompter.h"
+#include "base/TextTools.h"
+#include "base/VolumeName.h"
+#include "data/DataOp.h"
+#include "data/Dialect.h"
+#include "data/ImageData.h"
+#include "data/InfoData.h"
+#include "data/Session.h"
+#include "exchange/ExportFile.h"
+#include "store/FileReplacement.h"
+#include "store/ImageFiles.h"
+#include "store/OffThread.h"
+#include "store/TiffReader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tarlox {
+
+namespace {
+
+const QString NewLine = QStringLiteral("\r\n");
+constexpr int MaxReferencesPerImage = 10000;
+
+QString sixDigitName(const QString& prefix, qint64 number) { return prefix + ImageFileNameFor(number).mid(2); }
+
+// Whether two paths name the same file: the same text without case, or the
+// same file on disk.
+bool samePath(const QString& a, const QString& b)
+{
+    if (a.compare(b, Qt::CaseInsensitive) == 0)
+        return true;
+    const QString ca = QFileInfo(a).canonicalFilePath();
+    return !ca.isEmpty() && ca == QFileInfo(b).canonicalFilePath();
+}
+
+IoStatus copyOffThread(const QString& source, const QString& target)
+{
+    IoStatus status;
+    RunOffThread([&] { status = ReplaceWithCopy(source, target); });
+    return status;
+}
+
+// One run: the counts, the Cancel check, the missing-file box and its
+// ignore flag, and the one message of a copy that failed.
+class Run {
+public:
+    Run(Session& session, const ExchangeProgressFn& progress, Missing missing, QString verb)
+        : s(session), progress_(progress), missing_(missing), verb_(std::move(verb))
+    {
+    }
+
+    // Before an image: false when the person cancelled.
+    bool next(const QString& file)
+    {
+        if (progress_ && !progress_(ExchangeProgress{summary.done + int(summary.skipped.size()), summary.total, file})) {
+            summary.cancelled = true;
+            return false;
+        }
+        return true;
+    }
+    void finished() { ++summary.done; }
+    void skip(const QString& line) { summary.skipped << line; }
+    // A source file is missing: reported, and put to the person unless
+    // ignored. False when the person chose Abort.
+    bool missing(const QString& path)
+    {
+        skip(path + QStringLiteral(" does not exist"));
+        if (missing_ != Missing::Ask || ignore_)
+            return true;
+        const Answer answer = s.prompter().ask(
+            QStringLiteral("File does not exist!"),
+            QStringLiteral("Warning: ") + path + QStringLiteral(" does not exist!") + NewLine + QStringLiteral("Click:") + NewLine
+                + QStringLiteral("  'RETRY' to try to ") + verb_ + QStringLiteral(" rest of files") + NewLine
+                + QStringLiteral("  'IGNORE' to ignore any more errors") + NewLine + QStringLiteral("  'ABORT' to stop"),
+            Buttons::AbortRetryIgnore, Icon::Critical);
+        if (answer == Answer::Abort) {
+            summary.stopped = QStringLiteral("stopped at ") + path;
+            return false;
+        }
+        ignore_ = ignore_ || answer == Answer::Ignore;
+        return true;
+    }
+    // A copy failed (a full disk): the run ends here.
+    void copyFailed(const QString& error)
+    {
+        summary.stopped = error;
+        if (missing_ == Missing::Ask)
+            s.prompter().ask(QStringLiteral("Error moving file!"),
+                             QStringLiteral("Error: ") + error + NewLine + QStringLiteral("The remaining files cannot be copied to the disk."),
+                             Buttons::Ok, Icon::Critical);
+    }
+
+    Session& s;
+    ExchangeSummary summary;
+
+private:
+    const ExchangeProgressFn& progress_;
+    Missing missing_;
+    QString verb_;
+    bool ignore_ = false;
+};
+
+// Files put in place for one image, removed again when the image fails.
+class PlacedFiles {
+public:
+    ~PlacedFiles()
+    {
+        if (!kept_)
+            for (const QString& path : std::as_const(paths_))
+                QFile::remove(path);
+    }
+    IoStatus copy(const QString& source, const QString& target)
+    {
+        const bool existed = QFileInfo::exists(target);
+        IoStatus status = copyOffThread(source, target);
+        if (status && !existed)
+            paths_ << target;
+        return status;
+    }
+    void keep() { kept_ = true; }
+
+private:
+    QStringList paths_;
+    bool kept_ = false;
+};
+
+// The file of an image row: in its stored directory, else (a stale path)
+// in the data directory.
+QString imageFileOf(Session& s, const QString& name)
+{
+    const QString stored = JoinPath(s.image.path, name);
+    if (QFileInfo::exists(stored) || s.dataDir.isEmpty())
+        return stored;
+    const QString inData = JoinPath(s.dataDir, name);
+    return QFileInfo::exists(inData) ? inData : stored;
+}
+
+QList<ExportedInfo> referencesOf(Session& s, qint32 number)
+{
+    QList<InfoRow> rows;
+    qint64 total = 0;
+    LoadInfo(s, SqlCondition{col("Info", "Image #") + QStringLiteral(" = ?"), {number}}, rows, MaxReferencesPerImage, total);
+    QList<ExportedInfo> infos;
+    for (const InfoRow& r : std::as_const(rows))
+        infos << ExportedInfo{r.heat, r.part, r.po, r.vend, r.mfg, r.entryDate};
+    return infos;
+}
+
+// Adds the Images row in session.image and the references in one transaction.
+bool addRows(Session& s, const QList<ExportedInfo>& infos, QString& error)
+{
+    DataOp op(s, QStringLiteral("ImportImage"), {QString::number(s.image.imageNumber)});
+    const bool ok = op.transaction([&] {
+        if (!AddImage(s, true)) {
+            error = s.image.errorText;
+            return false;
+        }
+        for (const ExportedInfo& info : infos) {
+            s.info = InfoRecord{info.heat, info.part, SpaceIfEmpty(info.po), SpaceIfEmpty(info.vend), SpaceIfEmpty(info.mfg),
+                                info.entryDate, s.image.imageNumber};
+            if (!detail::InsertInfo(op, s, true)) {
+                error = op.failure().text;
+                return false;
+            }
+        }
+        return true;
+    });
+    if (!ok && error.isEmpty())
+        error = op.failure().text.isEmpty() ? QStringLiteral("the rows could not be added") : op.failure().text;
+    return ok;
+}
+
+// Whether an image number is in use here: a row, or a file in the data directory.
+bool numberTaken(Session& s, qint32 number, const QString& dataDir)
+{
+    const ImageRecord kept = s.image;
+    const bool row = ReadImage(s, number);
+    s.image = kept;
+    return row || QFileInfo::exists(JoinPath(dataDir, ImageFileNameFor(number)));
+}
+
+}  // namespace
+
+QStringList ExchangeSummary::report(const QString& verb) const
+{
+    QStringList lines{QStringLiteral("%1 of %2 images %3, %4 skipped").arg(done).arg(total).arg(verb).arg(skipped.size())};
+    for (const QString& line : skipped)
+        lines << QStringLiteral("  skipped: ") + line;
+    if (cancelled)
+        lines << QStringLiteral("  cancelled");
+    if (!stopped.isEmpty())
+        lines << QStringLiteral("  stopped: ") + stopped;
+    return lines;
+}
+
+QString WithoutTrailingSeparator(QString directory)
+{
+    if (directory.size() > 1 && (directory.endsWith(QLatin1Char('/')) || directory.endsWith(QLatin1Char('\\'))))
+        directory.chop(1);
+    return directory;
+}
+
+QList<qint32> FoundImages(Session& s, const SqlCondition& where)
+{
+    QStringList lines;
+    QList<qint32> numbers;
+    if (!LoadImages(s, lines, where))
+        return numbers;
+    for (const QString& line : std::as_const(lines)) {
+        const qint32 number = line.mid(2, 6).toInt();
+        if (numbers.isEmpty() || numbers.last() != number)
+            numbers << number;
+    }
+    return numbers;
+}
+
+ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const ExportOptions& options, const ExchangeProgressFn& progress)
+{
+    s.traceCall(QStringLiteral("ExportImages"));
+    Run run(s, progress, options.missing, QStringLiteral("export"));
+    run.summary.total = int(images.size());
+    const QString directory = WithoutTrailingSeparator(options.directory);
+    auto writer = ExportFileWriter::open(JoinPath(directory, QString::fromUtf16(kExportFileName)),
+                                         options.append ? ExportFileWriter::Existing::Append : ExportFileWriter::Existing::Overwrite);
+    if (!writer) {
+        run.copyFailed(writer.error());
+        return run.summary;
+    }
+    ConnectionScope connection(s.db());
+    for (const qint32 number : images) {
+        const QString name = ImageFileNameFor(number);
+        if (!run.next(name))
+            break;
+        if (!ReadImage(s, number)) {
+            run.skip(name + QStringLiteral(": no Images row"));
+            continue;
+        }
+        const QString source = imageFileOf(s, name);
+        if (!QFileInfo::exists(source)) {
+            if (!run.missing(source))
+                break;
+            continue;
+        }
+        PlacedFiles placed;
+        const QString target = JoinPath(directory, name);
+        if (!samePath(source, target)) {
+            if (IoStatus copied = placed.copy(source, target); !copied) {
+                run.copyFailed(copied.error());
+                break;
+            }
+            const QString original = OriginalPathOf(source);
+            if (!options.excludeOriginals && QFileInfo::exists(original))
+                (void)placed.copy(original, JoinPath(directory, sixDigitName(QStringLiteral("OR"), number)));
+        }
+        const ExportedImage image{number, s.image.entryDate, s.image.size, s.image.type, referencesOf(s, number)};
+        if (IoStatus written = writer->write(image); !written) {
+            run.copyFailed(written.error());
+            break;
+        }
+        placed.keep();
+        run.finished();
+    }
+    return run.summary;
+}
+
+ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const ExchangeProgressFn& progress)
+{
+    s.traceCall(QStringLiteral("ImportImages"));
+    Run run(s, progress, options.missing, QStringLiteral("import"));
+    const QString importDir = WithoutTrailingSeparator(options.importDir);
+    const QString dataDir = WithoutTrailingSeparator(options.dataDir.isEmpty() ? s.dataDir : options.dataDir);
+    const QString file = options.exportFile.isEmpty() ? JoinPath(importDir, QString::fromUtf16(kExportFileName)) : options.exportFile;
+    auto reader = ExportFileReader::open(file);
+    if (!reader) {
+        run.summary.stopped = reader.error();
+        return run.summary;
+    }
+    // The total is known only after a first pass over the file.
+    QList<ExportFileReader::Entry> entries;
+    while (auto entry = reader->next())
+        entries << *entry;
+    for (const auto& entry : std::as_const(entries))
+        run.summary.total += std::holds_alternative<ExportedImage>(entry) ? 1 : 0;
+
+    ConnectionScope connection(s.db());
+    GetInfoFieldLengths(s);
+    const QString volume = GetVolumeName(dataDir);
+    for (const auto& entry : std::as_const(entries)) {
+        if (const auto* lines = std::get_if<SkippedLines>(&entry)) {
+            run.summary.skipped << QStringLiteral("lines %1-%2 of the export file: %3").arg(lines->firstLine).arg(lines->lastLine).arg(lines->reason);
+            continue;
+        }
+        const ExportedImage& image = std::get<ExportedImage>(entry);
+        const QString sourceName = ImageFileNameFor(image.imageNumber);
+        const QString source = JoinPath(importDir, sourceName);
+        if (!run.next(source))
+            break;
+        if (!QFileInfo::exists(source)) {
+            if (!run.missing(source))
+                break;
+            continue;
+        }
+        qint64 number = qint64(image.imageNumber) + options.increment;
+        if (options.renumber) {
+            std::optional<qint32> taken;
+            // A number whose file lies in the data directory belongs to an
+            // image whose row is missing: leave it and take the next.
+            do
+                taken = TakeImageNumber(s);
+            while (taken && QFileInfo::exists(JoinPath(dataDir, ImageFileNameFor(*taken))));
+            if (!taken) {
+                run.summary.stopped = QStringLiteral("no image number could be taken");
+                break;
+            }
+            number = *taken;
+        }
+        const QString label = QStringLiteral("image %1").arg(image.imageNumber);
+        if (number > MaxImageNumber) {
+            run.skip(label + QStringLiteral(": number %1 has more than six digits").arg(number));
+            continue;
+        }
+        const QString target = JoinPath(dataDir, ImageFileNameFor(number));
+        const bool inPlace = samePath(source, target);
+        if ((inPlace && ReadImage(s, qint32(number))) || (!inPlace && numberTaken(s, qint32(number), dataDir))) {
+            run.skip(label + QStringLiteral(": number %1 is taken here").arg(number));
+            continue;
+        }
+        PlacedFiles placed;
+        if (!inPlace) {
+            if (IoStatus copied = placed.copy(source, target); !copied) {
+                run.copyFailed(copied.error());
+                break;
+            }
+            const QString original = OriginalPathOf(source);
+            if (QFileInfo::exists(original) && !placed.copy(original, OriginalPathOf(target))) {
+                run.copyFailed(QStringLiteral("Can't copy ") + original);
+                break;
+            }
+        }
+        s.image = ImageRecord{qint32(number), dataDir, volume, image.entryDate, image.size, image.type};
+        QString error;
+        if (!addRows(s, image.infos, error)) {
+            run.skip(label + QStringLiteral(": ") + error);
+            continue;
+        }
+        placed.keep();
+        run.finished();
+    }
+    return run.summary;
+}
+
+QString PageSizeForLength(int tenths)
+{
+    if (tenths > 120)
+        return QStringLiteral("G");
+    if (tenths > 111)
+        return QStringLiteral("A");
+    return QStringLiteral(" ");
+}
+
+ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, const ExchangeProgressFn& progress)
+{
+    s.traceCall(QStringLiteral("ImportTifImages"));
+    Run run(s, progress, options.missing, QStringLiteral("import"));
+    const QString importDir = WithoutTrailingSeparator(options.importDir);
+    const QString dataDir = WithoutTrailingSeparator(options.dataDir.isEmpty() ? s.dataDir : options.dataDir);
+    QDir dir(importDir);
+    QStringList names = dir.entryList({QStringLiteral("*.tif")}, QDir::Files, QDir::Name | QDir::IgnoreCase);
+    // Originals come along with their reports.
+    names.removeIf([](const QString& name) { return name.startsWith(QLatin1String("OR"), Qt::CaseInsensitive); });
+    run.summary.total = int(names.size());
+
+    ConnectionScope connection(s.db());
+    GetInfoFieldLengths(s);
+    const QString volume = GetVolumeName(dataDir);
+    for (const QString& name : std::as_const(names)) {
+        const QString source = dir.filePath(name);
+        if (!run.next(source))
+            break;
+        auto tiff = TiffReader::open(source);
+        if (!tiff) {
+            run.skip(tiff.error());
+            continue;
+        }
+        const ReportTags& tags = tiff->tags();
+        if (tags.heat.trimmed().isEmpty() || tags.part.trimmed().isEmpty()) {
+            run.skip(name + QStringLiteral(": no heat or part in its tags"));
+            continue;
+        }
+        const QStringList heats = tags.heat.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        QStringList parts = tags.part.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        if (heats.size() < parts.size()) {
+            run.skip(name + QStringLiteral(": fewer heats than parts"));
+            continue;
+        }
+        while (parts.size() < heats.size())
+            parts << parts.last();
+        const QString digits = name.size() >= 10 ? name.right(10).left(6) : QString();
+        bool isNumber = false;
+        const qint32 number = digits.toInt(&isNumber);
+        if (!isNumber || number <= 0) {
+            run.skip(name + QStringLiteral(": the name holds no image number"));
+            continue;
+        }
+        const QString target = JoinPath(dataDir, ImageFileNameFor(number));
+        const bool inPlace = samePath(source, target);
+        if ((inPlace && ReadImage(s, number)) || (!inPlace && numberTaken(s, number, dataDir))) {
+            run.skip(name + QStringLiteral(": number %1 is taken here").arg(number));
+            continue;
+        }
+        int tenths = 0;
+        if (auto page = tiff->pageInfo(0); page && page->dpi.y > 0)
+            tenths = int(std::lround(page->height * 10.0 / page->dpi.y));
+        const QDateTime date = QFileInfo(source).lastModified();
+        PlacedFiles placed;
+        if (!inPlace) {
+            if (IoStatus copied = placed.copy(source, target); !copied) {
+                run.copyFailed(copied.error());
+                break;
+            }
+            const QString original = dir.filePath(sixDigitName(QStringLiteral("OR"), number));
+            if (QFileInfo::exists(original) && !placed.copy(original, OriginalPathOf(target))) {
+                run.copyFailed(QStringLiteral("Can't copy ") + original);
+                break;
+            }
+        }
+        s.image = ImageRecord{number, dataDir, volume, date, PageSizeForLength(tenths), QStringLiteral("4")};
+        QList<ExportedInfo> infos;
+        for (qsizetype i = 0; i < heats.size(); ++i)
+            infos << ExportedInfo{heats[i], parts[i], tags.purchaseOrder, tags.vendor, tags.manufacturer, date};
+        QString error;
+        if (!addRows(s, infos, error)) {
+            run.skip(name + QStringLiteral(": ") + error);
+            continue;
+        }
+        placed.keep();
+        run.finished();
+    }
+    return run.summary;
+}
+
+ExchangeSummary MoveImages(Session& s, const QList<qint32>& images, const MoveOptions& options, const ExchangeProgressFn& progress)
+{
+    s.traceCall(QStringLiteral("MoveImages"), {options.relink ? QStringLiteral("True") : QStringLiteral("False")});
+    Run run(s, progress, options.missing, QStringLiteral("move"));
+    run.summary.total = int(images.size());
+    const QString targetDir = WithoutTrailingSeparator(options.target);
+    const QString volume = GetVolumeName(targetDir);
+    ConnectionScope connection(s.db());
+    for (const qint32 number : images) {
+        const QString name = ImageFileNameFor(number);
+        if (!run.next(name))
+            break;
+        if (!ReadImage(s, number)) {
+            run.skip(name + QStringLiteral(": no Images row"));
+            continue;
+        }
+        const QString target = JoinPath(targetDir, name);
+        if (samePath(JoinPath(s.image.path, name), target)) {
+            run.finished();
+            continue;
+        }
+        const QString source = imageFileOf(s, name);
+        PlacedFiles placed;
+        if (options.relink) {
+            if (!QFileInfo::exists(target)) {
+                run.skip(target + QStringLiteral(" does not exist"));
+                continue;
+            }
+        } else {
+            if (!QFileInfo::exists(source)) {
+                if (!run.missing(source))
+                    break;
+                continue;
+            }
+            if (!samePath(source, target)) {
+                if (IoStatus copied = placed.copy(source, target); !copied) {
+                    run.copyFailed(copied.error());
+                    break;
+                }
+                if (QFileInfo::exists(OriginalPathOf(source)) && !placed.copy(OriginalPathOf(source), OriginalPathOf(target))) {
+                    run.copyFailed(QStringLiteral("Can't copy ") + OriginalPathOf(source));
+                    break;
+                }
+            }
+        }
+        s.image.path = targetDir;
+        s.image.volumeId = volume;
+        if (!UpdateImage(s, number)) {
+            run.skip(name + QStringLiteral(": ") + s.image.errorText);
+            continue;
+        }
+        placed.keep();
+        if (!options.relink && !samePath(source, target)) {
+            const QString original = OriginalPathOf(source);
+            if (!QFile::remove(source) || (QFileInfo::exists(original) && !QFile::remove(original))) {
+                run.skip(name + QStringLiteral(": moved, but the old file could not be removed: ") + source);
+                continue;
+            }
+        }
+        run.finished();
+    }
+    return run.summary;
+}
+
+ExchangeSummary DeleteImages(Session& s, const QList<qint32>& images, const ExchangeProgressFn& progress)
+{
+    s.traceCall(QStringLiteral("DeleteImages"));
+    Run run(s, progress, Missing::Report, QStringLiteral("delete"));
+    run.summary.total = int(images.size());
+    ConnectionScope connection(s.db());
+    for (const qint32 number : images) {
+        const QString name = ImageFileNameFor(number);
+        if (!run.next(name))
+            break;
+        if (ReadImage(s, number)) {
+            const QString file = imageFileOf(s, name);
+            const QString original = OriginalPathOf(file);
+            bool removed = true;
+            for (const QString& path : {file, original})
+                if (QFileInfo::exists(path) && !QFile::remove(path))
+                    removed = false;
+            if (!removed) {
+                run.skip(name + QStringLiteral(": its file could not be removed; its rows stay"));
+                continue;
+            }
+        }
+        if (!DeleteImageAll(s, number)) {
+            run.skip(name + QStringLiteral(": its rows could not be deleted"));
+            continue;
+        }
+        run.finished();
+    }
+    return run.summary;
+}
+
+}  // namespace tarlox
