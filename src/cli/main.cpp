@@ -32,6 +32,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeBatchCommand());
     return commands;
 }
 
