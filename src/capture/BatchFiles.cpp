@@ -197,6 +197,7 @@ BatchReadResult ReadBatchFiles(const QStringList& files, const QString& workFile
         result.error = error;
         result.pages = 0;
         result.pageSizeCodes.clear();
+        result.pagesPerFile.clear();
         return result;
     };
     const QString workName = QFileInfo(workFile).fileName();
@@ -210,11 +211,13 @@ BatchReadResult ReadBatchFiles(const QStringList& files, const QString& workFile
         if (!input)
             return stop(QStringLiteral("Setting Picture to '%1'").arg(file), input.error());
         const int count = input->count();
+        result.pagesPerFile.append(count);
         for (int p = 0; p < count; ++p) {
             if (cancel && cancel->load()) {
                 result.cancelled = true;
                 result.pages = 0;
                 result.pageSizeCodes.clear();
+                result.pagesPerFile.clear();
                 return result;
             }
             if (progress)

@@ -46,6 +46,7 @@ struct BatchReadProgress {
 struct BatchReadResult {
     int pages = 0;                 // pages in the work file
     QStringList pageSizeCodes;     // one for each page
+    QList<int> pagesPerFile;       // in the order of the files
     bool cancelled = false;
     QString error;                 // why reading stopped (names the file)
     QString step;                  // the step it stopped at

@@ -89,7 +89,7 @@ BatchPages::RowColour BatchPages::rowColour(int page) const
     return it.append && it.visited ? RowColour::Appended : RowColour::Plain;
 }
 
-int BatchPages::reportOf(int page) const
+int BatchPages::joinedTo(int page) const
 {
     for (int earlier = page - 1; earlier >= 1; --earlier) {
         const BatchItem& e = item(earlier);
@@ -110,7 +110,7 @@ QList<BatchPages::Report> BatchPages::reports() const
         if (!it.append) {
             byFirstPage.insert(page, int(result.size()));
             result.append(Report{{page}});
-        } else if (const int first = reportOf(page)) {
+        } else if (const int first = joinedTo(page)) {
             result[byFirstPage.value(first)].pages.append(page);
         }
     }
@@ -122,7 +122,7 @@ QList<int> BatchPages::unjoined() const
     QList<int> pages;
     for (int page = 1; page <= pageCount(); ++page) {
         const BatchItem& it = item(page);
-        if (takesPart(it) && it.append && !reportOf(page))
+        if (takesPart(it) && it.append && !joinedTo(page))
             pages.append(page);
     }
     return pages;

@@ -70,8 +70,10 @@ public:
     // with their data.
     QList<int> unjoined() const;
 
+    // The page that starts the report an Append page goes into; 0 if none.
+    int joinedTo(int page) const;
+
 private:
-    int reportOf(int page) const;  // the page that starts the report of an Append page, 0 if none
     QVector<BatchItem> items_;
 };
 
