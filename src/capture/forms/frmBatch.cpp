@@ -61,6 +61,12 @@ frmBatch::frmBatch(Session& session, QWidget* parent)
     });
     connect(ui_->txtHeat, &QLineEdit::textEdited, this, [this](const QString& t) { fieldEdited(&BatchItem::heat, t); });
     connect(ui_->txtPart, &QLineEdit::textEdited, this, [this](const QString& t) { fieldEdited(&BatchItem::part, t); });
+    // P/O is kept as typed but decides nothing until the page is shown again
+    // or Heat or Part change.
+    connect(ui_->txtPO, &QLineEdit::textEdited, this, [this](const QString& t) {
+        if (currentPage_ > 0)
+            pages_.item(currentPage_).po = t;
+    });
     // A row of the list: that page, on the indexing tab.
     connect(ui_->grdSave, &QTableWidget::cellClicked, this, [this](int row, int) {
         if (!listEnabled_ || working_ || row + 1 > pages_.pageCount())
