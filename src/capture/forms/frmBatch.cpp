@@ -44,6 +44,10 @@ frmBatch::frmBatch(Session& session, QWidget* parent)
     ui_->prgWork->hide();
     ui_->cmdCancel->hide();
     ui_->grdSave->setColumnCount(kColumns);
+    // Each page of the strip the same size, whatever its mark says.
+    ui_->lstThumbs->setGridSize(QSize(112, 132));
+    ui_->lstThumbs->setUniformItemSizes(true);
+    ui_->lstThumbs->setWordWrap(true);
     ui_->grdSave->verticalHeader()->setVisible(true);
 
     connect(ui_->tabMain, &QTabWidget::currentChanged, this, &frmBatch::tabMain_Click);
@@ -475,6 +479,8 @@ void frmBatch::fieldEdited(QString BatchItem::*field, const QString& text)
         return;
     pages_.item(currentPage_).*field = text;
     SetOptions();
+    pages_.item(currentPage_).append = ui_->optAppend->isChecked();
+    markThumbnail(currentPage_);
 }
 
 void frmBatch::SetOptions()
