@@ -195,3 +195,30 @@ TEST_F(BatchForm, ScanIntoTheBatch)
     site.prompter().answer(Answer::Ok);
     EXPECT_TRUE(form->close());
 }
+
+// A skipped first page and a page with its data: the page would join
+// nothing, so it is named before anything is stored, and No stores nothing.
+TEST_F(BatchForm, UnjoinedPageNamedBeforeAdding)
+{
+    const QString dir = site.path(S("two"));
+    QDir().mkpath(dir);
+    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/a.jpg")));
+    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/b.jpg")));
+    tabs()->setCurrentIndex(frmBatch::ReadTab);
+    c<QLineEdit>("txtFilesDir")->setText(dir);
+    tabs()->setCurrentIndex(frmBatch::IndexTab);
+    ASSERT_EQ(form->pageCount(), 2);
+    type("txtHeat", S("A"));
+    type("txtPart", S("P"));
+    opt("optSkip")->setChecked(true);
+    c<QPushButton>("cmdNext")->click();
+    type("txtHeat", S("A"));
+    type("txtPart", S("P"));
+    EXPECT_TRUE(opt("optAppend")->isChecked()) << "skipped pages count in the comparison";
+    site.prompter().answer(Answer::No);
+    c<QPushButton>("cmdAdd")->click();
+    EXPECT_TRUE(site.prompter().textOf(S("Pages Not Joined")).startsWith(S("Page 2 is marked Append")))
+        << site.prompter().titles().join(S("|")).toStdString();
+    EXPECT_EQ(count(S("SELECT COUNT(*) FROM \"Images\"")), 0);
+    EXPECT_EQ(form->pageCount(), 2) << "the batch stays in hand";
+}
