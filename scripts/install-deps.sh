@@ -8,7 +8,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   libtiff-dev libtiff-tools libleptonica-dev
   libsane-dev libsane1 sane-utils
-  libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev
+  libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev libwmf-dev
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
   libqpdf-dev qpdf poppler-utils libpdfbox2-java libactivation-java libjaxb-api-java default-jre-headless
   libgtest-dev libgmock-dev libbenchmark-dev

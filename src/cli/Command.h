@@ -67,6 +67,7 @@ std::unique_ptr<Command> makeImportCommand();
 std::unique_ptr<Command> makeImportTifCommand();
 std::unique_ptr<Command> makeMoveCommand();
 std::unique_ptr<Command> makeDeleteCommand();
+std::unique_ptr<Command> makeBatchCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

@@ -39,6 +39,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeImportTifCommand());
     commands.push_back(makeMoveCommand());
     commands.push_back(makeDeleteCommand());
+    commands.push_back(makeBatchCommand());
     return commands;
 }
 

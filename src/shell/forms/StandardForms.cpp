@@ -1,6 +1,7 @@
 #include "shell/forms/FormRegistry.h"
 
 #include "capture/forms/ScannerPageSource.h"
+#include "capture/forms/frmBatch.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "exchange/forms/frmDelete.h"
@@ -89,6 +90,7 @@ FormRegistry StandardForms()
         return viewer;
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmBatch"), FormKind::Child, [](const FormContext& c) { return new frmBatch(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     foundSetForm<frmExport>(forms, QStringLiteral("frmExport"));
     foundSetForm<frmMove>(forms, QStringLiteral("frmMove"));

@@ -1,0 +1,317 @@
+#include "capture/BatchFiles.h"
+#include "capture/BatchPages.h"
+#include "data/DataOp.h"
+#include "store/TiffReader.h"
+#include "store/TiffWriter.h"
+#include "support/CliRun.h"
+#include "support/TestSite.h"
+
+#include <QDataStream>
+#include <QDir>
+#include <QFile>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QString S(const char* text) { return QString::fromUtf8(text); }
+
+// Pages with their Heat, "-" before it for a skipped page: {"A", "-B", "A"}.
+BatchPages walk(const QStringList& data)
+{
+    BatchPages pages;
+    pages.reset(int(data.size()));
+    for (int page = 1; page <= pages.pageCount(); ++page) {
+        pages.visit(page);
+        BatchItem& it = pages.item(page);
+        it.skip = data[page - 1].startsWith(QLatin1Char('-'));
+        it.heat = data[page - 1].mid(it.skip ? 1 : 0);
+        it.part = QStringLiteral("P");
+        it.append = pages.matchesEarlier(page);
+    }
+    return pages;
+}
+
+QList<QList<int>> reportPages(const BatchPages& pages)
+{
+    QList<QList<int>> result;
+    for (const BatchPages::Report& r : pages.reports())
+        result.append(r.pages);
+    return result;
+}
+
+// A page with a black square in its middle.
+QImage markedPage(int width, int height, double dpi)
+{
+    QImage page(width, height, QImage::Format_RGB32);
+    page.fill(Qt::white);
+    QPainter(&page).fillRect(width / 4, height / 4, width / 2, height / 2, Qt::black);
+    page.setDotsPerMeterX(int(dpi / 0.0254 + 0.5));
+    page.setDotsPerMeterY(int(dpi / 0.0254 + 0.5));
+    return page;
+}
+
+// A placeable Windows metafile of one inch square with a black square in it.
+QByteArray metafile()
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    const quint16 head[] = {0xCDD7, 0x9AC6, 0, 0, 0, 1440, 1440, 1440, 0, 0};
+    quint16 sum = 0;
+    for (quint16 w : head) {
+        out << w;
+        sum ^= w;
+    }
+    out << sum;
+    const QList<QList<quint16>> records = {
+        {0x020B, 0, 0},                       // window origin
+        {0x020C, 1440, 1440},                 // window extent
+        {0x02FC, 0, 0, 0, 0},                 // a solid black brush
+        {0x012D, 0},                          // selected
+        {0x041B, 1080, 1080, 360, 360},       // the square
+        {0x0000},                             // end
+    };
+    quint32 words = 9;
+    quint32 longest = 0;
+    for (const auto& r : records) {
+        words += 2 + quint32(r.size());
+        longest = std::max(longest, 2 + quint32(r.size()));
+    }
+    out << quint16(1) << quint16(9) << quint16(0x0300) << words << quint16(1) << longest << quint16(0);
+    for (const auto& r : records) {
+        out << quint32(2 + r.size());
+        for (quint16 w : r)
+            out << w;
+    }
+    return bytes;
+}
+
+bool blackInMiddle(const QString& workFile, int page)
+{
+    auto reader = TiffReader::open(workFile);
+    auto image = reader->readPage(page);
+    return image && image->pixelIndex(image->width() / 2, image->height() / 2) == 1;
+}
+
+}  // namespace
+
+// The assembly rules: pages join by equal data wherever they lie, a page
+// shown first takes the last kept page's data, and an Append page that no
+// report carries is named, not lost.
+TEST(BatchPagesTest, PagesJoinByEqualData)
+{
+    struct Case {
+        const char* name;
+        QStringList data;
+        QList<QList<int>> reports;
+        QList<int> unjoined;
+        QList<BatchAction> offered;
+    };
+    using A = BatchAction;
+    const Case cases[] = {
+        {"A B A: pages 1+3 and 2", {S("A"), S("B"), S("A")}, {{1, 3}, {2}}, {}, {A::New, A::New, A::Append}},
+        {"second page like the first: Append only", {S("A"), S("A")}, {{1, 2}}, {}, {A::New, A::Append}},
+        {"one page", {S("A")}, {{1}}, {}, {A::New}},
+        {"skipped first page, then equal data: named", {S("-A"), S("A")}, {}, {2}, {A::New, A::Append}},
+        {"skip between", {S("A"), S("-"), S("B"), S("A")}, {{1, 4}, {3}}, {}, {A::New, A::New, A::New, A::Append}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const BatchPages pages = walk(c.data);
+        EXPECT_EQ(reportPages(pages), c.reports);
+        EXPECT_EQ(pages.unjoined(), c.unjoined);
+        for (int page = 1; page <= pages.pageCount(); ++page)
+            EXPECT_EQ(pages.offeredAction(page), c.offered[page - 1]) << "page " << page;
+    }
+    // Defaults: the last earlier page that is not skipped.
+    BatchPages pages;
+    pages.reset(3);
+    pages.visit(1);
+    pages.item(1).heat = S("H1");
+    pages.visit(2);
+    pages.item(2).skip = true;
+    pages.item(2).heat = S("H2");
+    pages.visit(3);
+    EXPECT_EQ(pages.item(3).heat, S("H1"));
+    EXPECT_TRUE(pages.item(3).append);
+    EXPECT_FALSE(pages.item(1).append);
+    EXPECT_EQ(pages.rowText(2), S("Skip"));
+    EXPECT_EQ(pages.rowText(3), S("H1\t\t\t\t\t**Appended**"));
+    EXPECT_EQ(PageListText({1, 2, 3, 5, 7, 8}), S("1-3, 5, 7, 8"));
+}
+
+// Every kind of file, page by page, into one black-and-white work file; a
+// file that can't be read stops the reading and leaves the work file as it was.
+TEST(BatchFilesTest, FilesReadPageByPage)
+{
+    QTemporaryDir dir;
+    const auto path = [&](const char* name) { return dir.filePath(S(name)); };
+    ASSERT_TRUE(markedPage(850, 1100, 100).save(path("one.jpg"), "JPEG"));
+    ASSERT_TRUE(markedPage(850, 1400, 100).save(path("legal.png"), "PNG"));
+    {
+        QPdfWriter pdf(path("two.pdf"));
+        pdf.setResolution(72);
+        pdf.setPageSize(QPageSize(QPageSize::A4));
+        QPainter painter(&pdf);
+        painter.fillRect(150, 200, 300, 400, Qt::black);
+        pdf.setPageSize(QPageSize(QPageSize::Legal));
+        pdf.newPage();
+        painter.fillRect(150, 250, 300, 500, Qt::black);
+    }
+    QFile wmf(path("drawing.wmf"));
+    ASSERT_TRUE(wmf.open(QIODevice::WriteOnly));
+    wmf.write(metafile());
+    wmf.close();
+    QFile bad(path("bad.gif"));
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    bad.write("GIF89a not really");
+    bad.close();
+    ASSERT_TRUE(WriteTiff(path("multi.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
+
+    EXPECT_EQ(ListBatchFiles(dir.path()),
+              (QStringList{S("multi.tif"), S("one.jpg"), S("bad.gif"), S("two.pdf"), S("drawing.wmf"), S("legal.png")}));
+
+    struct Case {
+        const char* name;
+        QStringList files;
+        int pages;
+        QStringList sizes;
+        QString stepStart;  // of the failure
+    };
+    const Case cases[] = {
+        {"three-page TIFF and a JPEG", {path("multi.tif"), path("one.jpg")}, 4, {S(" "), S(" "), S(" "), S(" ")}, {}},
+        {"two-page PDF at its own sizes", {path("two.pdf")}, 2, {S("A"), S("G")}, {}},
+        {"metafile and picture", {path("drawing.wmf"), path("legal.png")}, 2, {S(" "), S("G")}, {}},
+        {"unreadable file", {path("one.jpg"), path("bad.gif")}, 0, {}, S("to '") + path("bad.gif") + S("'")},
+    };
+    const QString work = path("temp.tif");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const int before = QFile::exists(work) ? TiffReader::open(work)->pageCount() : 0;
+        const BatchReadResult r = ReadBatchFiles(c.files, work, 150);
+        EXPECT_EQ(r.pages, c.pages);
+        EXPECT_EQ(r.pageSizeCodes, c.sizes);
+        if (!c.stepStart.isEmpty()) {
+            EXPECT_TRUE(r.step.contains(c.stepStart)) << r.step.toStdString();
+            EXPECT_TRUE(r.error.contains(S("bad.gif"))) << r.error.toStdString();
+            EXPECT_EQ(TiffReader::open(work)->pageCount(), before) << "the work file stays as it was";
+            continue;
+        }
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(TiffReader::open(work)->pageCount(), c.pages);
+        EXPECT_EQ(WorkFilePageSizes(work), c.sizes);
+        for (int p = 0; p < c.pages; ++p) {
+            EXPECT_TRUE(TiffReader::open(work)->pageInfo(p)->isBlackAndWhite());
+            EXPECT_TRUE(blackInMiddle(work, p)) << "page " << p + 1;
+        }
+    }
+    EXPECT_EQ(TiffReader::open(work)->pageInfo(0)->dpi.x, 150) << "metafiles are drawn at the work resolution";
+
+    // No silent limit on the list.
+    QTemporaryDir many;
+    for (int i = 0; i < 1001; ++i)
+        QFile(many.filePath(QStringLiteral("p%1.jpg").arg(i, 4, 10, QLatin1Char('0')))).open(QIODevice::WriteOnly);
+    EXPECT_EQ(ListBatchFiles(many.path()).size(), 1001);
+}
+
+class BatchAddTest : public ::testing::TestWithParam<Engine> {
+protected:
+    BatchAddTest() : site(GetParam()) {}
+    void SetUp() override { ASSERT_TRUE(site.start()); }
+    QString scalarText(const QString& sql)
+    {
+        DataOp op(site.session(), S("test"));
+        auto v = op.scalar(sql);
+        return v ? v->toString() : S("(failed)");
+    }
+    TestSite site;
+};
+
+// A, B, A stored as two reports with their tags and references; a cancel
+// after the first keeps the rest in hand, and adding again stores only that.
+TEST_P(BatchAddTest, ReportsStoredWithTagsAndReferences)
+{
+    Session& s = site.session();
+    const QString work = site.path(S("work.tif"));
+    ASSERT_TRUE(WriteTiff(work, {markedPage(850, 1100, 100), markedPage(850, 1400, 100), markedPage(850, 1100, 100)}));
+    BatchPages pages = walk({S("H1"), S("H2"), S("H1")});
+    pages.item(1).po = pages.item(3).po = S("PO-1");
+    pages.item(1).vend = S("Acme Steel");
+    pages.item(2).pageSizeCode = S("G");
+
+    BatchAddOptions options;
+    options.duplicates = Duplicates::Allow;
+    options.progress = [](int done, int) { return done < 1; };
+    const BatchAddResult first = AddBatchReports(s, work, pages, options);
+    EXPECT_TRUE(first.cancelled);
+    ASSERT_EQ(first.stored(), 1);
+    EXPECT_EQ(first.reports[0].pages, (QList<int>{1, 3}));
+    EXPECT_EQ(first.notStored(pages), (QList<int>{2}));
+
+    options.progress = {};
+    const BatchAddResult second = AddBatchReports(s, work, pages, options);
+    ASSERT_EQ(second.stored(), 1);
+    EXPECT_EQ(second.reports[0].pages, (QList<int>{2}));
+    EXPECT_TRUE(pages.reports().isEmpty());
+
+    const qint32 one = first.reports[0].imageNumber;
+    const qint32 two = second.reports[0].imageNumber;
+    const auto file = [&](qint32 n) { return site.path(S("DATA/TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'))); };
+    auto reader = TiffReader::open(file(one));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->pageCount(), 2);
+    EXPECT_EQ(reader->tags().heat, S("H1"));
+    EXPECT_EQ(reader->tags().purchaseOrder, S("PO-1"));
+    EXPECT_EQ(reader->tags().vendor, S("Acme Steel"));
+    EXPECT_EQ(reader->tags().manufacturer, QString());
+    EXPECT_EQ(TiffReader::open(file(two))->tags().heat, S("H2"));
+    EXPECT_EQ(scalarText(S("SELECT \"Vend Name\" FROM \"Info\" WHERE \"Image #\" = %1").arg(one)), S("Acme Steel"));
+    EXPECT_EQ(scalarText(S("SELECT \"Heat #\" FROM \"Info\" WHERE \"Image #\" = %1").arg(two)), S("H2"));
+    EXPECT_EQ(scalarText(S("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(two)), S("G"));
+    EXPECT_EQ(scalarText(S("SELECT COUNT(*) FROM \"Info\"")), S("2"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, BatchAddTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+
+// The command line: an index of one line a page, the same rules, a summary
+// that names every page not stored; a wrong action stores nothing.
+TEST(BatchCliTest, IndexedPagesStoredAndSummarised)
+{
+    QTemporaryDir dir;
+    const auto cli = [&](const QStringList& args) { return RunCli(args, {{S("TARLOX"), dir.path()}}); };
+    ASSERT_EQ(cli({S("init")}).code, 0);
+    const QString files = dir.filePath(S("in"));
+    QDir().mkpath(files);
+    ASSERT_TRUE(WriteTiff(files + S("/a.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
+    ASSERT_TRUE(markedPage(850, 1100, 100).save(files + S("/b.jpg")));
+    const auto index = [&](const QByteArray& text) {
+        QFile f(dir.filePath(S("index.csv")));
+        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        f.write(text);
+        return f.fileName();
+    };
+    const QString good = index("heat,part,po,vendor,mfg,action\nH1,P1,PO,V,M,New\nH2,P2,PO,V,M,New\nH1,P1,PO,V,,Append\n");
+    CliRun dry = cli({S("batch"), files, S("--index"), good, S("--dry-run")});
+    EXPECT_EQ(dry.code, 0) << dry.err.toStdString();
+    EXPECT_TRUE(dry.out.contains(S("Would store pages 1, 3"))) << dry.out.toStdString();
+    CliRun run = cli({S("batch"), files, S("--index"), good});
+    EXPECT_EQ(run.code, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.contains(S("Stored image 1: pages 1, 3"))) << run.out.toStdString();
+    EXPECT_TRUE(run.out.contains(S("Stored image 2: page 2")));
+
+    CliRun orphan = cli({S("batch"), files + S("/b.jpg"), files + S("/b.jpg"), S("--index"), index("X,P,,,,Skip\nX,P,,,,Append\n")});
+    EXPECT_EQ(orphan.code, 1);
+    EXPECT_TRUE(orphan.out.contains(S("page 2: Append, but no page before"))) << orphan.out.toStdString();
+    CliRun wrong = cli({S("batch"), files, S("--index"), index("H7,P,,,,New\nH7,P,,,,New\nH8,P,,,,New\n")});
+    EXPECT_EQ(wrong.code, 1);
+    EXPECT_TRUE(wrong.err.contains(S("line 2: page 2"))) << wrong.err.toStdString();
+    EXPECT_EQ(cli({S("show"), S("3")}).code, 1) << "nothing stored by the wrong index";
+}
