@@ -5,9 +5,13 @@
 #include "startup/Startup.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <vector>
 
 using namespace tarlox;
@@ -32,6 +36,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeBarcodeCommand());
+    commands.push_back(makeSeparatorCommand());
     return commands;
 }
 
@@ -75,7 +81,16 @@ int unknownCommand(const QString& name)
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // The separator sheets are drawn with fonts, which need a GUI
+    // application; it shows nothing. The other commands don't start one.
+    std::unique_ptr<QCoreApplication> application;
+    if (std::any_of(argv + 1, argv + argc, [](const char* arg) { return std::strcmp(arg, "separator") == 0; })) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    QCoreApplication& app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 

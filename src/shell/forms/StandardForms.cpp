@@ -1,6 +1,7 @@
 #include "shell/forms/FormRegistry.h"
 
 #include "capture/forms/ScannerPageSource.h"
+#include "capture/forms/frmBarcode.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "output/forms/frmSelect.h"
@@ -64,6 +65,7 @@ FormRegistry StandardForms()
         return viewer;
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmBarcode"), FormKind::Child, [](const FormContext& c) { return new frmBarcode(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
