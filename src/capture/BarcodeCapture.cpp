@@ -69,9 +69,13 @@ bool ScanBarcodeStack(Session& s, BarcodeReader& reader, const BarcodeScanReques
     profile.outputFile = buffer;
     profile.singlePrecisionFrame = true;
     profile.firstPageTest = [&](const QImage& page) {
-        if (!reader.read(page).text().isEmpty())
+        const BarcodePage read = reader.read(page);
+        if (!read.text().isEmpty())
             return true;
-        s.prompter().ask(QStringLiteral("No Barcodes"), QStringLiteral("The first page must contain barcodes"), Buttons::Ok, Icon::Critical);
+        if (read.note.contains(QLatin1String("could not be started")))
+            s.prompter().ask(QStringLiteral("Error"), read.note, Buttons::Ok, Icon::Critical);
+        else
+            s.prompter().ask(QStringLiteral("No Barcodes"), QStringLiteral("The first page must contain barcodes"), Buttons::Ok, Icon::Critical);
         return false;
     };
     ScannerSession scanner(s, profile, ScanSettings::read(s, request.dpi, request.brightness, request.pageSizeCode));
@@ -135,6 +139,11 @@ BarcodeGrid ReadBarcodeStack(const QString& stackFile, BarcodeReader& reader, Rb
             break;
         }
         const BarcodePage read = reader.read(*image);
+        // A reader that can't run at all would make every stack look empty.
+        if (page == 0 && read.codes.isEmpty() && read.note.contains(QLatin1String("could not be started"))) {
+            grid.error = read.note;
+            break;
+        }
         if (!read.note.isEmpty())
             grid.notes.append(QStringLiteral("Page %1: %2").arg(page + 1).arg(read.note));
         const QString text = read.text();
