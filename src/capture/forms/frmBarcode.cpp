@@ -86,8 +86,13 @@ void frmBarcode::Form_Load()
     client_ = MakeRbqClient(GetLocal(session_, section::Data, QStringLiteral("RBQClient")), &note);
     ui_->lblStatus->setText(note);
     ClearGrid();
-    for (int column = 0; column < kColumns; ++column)
-        ui_->grdMain->setColumnWidth(column, TwipsToPixels(BarcodeColumnWidth(GetLocal(session_, section::Form, kWidthKey + QString::number(column)))));
+    // A column whose width was never kept fits its contents instead.
+    for (int column = 0; column < kColumns; ++column) {
+        const QString stored = GetLocal(session_, section::Form, kWidthKey + QString::number(column));
+        fitColumns_[column] = stored.trimmed().isEmpty();
+        ui_->grdMain->setColumnWidth(column, TwipsToPixels(BarcodeColumnWidth(stored)));
+    }
+    fitColumns();
     GetFormSize(session_, this, {}, QStringLiteral("frmBarcode"));
 }
 
@@ -101,9 +106,21 @@ void frmBarcode::ClearGrid()
     grid->setHorizontalHeaderLabels(BarcodeGridHeadings(session_.poShort, session_.vendShort, session_.mfgShort));
     grid->verticalHeader()->setDefaultSectionSize(TwipsToPixels(285));
     grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    grid->verticalHeader()->hide();
     for (int column = 0; column < kColumns; ++column)
         grid->horizontalHeaderItem(column)->setTextAlignment(column >= 1 && column <= 4 ? Qt::AlignRight | Qt::AlignVCenter
                                                                                         : Qt::AlignLeft | Qt::AlignVCenter);
+}
+
+void frmBarcode::fitColumns()
+{
+    QTableWidget* grid = ui_->grdMain;
+    for (int column = 0; column < kColumns; ++column) {
+        if (!fitColumns_[column])
+            continue;
+        grid->resizeColumnToContents(column);
+        grid->setColumnWidth(column, std::max(TwipsToPixels(600), grid->columnWidth(column) + 8));
+    }
 }
 
 int frmBarcode::formDpi() const
@@ -225,6 +242,7 @@ void frmBarcode::gridRead(const BarcodeGrid& grid)
             table->setItem(row, column, item);
         }
     }
+    fitColumns();
     int pages = 0;
     for (const BarcodeRow& row : rows_)
         pages += row.pages;
@@ -386,8 +404,10 @@ bool frmBarcode::eventFilter(QObject* watched, QEvent* event)
     if (watched == txtGrid_ && event->type() == QEvent::FocusOut && txtGrid_->isVisible())
         txtGrid_LostFocus();
     if (watched == txtGrid_ && event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-        txtGrid_->setText(ui_->grdMain->item(gridRow_, gridColumn_) ? ui_->grdMain->item(gridRow_, gridColumn_)->text() : QString());
+        // Escape leaves the cell as it was and stays on it.
+        gridRow_ = -1;
         txtGrid_->hide();
+        ui_->grdMain->setFocus();
         return true;
     }
     return QWidget::eventFilter(watched, event);

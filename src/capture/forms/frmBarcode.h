@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -67,6 +68,7 @@ private:
     void showPage(int page);
     void setBusy(bool reading, bool updating);
     void moveOnFrom(int row, int column);
+    void fitColumns();
     int formDpi() const;
     QString pageSizeCode() const;
 
@@ -74,6 +76,7 @@ private:
     std::unique_ptr<Ui::frmBarcode> ui_;
     BrightnessControls* brightness_;
     QLineEdit* txtGrid_;
+    std::array<bool, 9> fitColumns_{};
     int gridRow_ = -1;
     int gridColumn_ = -1;
     std::unique_ptr<BarcodeReader> reader_;
