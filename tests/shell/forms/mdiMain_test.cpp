@@ -253,7 +253,7 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
     mdiMain bare(site.session());
     bare.MDIForm_Activate();
     const QWidgetList before = QApplication::topLevelWidgets();
-    for (const char* entry : {"mnuScan", "mnuBatch", "mnuBarcode", "mnuPrint", "mnuList", "mnuFax", "mnuAscii", "mnuImport",
+    for (const char* entry : {"mnuScan", "mnuBatch", "mnuPrint", "mnuList", "mnuFax", "mnuAscii", "mnuImport",
                               "mnuImportTif", "mnuUpdate"}) {
         QAction* action = bare.menuEntry(QLatin1String(entry));
         EXPECT_FALSE(action->isEnabled()) << entry;
