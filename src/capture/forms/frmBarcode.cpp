@@ -164,10 +164,16 @@ void frmBarcode::cmdScan_Click()
     request.dpi = formDpi();
     request.brightness = brightness_->value();
     session_.brightness = request.brightness;
-    request.prepareScanner = [this](ScannerSession& scanner) { AttachScanDialogs(scanner, this, ui_->imcMain); };
+    request.prepareScanner = [this](ScannerSession& scanner) {
+        AttachScanDialogs(scanner, this, ui_->imcMain);
+        scanner_ = &scanner;
+    };
     ui_->cmdScan->setEnabled(false);
+    ui_->Command1->setEnabled(false);
     const bool scanned = ScanBarcodeStack(session_, *reader_, request);
+    scanner_ = nullptr;
     ui_->cmdScan->setEnabled(true);
+    ui_->Command1->setEnabled(true);
     if (scanned)
         LoadGrid(BarcodeBufferPath(session_));
 }
@@ -391,6 +397,11 @@ void frmBarcode::cmdSheets_Click()
 
 void frmBarcode::cmdCancel_Click()
 {
+    if (scanner_) {
+        scanner_->requestStop();
+        ui_->lblStatus->setText(QStringLiteral("Stopping the scanner after the page in hand..."));
+        return;
+    }
     if (isBusy()) {
         cancel_ = true;
         ui_->lblStatus->setText(QStringLiteral("Stopping after the page or report in hand..."));
@@ -415,7 +426,8 @@ bool frmBarcode::eventFilter(QObject* watched, QEvent* event)
 
 void frmBarcode::closeEvent(QCloseEvent* event)
 {
-    if (isBusy()) {
+    // The form can't go while a scan, a reading or an update runs on its behalf.
+    if (isBusy() || !ui_->cmdScan->isEnabled()) {
         event->ignore();
         return;
     }

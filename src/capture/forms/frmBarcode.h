@@ -21,6 +21,7 @@ namespace tarlox {
 class BarcodeReader;
 class BrightnessControls;
 class RbqClient;
+class ScannerSession;
 class Session;
 class TiffReader;
 
@@ -85,6 +86,7 @@ private:
     QString buffer_;
     std::unique_ptr<TiffReader> stack_;
     QThread* worker_ = nullptr;
+    ScannerSession* scanner_ = nullptr;
     std::atomic<bool> cancel_{false};
     bool reading_ = false;
     bool updating_ = false;
