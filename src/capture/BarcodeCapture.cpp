@@ -6,6 +6,8 @@
 #include "base/Prompter.h"
 #include "base/TextTools.h"
 #include "data/Session.h"
+#include "data/Settings.h"
+#include "store/PageImage.h"
 #include "store/ImageStore.h"
 #include "store/OffThread.h"
 #include "store/ReportTags.h"
@@ -122,8 +124,14 @@ BarcodeRow SheetRow(const QString& text, int page, RbqClient& client, QStringLis
 
 }  // namespace
 
+int AssumedStackDpi(Session& session)
+{
+    const int high = IntVal(GetLocal(session, section::Info, QStringLiteral("HighDPI")));
+    return high > 0 ? high : 300;
+}
+
 BarcodeGrid ReadBarcodeStack(const QString& stackFile, BarcodeReader& reader, RbqClient& client,
-                             const std::function<bool(int done, int total)>& onPage)
+                             const std::function<bool(int done, int total)>& onPage, int assumedDpi)
 {
     BarcodeGrid grid;
     auto stack = TiffReader::open(stackFile);
@@ -138,6 +146,8 @@ BarcodeGrid ReadBarcodeStack(const QString& stackFile, BarcodeReader& reader, Rb
             grid.error = image.error();
             break;
         }
+        if (auto info = stack->pageInfo(page); info && !info->dpiRecorded)
+            SetDpi(*image, Dpi{double(assumedDpi), double(assumedDpi)});
         const BarcodePage read = reader.read(*image);
         // A reader that can't run at all would make every stack look empty.
         if (page == 0 && read.codes.isEmpty() && read.note.contains(QLatin1String("could not be started"))) {

@@ -74,8 +74,13 @@ struct BarcodeGrid {
 // onPage is told each page done (from 1) of the total before the next is
 // read, and false from it stops the reading there. The reader and client
 // are used from the calling thread only; nothing is shown.
+// Pages that record no resolution are taken as assumedDpi.
 BarcodeGrid ReadBarcodeStack(const QString& stackFile, BarcodeReader& reader, RbqClient& client,
-                             const std::function<bool(int done, int total)>& onPage = {});
+                             const std::function<bool(int done, int total)>& onPage = {}, int assumedDpi = 300);
+
+// The resolution assumed for a stack's pages that record none: HighDPI of
+// section Info when set, else 300.
+int AssumedStackDpi(Session& session);
 
 // What storing a grid did.
 struct BarcodeUpdate {

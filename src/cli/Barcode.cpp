@@ -60,7 +60,7 @@ public:
         if (!note.isEmpty())
             printError(note);
         BarcodeReader reader;
-        const BarcodeGrid grid = ReadBarcodeStack(file_, reader, *client);
+        const BarcodeGrid grid = ReadBarcodeStack(file_, reader, *client, {}, AssumedStackDpi(s));
         for (const QString& line : grid.notes)
             printError(line);
         if (!grid.error.isEmpty())

@@ -206,7 +206,8 @@ void frmBarcode::LoadGrid(const QString& stackFile)
     // The reader and the client are used on the worker only while it runs;
     // the reader of the form stays on this thread for the scanner's first page.
     RbqClient* client = client_.get();
-    worker_ = QThread::create([this, stackFile, client] {
+    const int assumedDpi = AssumedStackDpi(session_);
+    worker_ = QThread::create([this, stackFile, client, assumedDpi] {
         BarcodeReader reader;
         const BarcodeGrid grid = ReadBarcodeStack(stackFile, reader, *client, [this](int done, int total) {
             QMetaObject::invokeMethod(this, [this, done, total] {
@@ -214,7 +215,7 @@ void frmBarcode::LoadGrid(const QString& stackFile)
                 ui_->prgRead->setValue(done);
             }, Qt::QueuedConnection);
             return !cancel_.load();
-        });
+        }, assumedDpi);
         QMetaObject::invokeMethod(this, [this, grid] { gridRead(grid); }, Qt::QueuedConnection);
     });
     connect(worker_, &QThread::finished, worker_, &QObject::deleteLater);
