@@ -43,6 +43,56 @@ IoResult<BarcodeKey> SplitBarcodeText(const QString& text)
     return key;
 }
 
+QStringList SplitCsvLine(const QString& line)
+{
+    QStringList fields;
+    QString field;
+    bool quoted = false;
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const QChar c = line[i];
+        if (quoted) {
+            if (c == QLatin1Char('"') && i + 1 < line.size() && line[i + 1] == QLatin1Char('"')) {
+                field += c;
+                ++i;
+            } else if (c == QLatin1Char('"')) {
+                quoted = false;
+            } else {
+                field += c;
+            }
+        } else if (c == QLatin1Char('"')) {
+            quoted = true;
+        } else if (c == QLatin1Char(',')) {
+            fields.append(field.trimmed());
+            field.clear();
+        } else {
+            field += c;
+        }
+    }
+    fields.append(field.trimmed());
+    return fields;
+}
+
+IoResult<QList<BarcodeKey>> ReadKeyLines(const QString& text)
+{
+    QList<BarcodeKey> keys;
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const QString line = lines[i].trimmed();
+        if (line.isEmpty())
+            continue;
+        QStringList fields = line.contains(QLatin1Char('\t')) ? line.split(QLatin1Char('\t')) : SplitCsvLine(line);
+        fields.resize(4);
+        if (fields[0].trimmed().isEmpty())
+            return Failure(QStringLiteral("Line %1 has no P/O: %2").arg(i + 1).arg(line));
+        IoResult<BarcodeKey> key = SplitBarcodeText(fields.join(QLatin1Char('\t')));
+        if (!key)
+            return Failure(QStringLiteral("Line %1: %2").arg(i + 1).arg(key.error()));
+        key->purchaseOrder = key->purchaseOrder.trimmed();
+        keys.append(*key);
+    }
+    return keys;
+}
+
 QStringList BarcodeValues(const BarcodeKey& key)
 {
     return {key.purchaseOrder, QString::number(key.receipt), QString::number(key.line), QString::number(key.tag)};

@@ -3,6 +3,7 @@
 #include "base/IoResult.h"
 
 #include <QString>
+#include <QList>
 #include <QStringList>
 
 namespace tarlox {
@@ -29,5 +30,14 @@ IoResult<BarcodeKey> SplitBarcodeText(const QString& text);
 // The texts of the four barcodes of a separator sheet, in reading order:
 // P/O, receipt, line, tag. Read back and split they give the key again.
 QStringList BarcodeValues(const BarcodeKey& key);
+
+// The fields of one comma-separated line, trimmed; a field in double quotes
+// may hold commas, and "" inside it stands for one quote.
+QStringList SplitCsvLine(const QString& line);
+
+// Keys typed or read from a CSV file, one a line: P/O, receipt, line, tag,
+// separated by commas or tabs; a missing number is 0, blank lines are
+// skipped. Fails naming the first line at fault.
+IoResult<QList<BarcodeKey>> ReadKeyLines(const QString& text);
 
 }  // namespace tarlox

@@ -68,6 +68,8 @@ std::unique_ptr<Command> makeImportTifCommand();
 std::unique_ptr<Command> makeMoveCommand();
 std::unique_ptr<Command> makeDeleteCommand();
 std::unique_ptr<Command> makeBatchCommand();
+std::unique_ptr<Command> makeBarcodeCommand();
+std::unique_ptr<Command> makeSeparatorCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

@@ -144,6 +144,7 @@ void ScannerSession::Scan()
     scanDone_ = false;
     pagesSaved_ = 0;
     pagesShown_ = 0;
+    firstPageRefused_ = false;
     checkResult_ = Answer::None;
     collected_.clear();
     session_.prompter().setBusy(true);
@@ -333,6 +334,15 @@ void ScannerSession::pageFailed(const QString& text)
 void ScannerSession::pageScanned(const QImage& scanned)
 {
     session_.traceCall(QStringLiteral("twnMain_PageScanned"));
+    // Sheets the feeder read ahead of a refused first page are dropped.
+    if (firstPageRefused_)
+        return;
+    if (profile_.firstPageTest && pagesSaved_ == 0 && !collectOnly_ && !profile_.firstPageTest(scanned)) {
+        firstPageRefused_ = true;
+        scanDone_ = false;
+        stop_ = true;
+        return;
+    }
     PageWork work;
     work.frameLength = frameLength_;
     work.checkPalette = settings_.checkPalette;

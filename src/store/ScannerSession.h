@@ -43,6 +43,11 @@ struct ScanProfile {
     QString deleteOnCancel;
     // The text of the too-small question, when a form words it its own way.
     std::function<QString(double frameLength, int height, double dpi)> sizeMessage;
+    // Looks at each page as it arrives, before any other work, until one has
+    // been saved (frmBarcode: the first page must carry barcodes). False
+    // ends the scan: nothing is saved and the feeder stops. The test tells
+    // the person why.
+    std::function<bool(const QImage& page)> firstPageTest;
 
     static ScanProfile forScanEntry(const QString& workFile, const ReportTags& tags, const QString& imageFile);
     static ScanProfile forRescan(const QString& target);
@@ -153,6 +158,7 @@ private:
     bool scanDone_ = false;
     bool scanning_ = false;
     bool collectOnly_ = false;
+    bool firstPageRefused_ = false;
     int pagesSaved_ = 0;
     int pagesShown_ = 0;
     Answer checkResult_ = Answer::None;

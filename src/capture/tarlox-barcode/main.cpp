@@ -347,10 +347,13 @@ void readGuarded(Page& page, const Area& area, std::vector<Code>& codes, int& lo
     readGuarded(page, second, codes, lost);
 }
 
-bool sameCode(const Code& a, const Code& b)
+// A linear code comes back as the scan line it was read on, so one code read
+// in two overlapping parts may come back as two lines a little apart: those
+// within slack of each other are the same code.
+bool sameCode(const Code& a, const Code& b, int slack)
 {
-    return a.format == b.format && a.text == b.text && a.left <= b.right && b.left <= a.right && a.top <= b.bottom
-        && b.top <= a.bottom;
+    return a.format == b.format && a.text == b.text && a.left <= b.right && b.left <= a.right && a.top <= b.bottom + slack
+        && b.top <= a.bottom + slack;
 }
 
 std::vector<Code> readPageCodes(Page& page, int& lost)
@@ -360,7 +363,7 @@ std::vector<Code> readPageCodes(Page& page, int& lost)
     readGuarded(page, Area{0, 0, page.width, page.height}, codes, lost);
     std::vector<Code> unique;
     for (auto& code : codes)
-        if (std::none_of(unique.begin(), unique.end(), [&](const Code& seen) { return sameCode(seen, code); }))
+        if (std::none_of(unique.begin(), unique.end(), [&](const Code& seen) { return sameCode(seen, code, page.dpi / 3); }))
             unique.push_back(std::move(code));
     return unique;
 }

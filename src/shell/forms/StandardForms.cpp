@@ -2,6 +2,7 @@
 
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmBatch.h"
+#include "capture/forms/frmBarcode.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "exchange/forms/frmDelete.h"
@@ -91,6 +92,7 @@ FormRegistry StandardForms()
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmBatch"), FormKind::Child, [](const FormContext& c) { return new frmBatch(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmBarcode"), FormKind::Child, [](const FormContext& c) { return new frmBarcode(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     foundSetForm<frmExport>(forms, QStringLiteral("frmExport"));
     foundSetForm<frmMove>(forms, QStringLiteral("frmMove"));

@@ -1,0 +1,154 @@
+#include "capture/SeparatorSheet.h"
+#include "capture/forms/frmBarcode.h"
+#include "data/DataOp.h"
+#include "data/FormGeometry.h"
+#include "data/Settings.h"
+#include "store/TestPages.h"
+#include "store/TiffWriter.h"
+#include "support/FormControls.h"
+#include "support/TestSite.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTableWidget>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+// S a separator sheet (PO-1, PO-2, ...), P a report page.
+QString WriteStack(TestSite& site, const char* layout)
+{
+    QList<QImage> pages;
+    int sheets = 0;
+    for (const char* c = layout; *c; ++c)
+        pages.append(*c == 'S' ? *SeparatorSheet({QStringLiteral("PO-%1").arg(++sheets), 0, qint16(sheets), 0})
+                               : TextPage(1275, 1650, quint32(pages.size() + 1), 150));
+    const QString path = site.path(QString::fromLatin1(layout) + QStringLiteral(".tif"));
+    EXPECT_TRUE(WriteTiff(path, pages).ok());
+    return path;
+}
+
+void Read(frmBarcode& form, TestSite& site, const QString& stack)
+{
+    QSignalSpy loaded(&form, &frmBarcode::gridLoaded);
+    site.prompter().answerFile(stack);
+    form.Command1_Click();
+    ASSERT_TRUE(loaded.wait(60000));
+}
+
+void ClickCell(QTableWidget* grid, int row, int column)
+{
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, grid->visualRect(grid->model()->index(row, column)).center());
+}
+
+void Screenshot(QWidget& form, const char* name)
+{
+    const QString dir = qEnvironmentVariable("TARLOX_SCREENSHOTS");
+    if (!dir.isEmpty() && QDir().mkpath(dir))
+        form.grab().save(dir + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png"));
+}
+
+}  // namespace
+
+// Read a stack, walk through the cells correcting one, Update, and the
+// form's keys on closing.
+TEST(frmBarcode, ReadCorrectAndUpdate)
+{
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    Session& s = site.session();
+    s.poShort = QStringLiteral("Order");
+    PutLocal(s, section::Form, QStringLiteral("BarcodeColWidth0"), QStringLiteral("150"));
+    PutLocal(s, section::Form, QStringLiteral("BarcodeColWidth5"), QStringLiteral("1500"));
+    PutLocal(s, section::Form, QStringLiteral("BarcodePageSize"), QStringLiteral("A"));
+    const QString csv = site.path(QStringLiteral("lines.csv"));
+    QFile lines(csv);
+    ASSERT_TRUE(lines.open(QIODevice::WriteOnly));
+    lines.write("PO-1,0,1,0,H1,P1,Acme,Mill\nPO-2,0,2,0,H2,P2,Beta,Mill\n");
+    lines.close();
+    PutLocal(s, section::Data, QStringLiteral("RBQClient"), QStringLiteral("csv:") + csv);
+
+    frmBarcode form(s);
+    form.show();
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    auto* grid = child<QTableWidget>(form, "grdMain");
+    EXPECT_EQ(form.windowTitle(), QStringLiteral("Add Barcoded Documents"));
+    EXPECT_EQ(grid->columnCount(), 9);
+    EXPECT_EQ(grid->horizontalHeaderItem(0)->text(), QStringLiteral("Order"));
+    EXPECT_EQ(grid->horizontalHeaderItem(8)->text(), QStringLiteral("Mfg"));
+    EXPECT_EQ(grid->columnWidth(0), TwipsToPixels(600));
+    EXPECT_EQ(grid->columnWidth(5), TwipsToPixels(1500));
+    EXPECT_TRUE(child<QRadioButton>(form, "optA4")->isChecked());
+
+    Read(form, site, WriteStack(site, "SPPSP"));
+    ASSERT_EQ(grid->rowCount(), 2);
+    EXPECT_EQ(grid->item(0, 4)->text(), QStringLiteral("2"));
+    EXPECT_EQ(grid->item(1, 4)->text(), QStringLiteral("1"));
+    EXPECT_EQ(grid->item(1, 5)->text(), QStringLiteral("H2"));
+    auto* update = child<QPushButton>(form, "cmdUpdate");
+    auto* pages = child<QScrollBar>(form, "hsbImages");
+    EXPECT_TRUE(update->isEnabled());
+    EXPECT_EQ(std::pair(pages->minimum(), pages->maximum()), std::pair(0, 2));
+
+    ClickCell(grid, 1, 0);  // the second sheet and its page
+    EXPECT_EQ(std::pair(pages->minimum(), pages->maximum()), std::pair(3, 4));
+
+    // Correct the first heat; Enter walks on to the part.
+    ClickCell(grid, 0, 5);
+    auto* box = child<QLineEdit>(form, "txtGrid");
+    ASSERT_TRUE(box->isVisible());
+    box->selectAll();
+    QTest::keyClicks(box, QStringLiteral("H1-FIXED"));
+    QTest::keyClick(box, Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(grid->item(0, 5)->text(), QStringLiteral("H1-FIXED"));
+    EXPECT_TRUE(box->isVisible());
+    EXPECT_EQ(box->text(), QStringLiteral("P1")) << "the walk moved on to Part";
+    Screenshot(form, "frmBarcode-read");
+
+    form.cmdUpdate_Click();
+    ASSERT_EQ(form.lastUpdate().stored(), 2);
+    {
+        DataOp op(s, QStringLiteral("test"));
+        EXPECT_EQ(op.scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'H1-FIXED' AND \"P/O #\" = 'PO-1'"))->toInt(), 1);
+    }
+    // The same grid again: asked first, and No stores nothing.
+    site.prompter().clear();
+    form.cmdUpdate_Click();
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Update")).startsWith(QStringLiteral("These reports were stored already")));
+    EXPECT_EQ(form.lastUpdate().stored(), 2) << "no new run";
+
+    child<QRadioButton>(form, "optLegal")->setChecked(true);
+    form.close();
+    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodeColWidth0")), QStringLiteral("600"));
+    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodePageSize")), QStringLiteral("G"));
+    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodeWindowState")), QStringLiteral("0"));
+}
+
+// Update stays off unless the first row has pages; a stack without a
+// sheet in front is refused.
+TEST(frmBarcode, StacksThatCantBeStored)
+{
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    frmBarcode form(site.session());
+    for (auto [layout, rows, asked] : {std::tuple{"SSP", 2, ""}, {"PSP", 0, "No Barcodes"}}) {
+        site.prompter().clear();
+        Read(form, site, WriteStack(site, layout));
+        EXPECT_EQ(child<QTableWidget>(form, "grdMain")->rowCount(), rows) << layout;
+        EXPECT_FALSE(child<QPushButton>(form, "cmdUpdate")->isEnabled()) << layout;
+        EXPECT_EQ(site.prompter().wasAsked(QLatin1String(asked)), *asked != 0) << layout;
+    }
+}
