@@ -101,16 +101,6 @@ int main(int argc, char** argv)
             qtHandler(type, context, message);
     });
     QGuiApplication app(argc, argv);
-    // The separator sheets are drawn with fonts, which need a GUI
-    // application; it shows nothing. The other commands don't start one.
-    std::unique_ptr<QCoreApplication> application;
-    if (std::any_of(argv + 1, argv + argc, [](const char* arg) { return std::strcmp(arg, "separator") == 0; })) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        application = std::make_unique<QGuiApplication>(argc, argv);
-    } else {
-        application = std::make_unique<QCoreApplication>(argc, argv);
-    }
-    QCoreApplication& app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 
