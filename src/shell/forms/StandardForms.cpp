@@ -4,6 +4,9 @@
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "output/forms/frmSelect.h"
+#include "output/forms/frmSelectAll.h"
+#include "search/FindQuery.h"
+#include "data/Session.h"
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
@@ -18,6 +21,8 @@ namespace tarlox {
 
 namespace {
 
+template <class Form> void wireSendForms(Form* form, mdiMain& frame);
+
 // Find's Select: the image's facts, and from there a viewer in the frame.
 void openSelect(Session& session, mdiMain& frame, qint32 number)
 {
@@ -27,6 +32,30 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     select->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
+    wireSendForms(select, frame);
+}
+
+// E-mail and Fax of a selection screen, offered when the program has those forms.
+template <class Form> void wireSendForms(Form* form, mdiMain& frame)
+{
+    const bool email = frame.forms().has(QStringLiteral("frmEmail"));
+    const bool fax = frame.forms().has(QStringLiteral("frmFax"));
+    form->setSendForms(email, fax);
+    QObject::connect(form, &Form::emailRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmEmail")); });
+    QObject::connect(form, &Form::faxRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmFax")); });
+}
+
+// Find's Select All: the found references in a grid, to print or queue.
+void openSelectAll(Session& session, mdiMain& frame)
+{
+    FindProblem problem;
+    FindCriteria criteria = session.findQuery;
+    const std::optional<SqlCondition> found = FindCondition(session, criteria, problem);
+    if (!found)
+        return;
+    auto* form = new frmSelectAll(session, *found, &frame);
+    wireSendForms(form, frame);
+    form->show();
 }
 
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
@@ -43,6 +72,9 @@ FormRegistry StandardForms()
         auto* find = new frmFind(c.session, &c.frame);
         QObject::connect(find, &frmFind::selectRequested, &c.frame,
                          [&session = c.session, &frame = c.frame](qint32 number) { openSelect(session, frame, number); });
+        find->setScreenAvailable(frmFind::Screen::SelectAll, true);
+        QObject::connect(find, &frmFind::selectAllRequested, &c.frame,
+                         [&session = c.session, &frame = c.frame] { openSelectAll(session, frame); });
         return find;
     });
     forms.add(QStringLiteral("frmView"), FormKind::Child, [](const FormContext& c) {
