@@ -30,6 +30,7 @@ frmSelectAll::frmSelectAll(Session& s, const SqlCondition& found, QWidget* paren
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     ui_->prgRun->hide();
+    ui_->layMain->setStretch(0, 1);  // the grid takes the room
     ui_->txtPages->setText(GetLocal(s, section::Info, QStringLiteral("DefaultPages")));
     const bool message = GetLocalBool(s, section::Interface, QStringLiteral("AddMessage"));
     ui_->chkPrintHeat->setChecked(GetLocalBool(s, section::Info, QStringLiteral("SelectAllPrintHeat")));
@@ -215,6 +216,7 @@ void frmSelectAll::cmdPrint_Click()
     }
     running_ = false;
     ui_->prgRun->hide();
+    ui_->layMain->setStretch(0, 1);  // the grid takes the room
     ui_->txtPrintMsg->clear();
     ui_->cmdPrint->setEnabled(true);
     session_.imageFilePath.clear();
