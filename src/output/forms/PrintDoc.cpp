@@ -4,6 +4,7 @@
 #include "data/Session.h"
 #include "data/Settings.h"
 #include "output/OutputPreparation.h"
+#include "store/ImageFiles.h"
 #include "store/TiffReader.h"
 
 #include <QDir>
@@ -70,30 +71,47 @@ bool GetPrinter(QWidget* form, QPrinter& printer, int pageCount, int& copies, in
 
 }  // namespace output
 
-IoStatus PrintDoc(Session& s, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
-                  const MessageFields& fields, QWidget* dialogOwner, const PrintProgress& progress)
+void RemoveTemporary(const PrintFile& file)
 {
-    s.traceCall(QStringLiteral("PrintDoc"), {pages, fileName});
-    TempFiles temp;
-    QString file = fileName;
+    for (const QString& path : file.temporary)
+        QFile::remove(path);
+}
+
+IoResult<PrintFile> PreparePrint(Session& s, const QString& pages, const QString& fileName, bool annotate,
+                                 const MessageFields& fields, const PrintProgress& progress)
+{
+    PrintFile print{fileName, {}};
     if (!s.tempDir.isEmpty() && !SameDir(s.tempDir, s.dataDir)) {
         const QString copy = QDir(s.tempDir).filePath(QStringLiteral("TP") + fileName.right(10));
         QFile::remove(copy);
         if (!QFile::copy(fileName, copy))
             return Failure(QStringLiteral("\"%1\" could not be copied to \"%2\".").arg(fileName, copy));
-        temp.files << copy;
-        file = copy;
+        print.temporary << copy;
+        print.path = copy;
     }
-    output::SetPrinter(s, printer);
     const OutputSettings settings = ReadOutputSettings(s);
     const bool allPages = pages.trimmed().isEmpty() || pages.trimmed().compare(QLatin1String("All"), Qt::CaseInsensitive) == 0;
-    if (!settings.authorization.isEmpty() || !allPages || settings.annotate || settings.addMessage) {
-        IoResult<QString> made = SaveFile(s, file, pages, 0, false, fields, progress);
-        if (!made)
+    if (!settings.authorization.isEmpty() || !allPages || annotate || settings.addMessage) {
+        IoResult<QString> made = SaveFile(s, print.path, pages, 0, false, fields, progress);
+        if (!made) {
+            RemoveTemporary(print);
             return made.failure();
-        temp.files << *made;
-        file = *made;
+        }
+        // An annotated file keeps its first state beside it ("OT").
+        print.temporary << *made << OutputOriginalPathOf(*made);
+        print.path = *made;
     }
+    return print;
+}
+
+IoStatus PrintPrepared(Session& s, QPrinter& printer, const PrintFile& print, PrintFrame frame, QWidget* dialogOwner,
+                       const PrintProgress& progress, bool keepTemporary)
+{
+    TempFiles temp;
+    if (!keepTemporary)
+        temp.files = print.temporary;
+    output::SetPrinter(s, printer);
+    const QString& file = print.path;
     IoResult<TiffReader> reader = TiffReader::open(file);
     if (!reader)
         return reader.failure();
@@ -134,6 +152,16 @@ IoStatus PrintDoc(Session& s, QPrinter& printer, const QString& pages, const QSt
     if (painter.isActive() && !painter.end())
         return Failure(QStringLiteral("The printed file \"%1\" could not be finished.").arg(printer.outputFileName()));
     return {};
+}
+
+IoStatus PrintDoc(Session& s, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
+                  const MessageFields& fields, QWidget* dialogOwner, const PrintProgress& progress)
+{
+    s.traceCall(QStringLiteral("PrintDoc"), {pages, fileName});
+    IoResult<PrintFile> prepared = PreparePrint(s, pages, fileName, ReadOutputSettings(s).annotate, fields, progress);
+    if (!prepared)
+        return prepared.failure();
+    return PrintPrepared(s, printer, *prepared, frame, dialogOwner, progress);
 }
 
 MessageFields SetMessageFields(const QWidget* form)

@@ -31,6 +31,19 @@ using PrintProgress = std::function<bool(const QString& doing)>;
 IoStatus PrintDoc(Session& session, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
                   const MessageFields& fields, QWidget* dialogOwner, const PrintProgress& progress = {});
 
+// PrintDoc in two steps, so that the person can annotate the file between
+// them: the file to print and the temporary files made for it.
+struct PrintFile {
+    QString path;
+    QStringList temporary;  // removed by PrintPrepared, or by RemoveTemporary
+};
+IoResult<PrintFile> PreparePrint(Session& session, const QString& pages, const QString& fileName, bool annotate,
+                                 const MessageFields& fields, const PrintProgress& progress = {});
+// Prints the file once (copies from the print dialog) and removes its temporary files.
+IoStatus PrintPrepared(Session& session, QPrinter& printer, const PrintFile& file, PrintFrame frame, QWidget* dialogOwner,
+                       const PrintProgress& progress = {}, bool keepTemporary = false);
+void RemoveTemporary(const PrintFile& file);
+
 // (The viewer has a print path of its own with functions of these names.)
 namespace output {
 // The printer of key Printer when the machine has it; else the printer stays.

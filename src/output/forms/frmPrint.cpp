@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMetaMethod>
 #include <QPrinter>
 
 namespace tarlox {
@@ -39,6 +40,10 @@ void frmPrint::closeEvent(QCloseEvent* event)
         stop_ = true;
         event->ignore();
         return;
+    }
+    if (pending_) {  // closed while the file waited for its annotation
+        RemoveTemporary(*pending_);
+        pending_.reset();
     }
     QDialog::closeEvent(event);
 }
@@ -103,13 +108,48 @@ void frmPrint::PrintImage()
         // "Reduce to fit" keeps the standard frame; "as is" takes the long one.
         frame = answer == Answer::Yes ? PrintFrame::Standard : PrintFrame::Long;
     }
+    running_ = true;
+    stop_ = false;
+    ui_->cmdPrint->setEnabled(false);
+    const bool annotate = ui_->chkAnnotate->isChecked();
+    IoResult<PrintFile> prepared = PreparePrint(session_, ui_->txtPages->text(), session_.imageFilePath, annotate, fields,
+                                                [this](const QString& doing) {
+                                                    ui_->txtPrintMsg->setText(doing);
+                                                    QApplication::processEvents();
+                                                    return !stop_;
+                                                });
+    running_ = false;
+    if (!prepared) {
+        if (prepared.error() != kOutputCancelled)
+            session_.prompter().tell(QStringLiteral("Print"), prepared.error(), Icon::Exclamation);
+        close();
+        return;
+    }
+    pending_ = *prepared;
+    frame_ = frame;
+    copies_ = copies;
+    if (annotate && isSignalConnected(QMetaMethod::fromSignal(&frmPrint::annotateRequested))) {
+        ui_->txtPrintMsg->setText(QStringLiteral("Annotate the pages; closing the viewer prints them."));
+        emit annotateRequested(pending_->path);
+        return;
+    }
+    printPending();
+}
+
+void frmPrint::annotationDone()
+{
+    if (pending_ && !running_)
+        printPending();
+}
+
+void frmPrint::printPending()
+{
     std::unique_ptr<QPrinter> own;
     QPrinter* printer = printer_;
     if (!printer) {
         own = std::make_unique<QPrinter>(QPrinter::HighResolution);
         printer = own.get();
     }
-    ui_->cmdPrint->setEnabled(false);
     running_ = true;
     stop_ = false;
     const PrintProgress progress = [&](const QString& doing) {
@@ -117,14 +157,17 @@ void frmPrint::PrintImage()
         QApplication::processEvents();
         return !stop_;
     };
-    for (int copy = 1; copy <= copies && !stop_; ++copy) {
-        const IoStatus printed = PrintDoc(session_, *printer, ui_->txtPages->text(), session_.imageFilePath, frame, fields, this, progress);
+    const PrintFile file = *pending_;
+    for (int copy = 1; copy <= copies_ && !stop_; ++copy) {
+        const IoStatus printed = PrintPrepared(session_, *printer, file, frame_, this, progress, true);
         if (!printed) {
             if (printed.error() != kOutputCancelled)
                 session_.prompter().tell(QStringLiteral("Print"), printed.error(), Icon::Exclamation);
             break;
         }
     }
+    RemoveTemporary(file);
+    pending_.reset();
     ui_->txtPrintMsg->clear();
     running_ = false;
     ui_->cmdPrint->setEnabled(true);

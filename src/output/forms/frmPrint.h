@@ -1,8 +1,11 @@
 #pragma once
 
+#include "output/forms/PrintDoc.h"
+
 #include <QDialog>
 
 #include <memory>
+#include <optional>
 
 class QPrinter;
 
@@ -34,6 +37,15 @@ public:
 
     Ui::frmPrint* ui() const { return ui_.get(); }
 
+    // The person has closed the viewer of annotateRequested: the file prints.
+    void annotationDone();
+
+signals:
+    // With "Annotate:" checked the prepared file should open in a viewer in
+    // annotate mode; printing waits for annotationDone(). Without a receiver
+    // the file prints at once.
+    void annotateRequested(const QString& file);
+
 private:
     Session& session_;
     std::unique_ptr<Ui::frmPrint> ui_;
@@ -41,6 +53,12 @@ private:
     QPrinter* printer_ = nullptr;
     bool running_ = false;
     bool stop_ = false;
+    // A prepared file waiting for its annotation, and how to print it.
+    std::optional<PrintFile> pending_;
+    PrintFrame frame_ = PrintFrame::Standard;
+    int copies_ = 1;
+
+    void printPending();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -50,6 +50,7 @@ frmPrint* frmSelect::cmdPrint_Click()
     auto* print = new frmPrint(session_, parentWidget());
     if (printer_)
         print->usePrinter(printer_);
+    emit printFormOpened(print);
     close();
     // Printed at once when there is nothing to ask; the form then closes itself.
     return print->StartPrint(selected_->size) ? print : nullptr;

@@ -59,6 +59,9 @@ signals:
     // frmEmail or frmFax should open for this image, now the image in hand.
     void emailRequested(qint32 image);
     void faxRequested(qint32 image);
+    // The print form for the image, before it asks or prints: the frame
+    // connects its annotation to a viewer.
+    void printFormOpened(frmPrint* form);
 
 private:
     Session& session_;

@@ -3,10 +3,14 @@
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
+#include "output/forms/frmPrint.h"
 #include "output/forms/frmSelect.h"
 #include "output/forms/frmSelectAll.h"
 #include "search/FindQuery.h"
 #include "data/Session.h"
+
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
@@ -33,6 +37,15 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
     wireSendForms(select, frame);
+    // Annotation before printing: a viewer in annotate mode on the prepared
+    // file; the print form goes on when the viewer has closed.
+    QObject::connect(select, &frmSelect::printFormOpened, &frame, [&session, &frame](frmPrint* print) {
+        QObject::connect(print, &frmPrint::annotateRequested, &frame, [&session, &frame, print](const QString& file) {
+            frmView* viewer = frmView::Annotate(session, file, &frame);
+            QObject::connect(viewer, &frmView::closed, print, &frmPrint::annotationDone);
+            frame.mdiArea()->addSubWindow(viewer)->show();
+        });
+    });
 }
 
 // E-mail and Fax of a selection screen, offered when the program has those forms.

@@ -8,6 +8,7 @@
 #include "support/FormControls.h"
 
 #include <QCheckBox>
+#include <QFile>
 #include <QDir>
 #include <QLineEdit>
 #include <QPrinter>
@@ -129,6 +130,20 @@ TEST_P(PrintingTest, PrintsAtOnceWhenNothingIsAskedElseAsksForPagesAndMessage)
     const QList<Sheet> sheets = printed();
     ASSERT_EQ(sheets.size(), 2);
     EXPECT_TRUE(sheets[0].topBand && sheets[1].topBand);
+    EXPECT_TRUE(tempIsEmpty());
+
+    // Annotate: printing waits until the viewer on the prepared file has closed.
+    QFile::remove(pdf());
+    form = pressPrint(21);
+    ASSERT_NE(form, nullptr);
+    child<QCheckBox>(form, "chkAnnotate")->setChecked(true);
+    QString annotated;
+    QObject::connect(form, &frmPrint::annotateRequested, [&](const QString& file) { annotated = file; });
+    form->PrintImage();
+    ASSERT_TRUE(QFile::exists(annotated));
+    EXPECT_FALSE(QFile::exists(pdf()));
+    form->annotationDone();
+    EXPECT_EQ(printed().size(), 3);
     EXPECT_TRUE(tempIsEmpty());
 }
 
