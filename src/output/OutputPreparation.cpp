@@ -18,6 +18,7 @@
 #include <QPainter>
 
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <memory>
 
@@ -31,56 +32,58 @@ const QString kFontFamily = QStringLiteral("Liberation Sans");
 constexpr int kTextRows = 21;
 constexpr int kLeftMargin = 50;
 
-// Copies src into dst with its top left corner at (dx, dy), overwriting;
-// what falls outside dst is cut. Both are black-and-white pages.
-void CopyBits(QImage& dst, const QImage& src, int dx, int dy)
+// Writes srcBits pixels of a black-and-white row into dst (dstBits wide)
+// from pixel dx on; the pixels before dx are left white, those past the
+// right edge are cut.
+void CopyRow(uchar* dst, const uchar* src, int srcBits, int dx, int dstBits)
 {
-    const int width = dst.width();
-    if (dx >= width)
-        return;
+    const int dstBytes = (dstBits + 7) / 8;
+    const int srcBytes = (srcBits + 7) / 8;
     const int shift = dx % 8;
-    const int firstByte = dx / 8;
-    const int dstBytes = (width + 7) / 8;
-    const int srcBytes = (src.width() + 7) / 8;
-    const int srcBits = src.width();
-    for (int y = 0; y < src.height(); ++y) {
-        const int row = dy + y;
-        if (row < 0 || row >= dst.height())
-            continue;
-        const uchar* s = src.constScanLine(y);
-        uchar* d = dst.scanLine(row);
-        const auto source = [&](int i) -> uint {
-            if (i < 0 || i >= srcBytes)
-                return 0;
-            uint byte = s[i];
-            if (i == srcBytes - 1 && srcBits % 8)
-                byte &= 0xFFu << (8 - srcBits % 8);
-            return byte;
-        };
-        const uint keep = shift ? (0xFFu << (8 - shift)) & 0xFF : 0;
-        d[firstByte] = uchar((d[firstByte] & keep) | (source(0) >> shift));
-        for (int k = 1; firstByte + k < dstBytes; ++k)
-            d[firstByte + k] = uchar(shift ? ((source(k - 1) << (8 - shift)) | (source(k) >> shift)) : source(k));
-        if (width % 8)
-            d[dstBytes - 1] &= uchar(0xFFu << (8 - width % 8));
+    const int first = dx / 8;
+    std::memset(dst, 0, size_t(dstBytes));
+    if (first >= dstBytes)
+        return;
+    const int count = std::min(srcBytes, dstBytes - first);
+    if (shift == 0) {
+        std::memcpy(dst + first, src, size_t(count));
+    } else {
+        uint carry = 0;
+        for (int i = 0; i < count; ++i) {
+            const uint byte = src[i];
+            dst[first + i] = uchar(carry | (byte >> shift));
+            carry = (byte << (8 - shift)) & 0xFF;
+        }
+        if (first + count < dstBytes)
+            dst[first + count] = uchar(carry);
     }
+    // Bits past the source's width, or past the destination's, stay white.
+    const int end = dx + srcBits;
+    for (int x = std::max(end, dx); x < std::min(dstBytes * 8, (first + count + 1) * 8); ++x)
+        dst[x / 8] &= uchar(~(0x80 >> (x % 8)));
 }
 
-// The page under a band, squeezed back to the page's size in pixels.
+// The band above the page, the band from 50 px on row 1 and the page from
+// 1 px under it, squeezed back to the page's size in pixels: each output row
+// takes the row at its place in the combined height. Only the rows taken
+// are composed.
 IoResult<QImage> BandOverPage(const QImage& page, const QImage& band)
 {
     const int w = page.width();
     const int h = page.height();
-    QImage combined = NewMonoPage(w, band.height() + h);
-    if (combined.isNull())
-        return Failure(QStringLiteral("Not enough memory to add the band of %1 rows to the page.").arg(band.height()));
-    CopyBits(combined, band, kLeftMargin, 1);
-    CopyBits(combined, page, 1, band.height());
-    IoResult<QImage> squeezed = ScalePage(combined, w, h);
-    if (!squeezed)
-        return squeezed;
-    SetDpi(*squeezed, DpiOf(page));
-    return squeezed;
+    QImage out = NewMonoPage(w, h);
+    if (out.isNull())
+        return Failure(QStringLiteral("Not enough memory for a page of %1 x %2 pixels.").arg(w).arg(h));
+    const qint64 total = qint64(band.height()) + h;
+    for (int y = 0; y < h; ++y) {
+        const int row = int(std::min<qint64>(total - 1, (2 * qint64(y) + 1) * total / (2 * qint64(h))));
+        if (row >= band.height())
+            CopyRow(out.scanLine(y), page.constScanLine(row - band.height()), page.width(), 1, w);
+        else if (row >= 1)
+            CopyRow(out.scanLine(y), band.constScanLine(row - 1), band.width(), kLeftMargin, w);
+    }
+    SetDpi(out, DpiOf(page));
+    return out;
 }
 
 QFont MessageFont(int rowHeight)
@@ -160,12 +163,16 @@ int TextHeight(int pageWidth, int fontSize)
 
 QString MessageFontProblem()
 {
+    static bool found = false;  // fonts don't go away while the program runs
+    if (found)
+        return {};
     if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         return QStringLiteral("Text can't be drawn on pages in this program (no graphics application).");
     if (!QFontDatabase::families().contains(kFontFamily))
         return QStringLiteral("The font \"%1\" is not installed; the message block and the authorization text need it "
                               "(Debian package fonts-liberation).")
             .arg(kFontFamily);
+    found = true;
     return {};
 }
 

@@ -1,6 +1,7 @@
 #include "output/forms/frmSelect.h"
 
 #include "data/Session.h"
+#include "output/forms/frmPrint.h"
 #include "ui_frmSelect.h"
 
 namespace tarlox {
@@ -10,19 +11,50 @@ frmSelect::frmSelect(Session& session, QWidget* parent)
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
-    // Printing, faxing and mailing a single image come with their own forms.
-    ui_->cmdPrint->hide();
-    ui_->cmdFax->hide();
-    ui_->cmdEmail->hide();
-    ui_->txtPrintMsg->hide();
+    // Faxing and mailing come with their own forms, shown once the program has them.
+    setSendForms(false, false);
     ui_->cmdView->setDefault(true);
     setMinimumWidth(440);
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmSelect::cmdView_Click);
     connect(ui_->cmdReScan, &QPushButton::clicked, this, &frmSelect::cmdReScan_Click);
+    connect(ui_->cmdPrint, &QPushButton::clicked, this, &frmSelect::cmdPrint_Click);
+    connect(ui_->cmdEmail, &QPushButton::clicked, this, [this] { handOver(&frmSelect::emailRequested); });
+    connect(ui_->cmdFax, &QPushButton::clicked, this, [this] { handOver(&frmSelect::faxRequested); });
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
 }
 
 frmSelect::~frmSelect() = default;
+
+void frmSelect::setSendForms(bool email, bool fax)
+{
+    ui_->cmdEmail->setVisible(email);
+    ui_->cmdFax->setVisible(fax);
+}
+
+void frmSelect::handOver(void (frmSelect::*signal)(qint32))
+{
+    if (selected_) {
+        session_.currentImage = selected_->number;
+        session_.imageFilePath = selected_->filePath;
+        emit(this->*signal)(selected_->number);
+    }
+    close();
+}
+
+frmPrint* frmSelect::cmdPrint_Click()
+{
+    if (!selected_)
+        return nullptr;
+    session_.currentImage = selected_->number;
+    session_.imageFilePath = selected_->filePath;
+    auto* print = new frmPrint(session_, parentWidget());
+    if (printer_)
+        print->usePrinter(printer_);
+    emit printFormOpened(print);
+    close();
+    // Printed at once when there is nothing to ask; the form then closes itself.
+    return print->StartPrint(selected_->size) ? print : nullptr;
+}
 
 bool frmSelect::Form_Activate()
 {

@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+class QPrinter;
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,10 +17,11 @@ class frmSelect;
 namespace tarlox {
 
 class Session;
+class frmPrint;
 
 // Print, View, Fax and Re-Scan: the facts of one found image (the image in
-// hand, session.currentImage) and what can be done with it. Print, Fax and
-// E-mail stay hidden until those parts of the program exist.
+// hand, session.currentImage) and what can be done with it. Fax and E-mail
+// show when the program has those forms (setSendForms).
 class frmSelect : public QDialog {
     Q_OBJECT
 public:
@@ -34,6 +37,12 @@ public:
     void cmdView_Click();
     // The rescan form for the image; the form closes.
     void cmdReScan_Click();
+    // frmPrint for the image; the form closes. The print form when it asks
+    // something, nullptr when it printed at once.
+    frmPrint* cmdPrint_Click();
+    // Fax and E-mail show only when the program has those forms.
+    void setSendForms(bool email, bool fax);
+    void usePrinter(QPrinter* printer) { printer_ = printer; }
 
     const std::optional<SelectedImage>& selected() const { return selected_; }
 
@@ -47,11 +56,20 @@ signals:
     // A viewer should open on this image, now the image in hand; the
     // frame, which knows the viewer, opens it.
     void viewRequested(qint32 image);
+    // frmEmail or frmFax should open for this image, now the image in hand.
+    void emailRequested(qint32 image);
+    void faxRequested(qint32 image);
+    // The print form for the image, before it asks or prints: the frame
+    // connects its annotation to a viewer.
+    void printFormOpened(frmPrint* form);
 
 private:
     Session& session_;
     std::unique_ptr<Ui::frmSelect> ui_;
+    void handOver(void (frmSelect::*signal)(qint32));
+
     std::optional<SelectedImage> selected_;
+    QPrinter* printer_ = nullptr;
 };
 
 }  // namespace tarlox

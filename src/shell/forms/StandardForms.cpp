@@ -13,6 +13,14 @@
 #include "output/forms/frmSelect.h"
 #include "data/Session.h"
 #include "search/FindQuery.h"
+#include "output/forms/frmPrint.h"
+#include "output/forms/frmSelect.h"
+#include "output/forms/frmSelectAll.h"
+#include "search/FindQuery.h"
+#include "data/Session.h"
+
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
@@ -27,6 +35,8 @@ namespace tarlox {
 
 namespace {
 
+template <class Form> void wireSendForms(Form* form, mdiMain& frame);
+
 // Find's Select: the image's facts, and from there a viewer in the frame.
 void openSelect(Session& session, mdiMain& frame, qint32 number)
 {
@@ -36,6 +46,39 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     select->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
+    wireSendForms(select, frame);
+    // Annotation before printing: a viewer in annotate mode on the prepared
+    // file; the print form goes on when the viewer has closed.
+    QObject::connect(select, &frmSelect::printFormOpened, &frame, [&session, &frame](frmPrint* print) {
+        QObject::connect(print, &frmPrint::annotateRequested, &frame, [&session, &frame, print](const QString& file) {
+            frmView* viewer = frmView::Annotate(session, file, &frame);
+            QObject::connect(viewer, &frmView::closed, print, &frmPrint::annotationDone);
+            frame.mdiArea()->addSubWindow(viewer)->show();
+        });
+    });
+}
+
+// E-mail and Fax of a selection screen, offered when the program has those forms.
+template <class Form> void wireSendForms(Form* form, mdiMain& frame)
+{
+    const bool email = frame.forms().has(QStringLiteral("frmEmail"));
+    const bool fax = frame.forms().has(QStringLiteral("frmFax"));
+    form->setSendForms(email, fax);
+    QObject::connect(form, &Form::emailRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmEmail")); });
+    QObject::connect(form, &Form::faxRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmFax")); });
+}
+
+// Find's Select All: the found references in a grid, to print or queue.
+void openSelectAll(Session& session, mdiMain& frame)
+{
+    FindProblem problem;
+    FindCriteria criteria = session.findQuery;
+    const std::optional<SqlCondition> found = FindCondition(session, criteria, problem);
+    if (!found)
+        return;
+    auto* form = new frmSelectAll(session, *found, &frame);
+    wireSendForms(form, frame);
+    form->show();
 }
 
 // The screens on the last find's images (export, move, delete) run its
@@ -70,6 +113,9 @@ FormRegistry StandardForms()
             QObject::connect(find, signal, &c.frame, [&frame = c.frame, form] { frame.ShowForm(QLatin1String(form)); });
         for (const auto screen : {frmFind::Screen::Export, frmFind::Screen::Move, frmFind::Screen::Delete})
             find->setScreenAvailable(screen, true);
+        find->setScreenAvailable(frmFind::Screen::SelectAll, true);
+        QObject::connect(find, &frmFind::selectAllRequested, &c.frame,
+                         [&session = c.session, &frame = c.frame] { openSelectAll(session, frame); });
         return find;
     });
     forms.add(QStringLiteral("frmView"), FormKind::Child, [](const FormContext& c) {

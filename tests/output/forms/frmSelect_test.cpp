@@ -51,9 +51,13 @@ TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
     EXPECT_EQ(child<QLineEdit>(form, "txtSize")->text(), QStringLiteral("G"));
     EXPECT_EQ(child<QLineEdit>(form, "txtType")->text(), QStringLiteral("4"));
     EXPECT_EQ(child<QLineEdit>(form, "txtDate")->text(), QStringLiteral("3/5/2024"));
-    EXPECT_FALSE(child<QPushButton>(form, "cmdPrint")->isVisible());
+    EXPECT_TRUE(child<QPushButton>(form, "cmdPrint")->isVisible());
+    // Fax and E-mail show when the program has those forms.
     EXPECT_FALSE(child<QPushButton>(form, "cmdFax")->isVisible());
     EXPECT_FALSE(child<QPushButton>(form, "cmdEmail")->isVisible());
+    form->setSendForms(true, false);
+    EXPECT_TRUE(child<QPushButton>(form, "cmdEmail")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(form, "cmdFax")->isVisible());
     EXPECT_TRUE(child<QPushButton>(form, "cmdView")->isVisible());
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, QStringLiteral("TR000123.TIF"));
 
