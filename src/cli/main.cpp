@@ -32,6 +32,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeMailCommand());
+    commands.push_back(makeContactsCommand());
     return commands;
 }
 

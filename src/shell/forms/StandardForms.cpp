@@ -3,12 +3,15 @@
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
+#include "output/forms/frmContactFM.h"
+#include "output/forms/frmEtest.h"
 #include "output/forms/frmSelect.h"
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
 #include "shell/forms/frmSecure.h"
 #include "shell/forms/mdiMain.h"
+#include "ui_frmInfo.h"
 #include "view/forms/frmVTLin.h"
 #include "view/forms/frmVTRec.h"
 #include "view/forms/frmVTStm.h"
@@ -65,7 +68,25 @@ FormRegistry StandardForms()
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
-    dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
+    forms.add(QStringLiteral("frmInfo"), FormKind::Dialog, [](const FormContext& c) {
+        auto* info = new frmInfo(c.session, &c.frame);
+        // Test proves the e-mail settings on screen, saved or not.
+        QObject::connect(info, &frmInfo::emailTestRequested, info, [info, &session = c.session] {
+            auto* test = new frmEtest(session, info);
+            test->throughClient = [info] { return info->ui()->chkEmailClient->isChecked(); };
+            test->serverSettings = [info] { return info->emailSettingsOnScreen(); };
+            test->open();
+        });
+        return info;
+    });
+    forms.add(QStringLiteral("frmEtest"), FormKind::Dialog, [](const FormContext& c) { return new frmEtest(c.session, &c.frame); });
+    // The fax form opens its own with mode "Fax".
+    forms.add(QStringLiteral("frmContactFM"), FormKind::Dialog, [](const FormContext& c) {
+        auto* contacts = new frmContactFM(c.session, QStringLiteral("Email"), &c.frame);
+        QObject::connect(contacts, &frmContactFM::reopenRequested, &c.frame,
+                         [&frame = c.frame](const QString& form) { frame.ShowForm(form); });
+        return contacts;
+    });
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {
         auto* secure = new frmSecure(c.session, &c.frame);
