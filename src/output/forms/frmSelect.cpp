@@ -10,15 +10,22 @@ frmSelect::frmSelect(Session& session, QWidget* parent)
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
-    // Printing, faxing and mailing a single image come with their own forms.
+    // Printing and faxing a single image come with their own forms.
     ui_->cmdPrint->hide();
     ui_->cmdFax->hide();
-    ui_->cmdEmail->hide();
     ui_->txtPrintMsg->hide();
     ui_->cmdView->setDefault(true);
     setMinimumWidth(440);
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmSelect::cmdView_Click);
     connect(ui_->cmdReScan, &QPushButton::clicked, this, &frmSelect::cmdReScan_Click);
+    connect(ui_->cmdEmail, &QPushButton::clicked, this, [this] {
+        if (selected_) {
+            session_.currentImage = selected_->number;
+            session_.imageFilePath = selected_->filePath;
+            emit emailRequested(selected_->number);
+        }
+        close();
+    });
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
 }
 

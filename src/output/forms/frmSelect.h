@@ -44,6 +44,8 @@ public:
 signals:
     // frmRescn should open for this image.
     void rescanRequested(qint32 image);
+    // The e-mail form should open for this image, now the image in hand.
+    void emailRequested(qint32 image);
     // A viewer should open on this image, now the image in hand; the
     // frame, which knows the viewer, opens it.
     void viewRequested(qint32 image);

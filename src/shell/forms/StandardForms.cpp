@@ -4,6 +4,7 @@
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "output/forms/frmContactFM.h"
+#include "output/forms/frmEmail.h"
 #include "output/forms/frmEtest.h"
 #include "output/forms/frmSelect.h"
 #include "search/forms/frmFind.h"
@@ -30,6 +31,7 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     select->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
+    QObject::connect(select, &frmSelect::emailRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmEmail")); });
 }
 
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
@@ -80,6 +82,11 @@ FormRegistry StandardForms()
         return info;
     });
     forms.add(QStringLiteral("frmEtest"), FormKind::Dialog, [](const FormContext& c) { return new frmEtest(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmEmail"), FormKind::Dialog, [](const FormContext& c) {
+        auto* mail = new frmEmail(c.session, &c.frame);
+        QObject::connect(mail, &frmEmail::findRequested, &c.frame, [&frame = c.frame] { frame.ShowForm(QStringLiteral("frmContactFM")); });
+        return mail;
+    });
     // The fax form opens its own with mode "Fax".
     forms.add(QStringLiteral("frmContactFM"), FormKind::Dialog, [](const FormContext& c) {
         auto* contacts = new frmContactFM(c.session, QStringLiteral("Email"), &c.frame);

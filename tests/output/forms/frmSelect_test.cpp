@@ -53,7 +53,7 @@ TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
     EXPECT_EQ(child<QLineEdit>(form, "txtDate")->text(), QStringLiteral("3/5/2024"));
     EXPECT_FALSE(child<QPushButton>(form, "cmdPrint")->isVisible());
     EXPECT_FALSE(child<QPushButton>(form, "cmdFax")->isVisible());
-    EXPECT_FALSE(child<QPushButton>(form, "cmdEmail")->isVisible());
+    EXPECT_TRUE(child<QPushButton>(form, "cmdEmail")->isVisible());
     EXPECT_TRUE(child<QPushButton>(form, "cmdView")->isVisible());
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, QStringLiteral("TR000123.TIF"));
 
