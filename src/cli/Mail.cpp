@@ -3,12 +3,17 @@
 
 #include "output/EmailSend.h"
 #include "output/MailSettings.h"
+#include "output/MessageQueue.h"
+#include "output/OutputPreparation.h"
 #include "output/SelectImage.h"
 
 #include "data/Session.h"
 #include "data/Settings.h"
 
+#include <QFile>
 #include <QRegularExpression>
+
+#include <tuple>
 
 namespace tarlox::cli {
 
@@ -75,12 +80,15 @@ public:
             return QStringLiteral("--pages must be 'All' or in the form 'n,m,l', not \"%1\"").arg(pages_);
         for (const QString& field : p.values(QStringLiteral("message"))) {
             const qsizetype eq = field.indexOf(QLatin1Char('='));
-            const QString key = eq > 0 ? field.left(eq).trimmed().toLower() : QString();
-            if (!kFieldKeys.contains(key))
-                return QStringLiteral("--message takes KEY=VALUE with KEY one of %1, not \"%2\"")
-                    .arg(QStringList(kFieldKeys.keys()).join(QStringLiteral(", ")), field);
-            fields_.insert(kFieldKeys.value(key), field.mid(eq + 1));
+            QString* value = eq > 0 ? FieldOf(fields_, field.left(eq).trimmed()) : nullptr;
+            if (!value)
+                return QStringLiteral("--message takes KEY=VALUE with KEY one of to, order, invoice, line, po, part, desc, qty, heat, "
+                                      "tag, text (or C D N L U P E Q H G K), not \"%1\"").arg(field);
+            *value = field.mid(eq + 1);
+            given_ = true;
         }
+        if (const QString problem = CheckMessageFields(fields_); !problem.isEmpty())
+            return QStringLiteral("--message: ") + problem;
         pdf_ = p.isSet(QStringLiteral("pdf"));
         return {};
     }
@@ -93,16 +101,43 @@ public:
             return finish(UseServer(EmailServerSettings(s), TestMessage(s, false, s.now())));
         message_.fromAddress = GetLocal(s, email::Section, email::FromAddress).trimmed();
         message_.fromName = GetLocal(s, email::Section, email::FromName);
-        QStringList stored;
-        for (qint32 number : images_) {
-            const std::optional<SelectedImage> image = LocateImage(s, number);
-            if (!image)
-                return fail(QStringLiteral("image %1 can't be sent: its file is not at hand").arg(number));
-            stored << image->filePath;
+        // The stored files go as they are unless something about them
+        // changes: some pages, a stamp, a message block, PDF.
+        OutputSettings settings = ReadOutputSettings(s);
+        settings.pdf = pdf_;
+        settings.annotate = false;
+        settings.addMessage = settings.addMessage || given_;
+        fields_.from = settings.from;
+        const bool prepare = !settings.authorization.isEmpty() || pages_.compare(QLatin1String("All"), Qt::CaseInsensitive) != 0
+                             || settings.pdf || settings.addMessage;
+        QStringList temporary;
+        const auto removeTemporary = [&] {
+            for (const QString& file : temporary)
+                QFile::remove(file);
+        };
+        for (qsizetype i = 0; i < images_.size(); ++i) {
+            const std::optional<SelectedImage> image = LocateImage(s, images_[i]);
+            if (!image) {
+                removeTemporary();
+                return fail(QStringLiteral("image %1 can't be sent: its file is not at hand").arg(images_[i]));
+            }
+            if (!prepare) {
+                message_.files << image->filePath;
+                continue;
+            }
+            const QString target = TempFileName(settings.tempDir, image->filePath, int(i + 1), settings.pdf);
+            IoResult<QList<PdfPage>> pages = PreparePages(image->filePath, pages_, settings, fields_, s.now().date());
+            const IoStatus written = pages ? WritePrepared(target, *pages, settings.pdf) : IoStatus(pages.failure());
+            if (!written) {
+                removeTemporary();
+                return fail(QStringLiteral("image %1 can't be prepared: %2").arg(images_[i]).arg(written.error()));
+            }
+            temporary << target;
+            message_.files << target;
         }
-        message_.files = stored;
-        return finish(UseServer(EmailServerSettings(s), message_));
-    }
+        const int code = finish(UseServer(EmailServerSettings(s), message_));
+        removeTemporary();
+        return code;    }
 
 private:
     static int finish(const MailSendResult& result)
@@ -116,26 +151,25 @@ private:
         return Success;
     }
 
-    // Option names (and the letters of the stored message strings) to letters.
-    inline static const QHash<QString, QString> kFieldKeys{
-        {QStringLiteral("to"), QStringLiteral("C")},      {QStringLiteral("order"), QStringLiteral("D")},
-        {QStringLiteral("invoice"), QStringLiteral("N")}, {QStringLiteral("line"), QStringLiteral("L")},
-        {QStringLiteral("po"), QStringLiteral("U")},      {QStringLiteral("part"), QStringLiteral("P")},
-        {QStringLiteral("desc"), QStringLiteral("E")},    {QStringLiteral("qty"), QStringLiteral("Q")},
-        {QStringLiteral("heat"), QStringLiteral("H")},    {QStringLiteral("tag"), QStringLiteral("G")},
-        {QStringLiteral("text"), QStringLiteral("K")},    {QStringLiteral("c"), QStringLiteral("C")},
-        {QStringLiteral("d"), QStringLiteral("D")},       {QStringLiteral("n"), QStringLiteral("N")},
-        {QStringLiteral("l"), QStringLiteral("L")},       {QStringLiteral("u"), QStringLiteral("U")},
-        {QStringLiteral("p"), QStringLiteral("P")},       {QStringLiteral("e"), QStringLiteral("E")},
-        {QStringLiteral("q"), QStringLiteral("Q")},       {QStringLiteral("h"), QStringLiteral("H")},
-        {QStringLiteral("g"), QStringLiteral("G")},       {QStringLiteral("k"), QStringLiteral("K")},
-    };
+    // A message field by its option name or the letter of the stored message strings.
+    static QString* FieldOf(MessageFields& f, const QString& key)
+    {
+        const std::tuple<const char*, const char*, QString*> keys[] = {
+            {"to", "C", &f.to},     {"order", "D", &f.order},   {"invoice", "N", &f.invoice}, {"line", "L", &f.lineNum},
+            {"po", "U", &f.custPO}, {"part", "P", &f.part},     {"desc", "E", &f.partDesc},   {"qty", "Q", &f.quantity},
+            {"heat", "H", &f.heat}, {"tag", "G", &f.tag},       {"text", "K", &f.text}};
+        for (const auto& [name, letter, field] : keys)
+            if (key.compare(QLatin1String(name), Qt::CaseInsensitive) == 0 || key.compare(QLatin1String(letter), Qt::CaseInsensitive) == 0)
+                return field;
+        return nullptr;
+    }
 
     bool test_ = false;
     QList<qint32> images_;
     MailMessage message_;
     QString pages_;
-    QHash<QString, QString> fields_;  // letter -> value
+    MessageFields fields_;
+    bool given_ = false;  // a message field was given: the pages carry the block
     bool pdf_ = false;
 };
 

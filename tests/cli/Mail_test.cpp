@@ -119,7 +119,7 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
     ASSERT_EQ(added.code, 0) << added.err.toStdString();
     const QString image = added.out.trimmed();
     const CliRun sent = cli({u"mail"_s, image, u"--to"_s, u"buyer@example.com"_s, u"--to-name"_s, u"Jo Buyer"_s, u"--subject"_s,
-                             u"MTR"_s, u"--body"_s, u"Attached."_s, u"--message"_s, u"heat=H1"_s, u"--message"_s, u"order=SO-9"_s});
+                             u"MTR"_s, u"--body"_s, u"Attached."_s});
     ASSERT_EQ(sent.code, 0) << sent.err.toStdString() << sent.out.toStdString();
     ASSERT_EQ(smtp->messages().size(), 2);
     mail = ReadMail(smtp->messages()[1]);
@@ -127,6 +127,14 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
     EXPECT_EQ(mail.mid(0, 4), (QStringList{u"Quality Office <qa@example.com>"_s, u"Jo Buyer <buyer@example.com>"_s, u"MTR"_s, u"Attached."_s}));
     const QString stored = site.path(u"DATA/TR%1.TIF"_s.arg(image.toInt(), 6, 10, QLatin1Char('0')));
     EXPECT_EQ(mail[4], u"TR%1.TIF "_s.arg(image.toInt(), 6, 10, QLatin1Char('0')) + Sha256Of(stored));
+
+    // Some pages, message fields and PDF: a prepared copy goes, and goes away.
+    const CliRun prepared = cli({u"mail"_s, image, u"--to"_s, u"buyer@example.com"_s, u"--pages"_s, u"2"_s, u"--message"_s,
+                                 u"heat=H1"_s, u"--message"_s, u"D=SO-9"_s, u"--pdf"_s});
+    ASSERT_EQ(prepared.code, 0) << prepared.err.toStdString();
+    const QString pdfName = u"TM%1_1.pdf"_s.arg(image.toInt(), 6, 10, QLatin1Char('0'));
+    EXPECT_EQ(ReadMail(smtp->messages()[2]).last().section(u' ', 0, 0), pdfName);
+    EXPECT_FALSE(QFile::exists(site.path(u"TEMP/"_s + pdfName)));
 
     // Refused connection, bad usage: one line, nothing delivered.
     const struct {
@@ -138,6 +146,7 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
         {{u"mail"_s, image, u"--to"_s, u"a@b@c"_s}, 2, u"is not a valid e-mail address"_s},
         {{u"mail"_s, image, u"--to"_s, u"x@example.com"_s, u"--pages"_s, u"1-2"_s}, 2, u"--pages must be 'All'"_s},
         {{u"mail"_s, image, u"--to"_s, u"x@example.com"_s, u"--message"_s, u"colour=red"_s}, 2, u"--message takes KEY=VALUE"_s},
+        {{u"mail"_s, image, u"--to"_s, u"x@example.com"_s, u"--message"_s, u"heat=a;b"_s}, 2, u"--message: "_s},
     };
     for (const auto& row : rows) {
         const CliRun r = cli(row.args);
