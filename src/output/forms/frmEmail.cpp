@@ -271,7 +271,7 @@ void frmEmail::cmdEmail_Click()
     queue_ = kept;
     QString text = QStringLiteral("Your attempt to send mail failed for the following reason: \n") + error;
     if (!kept.isEmpty())
-        text += QStringLiteral("\n\n") + QueueLine(kept.files) + QStringLiteral(": they stay queued for another try.");
+        text += QStringLiteral("\n\n") + QueueLine(kept.files) + QStringLiteral(". The queue is kept for another try.");
     prompter.tell(QStringLiteral("Email"), text, Icon::Exclamation);
     close();
 }
