@@ -9,6 +9,7 @@
 #include "view/forms/ViewerCommands.h"
 #include "startup/CompactData.h"
 #include "base/ErrorReport.h"
+#include "base/forms/ChildMenus.h"
 #include "data/FormGeometry.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
@@ -24,6 +25,7 @@
 #include <QMenuBar>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QHash>
 #include <QScreen>
 #include <QToolBar>
 
@@ -191,9 +193,18 @@ void mdiMain::createMenus()
             [this] { ShowHelpTopic(QStringLiteral("changes.html")); });
 }
 
+// The desktop's icon theme where it has one for the command, else our own.
+static QIcon ToolbarIcon(const QString& key, const QString& bundled)
+{
+    static const QHash<QString, QString> themeNames{{QStringLiteral("Scan"), QStringLiteral("scanner")}};
+    const QIcon own(QStringLiteral(":/icons/") + bundled);
+    const QString themed = themeNames.value(key);
+    return themed.isEmpty() ? own : QIcon::fromTheme(themed, own);
+}
+
 void mdiMain::addButton(const QString& key, const QString& toolTip, const QString& icon)
 {
-    QAction* command = new QAction(QIcon(QStringLiteral(":/icons/") + icon), key, this);
+    QAction* command = new QAction(ToolbarIcon(key, icon), key, this);
     command->setObjectName(key);
     command->setToolTip(toolTip);
     connect(command, &QAction::triggered, this, [this, key] { toolbarClick(key); });
@@ -312,8 +323,38 @@ void mdiMain::fitToolbar()
         resize(stripSize());
 }
 
+void mdiMain::mergeChildMenus()
+{
+    // The frame's own menus stand aside while a child's are shown, but for
+    // Window and Help, which belong to the frame.
+    auto* child = dynamic_cast<ChildMenus*>(activeForm());
+    const QList<QMenu*> wanted = child ? child->framedMenus() : QList<QMenu*>{};
+    const bool same = wanted.size() == mergedMenus_.size()
+        && std::equal(wanted.cbegin(), wanted.cend(), mergedMenus_.cbegin(), [](QMenu* a, const QPointer<QMenu>& b) { return a == b.data(); });
+    if (same)
+        return;
+    for (QMenu* menu : std::as_const(mergedMenus_))
+        if (menu)
+            menuBar()->removeAction(menu->menuAction());
+    mergedMenus_.clear();
+    QAction* windowMenu = nullptr;
+    const QList<QAction*> entries = menuBar()->actions();
+    for (QAction* entry : entries) {
+        const bool frames = entry->objectName() == QLatin1String("mnuWindow") || entry->objectName() == QLatin1String("mnuMainHelp");
+        if (entry->objectName() == QLatin1String("mnuWindow"))
+            windowMenu = entry;
+        if (!frames)
+            entry->setVisible(wanted.isEmpty());
+    }
+    for (QMenu* menu : wanted) {
+        menuBar()->insertAction(windowMenu, menu->menuAction());
+        mergedMenus_.append(menu);
+    }
+}
+
 void mdiMain::updateViewerButtons()
 {
+    mergeChildMenus();
     const bool viewer = dynamic_cast<ViewerCommands*>(activeForm()) != nullptr;
     for (const QString& key : ViewerKeys) {
         const Button& b = buttons_[key];
@@ -460,6 +501,8 @@ QWidget* mdiMain::openChild(const FormEntry& entry)
         form->setObjectName(entry.name);
     const bool designedSize = form->testAttribute(Qt::WA_Resized);
     const QSize designed = form->size();
+    if (auto* menus = dynamic_cast<ChildMenus*>(form))
+        menus->showOwnMenuBar(false);
     auto* window = new ChildWindow(form, entry.name);
     connect(window, &ChildWindow::unloading, this, &mdiMain::childUnloading);
     area_->addSubWindow(window);

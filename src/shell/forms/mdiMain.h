@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPointer>
 
 class QAction;
@@ -91,6 +92,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void mergeChildMenus();
     void restoreFramePlace();
     struct Button {
         QAction* command = nullptr;    // what a click does
@@ -132,6 +134,8 @@ private:
     Qt::WindowStates savedState_ = Qt::WindowNoState;
     bool stateSaved_ = false;
     bool closing_ = false;
+    // The active child's menus now on the frame's bar.
+    QList<QPointer<QMenu>> mergedMenus_;
 };
 
 }  // namespace tarlox
