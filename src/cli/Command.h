@@ -70,6 +70,8 @@ std::unique_ptr<Command> makeDeleteCommand();
 std::unique_ptr<Command> makeBatchCommand();
 std::unique_ptr<Command> makeBarcodeCommand();
 std::unique_ptr<Command> makeSeparatorCommand();
+std::unique_ptr<Command> makeMailCommand();
+std::unique_ptr<Command> makeContactsCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

@@ -46,6 +46,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeBatchCommand());
     commands.push_back(makeBarcodeCommand());
     commands.push_back(makeSeparatorCommand());
+    commands.push_back(makeMailCommand());
+    commands.push_back(makeContactsCommand());
     return commands;
 }
 

@@ -5,6 +5,8 @@
 #include "data/Settings.h"
 #include "base/TextTools.h"
 
+#include <QFile>
+
 namespace tarlox {
 
 bool SettingsTag::clientOptions() const
@@ -74,6 +76,10 @@ bool SettingsBinding::beginSave()
 void SettingsBinding::saveText(const SettingsTag& tag, const QString& text)
 {
     PutLocal(session_, tag.section, tag.item, tag.encrypt ? Encrypt(text) : text);
+    // The cipher only hides a password from a glance: a file that holds one
+    // is for its owner's eyes only.
+    if (tag.encrypt)
+        QFile::setPermissions(session_.localIni, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 void SettingsBinding::saveCheck(const SettingsTag& tag, bool checked)

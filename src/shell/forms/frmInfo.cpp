@@ -320,6 +320,21 @@ void frmInfo::EnableDisableAuthorizationControls()
     ui_->lblAuthorizationText->setEnabled(text);
 }
 
+SmtpSettings frmInfo::emailSettingsOnScreen() const
+{
+    SmtpSettings settings;
+    settings.server = ui_->txtEmailServer->text().trimmed();
+    settings.port = ui_->txtServerPort->text().trimmed();
+    settings.authentication = ui_->optEmailAuth_0->isChecked()   ? MailAuthentication::Smtp
+                              : ui_->optEmailAuth_2->isChecked() ? MailAuthentication::Pop
+                                                                 : MailAuthentication::None;
+    settings.user = ui_->txtEmailUser->text();
+    settings.password = ui_->txtEmailPassword->text();
+    settings.popServer = ui_->txtEmailPOP->text().trimmed();
+    settings.bcc = ui_->chkBCC->isChecked();
+    return settings;
+}
+
 void frmInfo::EnableDisableEmailControls()
 {
     const bool client = ui_->chkEmailClient->isChecked();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "output/SmtpSender.h"
+
 #include <QDialog>
 
 #include <functional>
@@ -56,6 +58,10 @@ public:
 
     Ui::frmInfo* ui() const { return ui_.get(); }
     TagBinder* binder() const { return binder_; }
+
+    // The e-mail server settings as they stand on screen, saved or not:
+    // what the Test button proves.
+    SmtpSettings emailSettingsOnScreen() const;
 
     // Asked when the Test button of the e-mail tab is pressed.
     Q_SIGNAL void emailTestRequested();

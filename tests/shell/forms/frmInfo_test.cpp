@@ -4,6 +4,7 @@
 #include "shell/forms/TagBinder.h"
 #include "base/IniFile.h"
 #include "data/Session.h"
+#include "data/Settings.h"
 #include "base/TextTools.h"
 #include "support/TestSite.h"
 #include "support/FormControls.h"
@@ -12,6 +13,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QGroupBox>
 #include <QImage>
 #include <QLabel>
@@ -140,6 +142,11 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
     const QString stored = ini(site.localIni(), "Email", "Password");
     EXPECT_EQ(stored, Encrypt(QStringLiteral("Pa55 word!")));
     EXPECT_NE(stored, QStringLiteral("Pa55 word!"));
+    // The file that holds it is its owner's alone, and stays so when written again.
+    const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther | QFileDevice::WriteOther;
+    EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
+    PutLocal(s, QStringLiteral("Email"), QStringLiteral("Subject"), QStringLiteral("x"));
+    EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
 
     frmInfo screen(s);
     EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->text(), QStringLiteral("Pa55 word!"));
