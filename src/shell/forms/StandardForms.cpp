@@ -3,6 +3,7 @@
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
+#include "output/forms/frmFaxct.h"
 #include "output/forms/frmSelect.h"
 #include "search/forms/frmFind.h"
 #include "shell/forms/frmAbout.h"
@@ -29,6 +30,21 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
 }
 
+// A child's Window menu: "Cascade", "Horizontal", "Vertical", "Arrange", "Expand".
+void windowCommand(mdiMain& frame, const QString& name)
+{
+    if (name == QLatin1String("Cascade"))
+        frame.Arrange(mdiMain::Arrangement::Cascade);
+    else if (name == QLatin1String("Horizontal"))
+        frame.Arrange(mdiMain::Arrangement::TileHorizontal);
+    else if (name == QLatin1String("Vertical"))
+        frame.Arrange(mdiMain::Arrangement::TileVertical);
+    else if (name == QLatin1String("Arrange"))
+        frame.Arrange(mdiMain::Arrangement::Icons);
+    else if (name == QLatin1String("Expand"))
+        frame.WindowExpand();
+}
+
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
 {
     forms.add(name, FormKind::Dialog, [](const FormContext& c) { return new Form(c.session, &c.frame); });
@@ -49,19 +65,13 @@ FormRegistry StandardForms()
         auto* viewer = new frmView(c.session, &c.frame);
         viewer->setPageSource(new ScannerPageSource(c.session, viewer));
         // The viewer's Window menu works on the frame.
-        QObject::connect(viewer, &frmView::windowCommand, &c.frame, [&frame = c.frame](const QString& name) {
-            if (name == QLatin1String("Cascade"))
-                frame.Arrange(mdiMain::Arrangement::Cascade);
-            else if (name == QLatin1String("Horizontal"))
-                frame.Arrange(mdiMain::Arrangement::TileHorizontal);
-            else if (name == QLatin1String("Vertical"))
-                frame.Arrange(mdiMain::Arrangement::TileVertical);
-            else if (name == QLatin1String("Arrange"))
-                frame.Arrange(mdiMain::Arrangement::Icons);
-            else if (name == QLatin1String("Expand"))
-                frame.WindowExpand();
-        });
+        QObject::connect(viewer, &frmView::windowCommand, &c.frame, [&frame = c.frame](const QString& name) { windowCommand(frame, name); });
         return viewer;
+    });
+    forms.add(QStringLiteral("frmFaxct"), FormKind::Child, [](const FormContext& c) {
+        auto* control = new frmFaxct(c.session, &c.frame);
+        QObject::connect(control, &frmFaxct::windowCommand, &c.frame, [&frame = c.frame](const QString& name) { windowCommand(frame, name); });
+        return control;
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });

@@ -77,6 +77,11 @@ public:
     QWidget* currentChild() const { return currentChild_; }
 
     bool faxAvailable() const { return faxAvailable_; }
+    // Asks the fax server for its modems, off the interface thread; the
+    // fax commands follow the answer (faxChecked tells when it came).
+    void CheckFaxDevices();
+    // " fax device(s) found" with the count, or why there is no fax server.
+    QString faxDeviceText() const { return faxDeviceText_; }
     void setFaxAvailable(bool available);
     bool scannerPresent() const;
 
@@ -85,6 +90,7 @@ public:
 
 signals:
     void scannerChecked(bool present);
+    void faxChecked(bool available);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -108,6 +114,7 @@ private:
     void updateViewerButtons();
     void fitToolbar();
     void scannerFound(bool present);
+    void faxDevicesFound(int devices, const QString& error);
     void repairDatabase();
     QWidget* openChild(const FormEntry& entry);
     QWidget* openDialog(const FormEntry& entry);
@@ -127,6 +134,7 @@ private:
     QPointer<HelpWindow> help_;
     QPointer<QWidget> currentChild_;
     bool faxAvailable_ = false;
+    QString faxDeviceText_;
     bool scannerKnown_ = false;
     Qt::WindowStates savedState_ = Qt::WindowNoState;
     bool stateSaved_ = false;
