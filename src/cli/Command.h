@@ -60,6 +60,10 @@ std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
+std::unique_ptr<Command> makeFaxCommand();
+std::unique_ptr<Command> makeFaxStatusCommand();
+std::unique_ptr<Command> makeFaxResendCommand();
+std::unique_ptr<Command> makeFaxRemoveCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

@@ -5,6 +5,7 @@
 #include "startup/Startup.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -32,6 +33,10 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeFaxCommand());
+    commands.push_back(makeFaxStatusCommand());
+    commands.push_back(makeFaxResendCommand());
+    commands.push_back(makeFaxRemoveCommand());
     return commands;
 }
 
@@ -55,8 +60,8 @@ QString overview(const std::vector<std::unique_ptr<Command>>& commands)
         "usage: tarlox-cli [--ini FILE] [--trace=FILE] COMMAND [options] [arguments]\n"
         "       tarlox-cli help [COMMAND]   (or COMMAND --help)\n\ncommands:\n");
     for (const auto& command : commands)
-        text += QStringLiteral("  ") + command->name().leftJustified(10) + command->summary() + QLatin1Char('\n');
-    text += QStringLiteral("  ") + QStringLiteral("help").leftJustified(10) + QStringLiteral("this list, or the options of one command\n");
+        text += QStringLiteral("  ") + command->name().leftJustified(12) + command->summary() + QLatin1Char('\n');
+    text += QStringLiteral("  ") + QStringLiteral("help").leftJustified(12) + QStringLiteral("this list, or the options of one command\n");
     text += QStringLiteral("\noptions:\n") + OptionsHelp({IniOption, TraceOption, VersionOption, HelpOption()});
     return text + QStringLiteral(
                "\n\nexit codes:\n"
@@ -75,7 +80,15 @@ int unknownCommand(const QString& name)
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // The fax cover page is drawn with the system's fonts, which need a
+    // graphical application object; any other command does without.
+    bool drawsText = false;
+    for (int i = 1; i < argc; ++i)
+        drawsText = drawsText || qstrcmp(argv[i], "fax") == 0;
+    if (drawsText && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> application(drawsText ? new QGuiApplication(argc, argv) : new QCoreApplication(argc, argv));
+    QCoreApplication& app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 
