@@ -214,7 +214,7 @@ void frmFaxct::applyColumns()
     for (const FaxColumn& column : columns_)
         names << column.name;
     list->setHeaderLabels(names);
-    const int unit = list->fontMetrics().averageCharWidth();
+    const int unit = list->fontMetrics().horizontalAdvance(QLatin1Char('0'));
     for (int i = 0; i < columns_.size(); ++i) {
         list->setColumnHidden(i, columns_[i].width == 0);
         if (columns_[i].width > 0)
@@ -227,7 +227,7 @@ QList<FaxColumn> frmFaxct::currentColumns() const
     // The operator may have dragged the widths.
     QList<FaxColumn> columns = columns_;
     const QTreeWidget* list = ui_->FaxMan1;
-    const int unit = std::max(1, list->fontMetrics().averageCharWidth());
+    const int unit = std::max(1, list->fontMetrics().horizontalAdvance(QLatin1Char('0')));
     for (int i = 0; i < columns.size(); ++i)
         columns[i].width = list->isColumnHidden(i) ? 0 : std::max(1, (list->columnWidth(i) + unit / 2) / unit);
     return columns;
