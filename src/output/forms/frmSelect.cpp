@@ -19,6 +19,7 @@ frmSelect::frmSelect(Session& session, QWidget* parent)
     setMinimumWidth(440);
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmSelect::cmdView_Click);
     connect(ui_->cmdReScan, &QPushButton::clicked, this, &frmSelect::cmdReScan_Click);
+    connect(ui_->cmdFax, &QPushButton::clicked, this, &frmSelect::cmdFax_Click);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
 }
 
@@ -58,6 +59,21 @@ void frmSelect::cmdReScan_Click()
         emit rescanRequested(selected_->number);
     }
     close();
+}
+
+void frmSelect::cmdFax_Click()
+{
+    if (selected_) {
+        session_.currentImage = selected_->number;
+        session_.imageFilePath = selected_->filePath;
+        emit faxRequested(selected_->number);
+    }
+    close();
+}
+
+void frmSelect::setFaxAvailable(bool available)
+{
+    ui_->cmdFax->setVisible(available);
 }
 
 frmSelect* frmSelect::Open(Session& session, qint32 number, QWidget* parent)

@@ -17,8 +17,9 @@ namespace tarlox {
 class Session;
 
 // Print, View, Fax and Re-Scan: the facts of one found image (the image in
-// hand, session.currentImage) and what can be done with it. Print, Fax and
-// E-mail stay hidden until those parts of the program exist.
+// hand, session.currentImage) and what can be done with it. Print and
+// E-mail stay hidden until those parts of the program exist; Fax shows once
+// setFaxAvailable says a fax server answered.
 class frmSelect : public QDialog {
     Q_OBJECT
 public:
@@ -34,6 +35,10 @@ public:
     void cmdView_Click();
     // The rescan form for the image; the form closes.
     void cmdReScan_Click();
+    // The fax form for the image; the form closes.
+    void cmdFax_Click();
+    // Fax is offered only where a fax server answered.
+    void setFaxAvailable(bool available);
 
     const std::optional<SelectedImage>& selected() const { return selected_; }
 
@@ -47,6 +52,8 @@ signals:
     // A viewer should open on this image, now the image in hand; the
     // frame, which knows the viewer, opens it.
     void viewRequested(qint32 image);
+    // The fax form should open for this image, now the image in hand.
+    void faxRequested(qint32 image);
 
 private:
     Session& session_;

@@ -3,6 +3,7 @@
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
+#include "output/forms/frmFax.h"
 #include "output/forms/frmFaxct.h"
 #include "output/forms/frmSelect.h"
 #include "search/forms/frmFind.h"
@@ -27,6 +28,8 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
         return;
     select->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
+    select->setFaxAvailable(frame.faxAvailable());
+    QObject::connect(select, &frmSelect::faxRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmFax")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
 }
 
@@ -76,6 +79,7 @@ FormRegistry StandardForms()
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
+    dialogOf<frmFax>(forms, QStringLiteral("frmFax"));
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {
         auto* secure = new frmSecure(c.session, &c.frame);
