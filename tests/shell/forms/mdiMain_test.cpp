@@ -4,6 +4,9 @@
 #include "shell/forms/HelpWindow.h"
 #include "view/forms/ViewerCommands.h"
 #include "shell/forms/mdiMain.h"
+#include "data/Settings.h"
+#include "output/FaxSettings.h"
+#include "support/FaxTestServer.h"
 #include "data/FormGeometry.h"
 #include "base/IniFile.h"
 #include "support/TestSite.h"
@@ -454,6 +457,34 @@ TEST_F(FrameScanner, LoadRecordsLoginAndThatNoScannerIsThere)
     ASSERT_TRUE(ReadUser(site.session(), QString()));
     EXPECT_FALSE(site.session().machine.scanner);
     EXPECT_LE(qAbs(site.session().machine.lastLogin.secsTo(login)), 1);
+}
+
+// Fax is offered where a fax server answers, with or without a modem.
+TEST(FrameFax, FaxCommandFollowsTheFaxServersAnswer)
+{
+    FaxTestServer* server = FaxTestServer::Get();
+    if (!server)
+        GTEST_SKIP() << FaxTestServer::skipReason().toStdString();
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    FormRegistry forms = testForms();
+    forms.child<TestForm>(QStringLiteral("frmFaxct"));
+    const struct {
+        QString address;
+        bool offered;
+        const char* text;
+    } rows[] = {{QStringLiteral("127.0.0.1:%1").arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
+    for (const auto& row : rows) {
+        PutLocal(site.session(), fax::Section, fax::FaxServer, row.address);
+        mdiMain frame(site.session(), forms);
+        QSignalSpy checked(&frame, &mdiMain::faxChecked);
+        frame.MDIForm_Load();
+        ASSERT_TRUE(checked.wait(20000));
+        EXPECT_EQ(frame.faxAvailable(), row.offered);
+        EXPECT_EQ(frame.menuEntry(QStringLiteral("mnuFax"))->isEnabled(), row.offered);
+        EXPECT_EQ(frame.toolbarButton(QStringLiteral("Fax"))->isVisible(), row.offered);
+        EXPECT_TRUE(frame.faxDeviceText().startsWith(QLatin1String(row.text))) << frame.faxDeviceText().toStdString();
+    }
 }
 
 TEST(FrameServer, RepairIsNotOfferedForTheServerDatabase)
