@@ -215,6 +215,12 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")),
               QStringLiteral("Image file '") + path + QStringLiteral("' was not created!"));
 
+    // Cancel (Escape) at the question keeps the viewer and its edits.
+    site.prompter().answer(Answer::Cancel);
+    viewer->close();
+    EXPECT_FALSE(closed);
+    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 600));
+
     site.prompter().answer(Answer::Yes);
     viewer->close();
     EXPECT_TRUE(closed);
