@@ -1,6 +1,9 @@
 #include "output/FaxSettings.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 namespace tarlox::fax {
 
@@ -8,7 +11,19 @@ QString CoverPagePath(const QString& value, const QString& programDir)
 {
     if (!value.trimmed().isEmpty())
         return value.trimmed();
-    return QDir(programDir).filePath(QStringLiteral("tarlox.cpe"));
+    // The program directory's own page first, then the one that ships with
+    // the program: beside the executable in a build, in the data directory
+    // once installed.
+    const QString own = QDir(programDir).filePath(QStringLiteral("tarlox.cpe"));
+    if (QFileInfo::exists(own))
+        return own;
+    const QString appDir = QCoreApplication::applicationDirPath();
+    for (const QString& shipped : QStringList{appDir + QStringLiteral("/tarlox.cpe"), appDir + QStringLiteral("/../share/tarlox/tarlox.cpe"),
+                                   QStandardPaths::locate(QStandardPaths::GenericDataLocation, QStringLiteral("tarlox/tarlox.cpe"))}) {
+        if (!appDir.isEmpty() && !shipped.isEmpty() && QFileInfo::exists(shipped))
+            return QFileInfo(shipped).canonicalFilePath();
+    }
+    return own;
 }
 
 Sender SenderSettings(const KeyReader& key, const QString& programDir)

@@ -325,7 +325,7 @@ bool frmInfo::eventFilter(QObject* watched, QEvent* event)
 
 void frmInfo::txtFaxCvr_DblClick()
 {
-    const QString packaged = QDir(session_.programDir).filePath(QStringLiteral("tarlox.cpe"));
+    const QString packaged = fax::CoverPagePath(QString(), session_.programDir);
     QString file = ui_->txtFaxCvr->text().trimmed();
     if (file.isEmpty())
         file = packaged;
