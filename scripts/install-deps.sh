@@ -16,6 +16,7 @@ packages=(
   hylafax-server hylafax-client
   xvfb xauth
   help2man desktop-file-utils appstream dpkg-dev
+  fonts-liberation cups-daemon cups-client cups-filters
 )
 
 missing=()

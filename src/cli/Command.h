@@ -60,6 +60,8 @@ std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
+std::unique_ptr<Command> makeOutputCommand();
+std::unique_ptr<Command> makePrintCommand();
 std::unique_ptr<Command> makeFaxCommand();
 std::unique_ptr<Command> makeFaxStatusCommand();
 std::unique_ptr<Command> makeFaxResendCommand();

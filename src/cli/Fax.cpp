@@ -8,6 +8,8 @@
 #include "output/FaxSettings.h"
 #include "output/HylafaxClient.h"
 #include "output/SelectImage.h"
+#include "base/TextTools.h"
+#include "store/FileLists.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -203,7 +205,10 @@ public:
                 {QStringLiteral("from"), QStringLiteral("the sender (default: the fax screen's last)"), QStringLiteral("NAME")},
                 {QStringLiteral("text"), QStringLiteral("the message on the cover page"), QStringLiteral("TEXT")},
                 {QStringLiteral("pages"), QStringLiteral("pages of each report: All (default) or n,m,l"), QStringLiteral("P")},
-                {QStringLiteral("message"), QStringLiteral("a message field added on the pages, KEY=VALUE (repeatable)"), QStringLiteral("KEY=VALUE")}};
+                {QStringLiteral("message"),
+                 QStringLiteral("a field of the message block on the pages, KEY=VALUE with the keys C (to), D (order), N (invoice), L (line), "
+                                "U (customer P/O), P (part), E (part description), Q (quantity), H (heat), G (tag), K (text); repeatable"),
+                 QStringLiteral("KEY=VALUE")}};
     }
     QString read(const QCommandLineParser& p) override
     {
@@ -235,6 +240,9 @@ public:
             const auto pair = PairValue(QStringLiteral("--message"), m);
             if (!pair)
                 return pair.error;
+            MessageFields probe;
+            if (!messageField(probe, pair.value.first))
+                return QStringLiteral("--message takes the keys C D N L U P E Q H G K, not \"") + pair.value.first + QLatin1Char('"');
             messages_ << pair.value;
         }
         return {};
@@ -248,17 +256,28 @@ public:
             request_.toName = GetLocal(s, fax::Section, fax::ToName);
         if (!fromSet_)
             request_.fromName = GetLocal(s, fax::Section, fax::FromName);
-        if (pages_ != QLatin1String("All") || !messages_.isEmpty())
-            return fail(QStringLiteral("--pages and --message need the output preparation, which this build does not have yet"));
-        request_.pageFiles.clear();
+        MessageFields fields;
+        fields.to = request_.toCompany;
+        for (const auto& [key, value] : std::as_const(messages_)) {
+            *messageField(fields, key) = value;
+        }
+        if (const QString problem = CheckMessageFields(fields); !problem.isEmpty())
+            return fail(problem);
+        Queue job;
         for (int number : std::as_const(images_)) {
             const auto image = LocateImage(s, number);
             if (!image)
                 return fail(QStringLiteral("image %1 can't be faxed: its file can't be found").arg(number));
-            request_.pageFiles << image->filePath;
+            AddFileAndMessage(job, image->filePath, pages_, fields);
         }
+        auto pages = PrepareFaxPages(s, job, BoolFromIni(GetLocal(s, section::Info, QStringLiteral("Annotate"))));
+        if (!pages)
+            return fail(pages.error());
+        request_.pageFiles = pages->files;
         HylafaxClient engine(*server);
         auto sent = SendFax(engine, request_, fax::SenderSettings(FaxKeys(s), s.programDir), s.tempDir, s.now().date());
+        if (pages->staged)
+            DeleteTempFiles(s, pages->files.join(QLatin1Char('+')), QStringLiteral("+"));
         if (!sent)
             return fail(sent.error());
         printLine(QStringLiteral("job ") + sent->jobId + QStringLiteral(" ") + sent->jobFile);
@@ -266,6 +285,21 @@ public:
     }
 
 private:
+    // The field of a message string's key letter.
+    static QString* messageField(MessageFields& f, const QString& key)
+    {
+        const QList<std::pair<QString, QString*>> keys = {
+            {QStringLiteral("C"), &f.to},      {QStringLiteral("D"), &f.order},    {QStringLiteral("N"), &f.invoice},
+            {QStringLiteral("L"), &f.lineNum}, {QStringLiteral("U"), &f.custPO},   {QStringLiteral("P"), &f.part},
+            {QStringLiteral("E"), &f.partDesc}, {QStringLiteral("Q"), &f.quantity}, {QStringLiteral("H"), &f.heat},
+            {QStringLiteral("G"), &f.tag},     {QStringLiteral("K"), &f.text}};
+        for (const auto& [letter, field] : keys) {
+            if (letter.compare(key, Qt::CaseInsensitive) == 0)
+                return field;
+        }
+        return nullptr;
+    }
+
     QList<int> images_;
     FaxRequest request_;
     QString pages_;

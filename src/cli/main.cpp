@@ -4,7 +4,6 @@
 #include "data/Session.h"
 #include "startup/Startup.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QFileInfo>
 
@@ -33,6 +32,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeOutputCommand());
+    commands.push_back(makePrintCommand());
     commands.push_back(makeFaxCommand());
     commands.push_back(makeFaxStatusCommand());
     commands.push_back(makeFaxResendCommand());
@@ -80,15 +81,18 @@ int unknownCommand(const QString& name)
 
 int main(int argc, char** argv)
 {
-    // The fax cover page is drawn with the system's fonts, which need a
-    // graphical application object; any other command does without.
-    bool drawsText = false;
-    for (int i = 1; i < argc; ++i)
-        drawsText = drawsText || qstrcmp(argv[i], "fax") == 0;
-    if (drawsText && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    // Text is drawn on pages (the message block), which takes a graphics
+    // application; the command line needs no screen for it.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    std::unique_ptr<QCoreApplication> application(drawsText ? new QGuiApplication(argc, argv) : new QCoreApplication(argc, argv));
-    QCoreApplication& app = *application;
+    // Nothing here uses the session's runtime directory; Qt's remark on a
+    // missing one is no concern of the user's.
+    static const QtMessageHandler qtHandler = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& message) {
+        if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")))
+            qtHandler(type, context, message);
+    });
+    QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 

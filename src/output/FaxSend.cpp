@@ -1,6 +1,8 @@
 #include "output/FaxSend.h"
 
 #include "output/FaxJobFile.h"
+#include "data/Session.h"
+#include "store/FileLists.h"
 #include "store/TiffReader.h"
 
 #include <QFile>
@@ -15,6 +17,30 @@ QString Quoted(const QString& file)
 }
 
 }  // namespace
+
+IoResult<FaxPages> PrepareFaxPages(Session& session, const Queue& job, bool annotate, const ProgressStep& step)
+{
+    bool somePages = false;
+    const QString list = BuildFileList(job.files, QStringLiteral("+"), somePages);
+    FaxPages pages;
+    pages.files = list.split(QLatin1Char('+'), Qt::SkipEmptyParts);
+    const OutputSettings settings = ReadOutputSettings(session);
+    // "S" or "T", as the authorization's one letter.
+    const bool authorized = !settings.authorization.isEmpty() && QStringLiteral("ST").contains(settings.authorization.left(1));
+    if (!(authorized || somePages || annotate || settings.addMessage))
+        return pages;
+    auto prepared = SaveTempFiles(session, job.files, job.messages, false, step);
+    if (!prepared)
+        return prepared.failure();
+    if (prepared->size() < pages.files.size()) {
+        for (const QString& file : std::as_const(*prepared))
+            QFile::remove(file);
+        return Failure(QStringLiteral("Not every test report could be prepared for the fax; nothing was sent."));
+    }
+    pages.files = *prepared;
+    pages.staged = true;
+    return pages;
+}
 
 FaxJob JobOf(const FaxRequest& request, const fax::Sender& sender)
 {

@@ -5,12 +5,26 @@
 
 #include "output/FaxEngine.h"
 #include "output/FaxSettings.h"
+#include "output/MessageQueue.h"
+#include "output/OutputPreparation.h"
 
 #include <QDate>
 #include <QString>
 #include <QStringList>
 
 namespace tarlox {
+
+class Session;
+
+// The pages of a fax job: the stored files of the queue as they are, or,
+// when the authorization, a page list, annotating or added messages call
+// for it, prepared temporary files (staged: delete them once the job file
+// is written).
+struct FaxPages {
+    QStringList files;
+    bool staged = false;
+};
+IoResult<FaxPages> PrepareFaxPages(Session& session, const Queue& job, bool annotate, const ProgressStep& step = {});
 
 // What the fax form gives.
 struct FaxRequest {

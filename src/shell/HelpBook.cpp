@@ -80,6 +80,8 @@ bool HelpBook::load(const QString& directory)
     static const QRegularExpression definition(QStringLiteral("<dfn([^>]*)>(.*?)</dfn>"), QRegularExpression::DotMatchesEverythingOption);
     static const QRegularExpression anyId(QStringLiteral("\\bid=\"([^\"]+)\""));
     static const QRegularExpression bodyStart(QStringLiteral("<body[^>]*>"));
+    // The words a chapter is looked up by: <meta name="keywords" content="heat; wild card; ...">.
+    static const QRegularExpression chapterTerms(QStringLiteral("<meta name=\"keywords\" content=\"([^\"]*)\""));
 
     for (const QString& file : files) {
         Page page{file, readPage(dir.filePath(file)), {}};
@@ -113,6 +115,9 @@ bool HelpBook::load(const QString& directory)
         }
         closeSection(page.html.size());
 
+        for (const QString& term : chapterTerms.match(page.html).captured(1).split(QLatin1Char(';'), Qt::SkipEmptyParts))
+            if (!term.trimmed().isEmpty())
+                index_.append(HelpKeyword{term.trimmed(), file});
         for (auto it = definition.globalMatch(page.html); it.hasNext();) {
             const auto m = it.next();
             const QString id = attribute(m.captured(1), QStringLiteral("id"));

@@ -118,9 +118,10 @@ bool CompactData(Session& s)
         return false;
     const Answer answer = s.prompter().ask(
         QStringLiteral("Compact OK?"),
-        QStringLiteral("This action will rebuild your Tarlox Access database.\r\n"
-                       "When done, you will need Access 2000 or greater to view data\r\n"
-                       "outside of Tarlox. Hit 'OK' to continue or 'Cancel' to abort"),
+        // The file database's own words: what the repair really does here.
+        QStringLiteral("This action will rebuild your Tarlox database file.\r\n"
+                       "Its integrity is checked, then it is written anew, compacted (VACUUM);\r\n"
+                       "the previous file is kept beside it. Hit 'OK' to continue or 'Cancel' to abort"),
         Buttons::OkCancel, Icon::Question);
     if (answer != Answer::Ok)
         return false;
@@ -153,6 +154,14 @@ bool CompactData(Session& s)
         if (!connection.takeForItself()) {
             s.prompter().setBusy(false);
             s.prompter().tell(ErrorTitle, inUseText(database, {}), Icon::Critical);
+            return false;
+        }
+        if (const auto verdict = connection.exec(QStringLiteral("PRAGMA integrity_check")); !verdict || *verdict != QLatin1String("ok")) {
+            s.prompter().setBusy(false);
+            s.prompter().tell(ErrorTitle,
+                              QStringLiteral("The database file ") + database + QStringLiteral(" is damaged: ")
+                                  + (verdict ? *verdict : connection.error()) + QStringLiteral("\r\nNothing was changed."),
+                              Icon::Critical);
             return false;
         }
         if (!connection.exec(QStringLiteral("VACUUM INTO ?"), {newName})) {

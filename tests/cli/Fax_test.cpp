@@ -39,6 +39,7 @@ TEST_F(FaxCli, BadUsageIsRefusedBeforeAnythingStarts)
         {"fax x --number 5", "fax: IMAGE takes a whole number"},
         {"fax 1 --number 5 --pages 1-3", "fax: --pages must be 'All' or in the form 'n,m,l'"},
         {"fax 1 --number 5 --message N", "fax: --message takes KEY=VALUE"},
+        {"fax 1 --number 5 --message Z=1", "fax: --message takes the keys C D N L U P E Q H G K"},
         {"fax-status --view later", "fax-status: --view takes pending, sending, sent or failed"},
         {"fax-status --format xml", "fax-status: --format takes text, csv or json"},
         {"fax-remove", "fax-remove: takes one JOB"},
@@ -64,7 +65,8 @@ TEST_F(FaxCli, FaxIsSentListedSentAgainAndRemoved)
     ASSERT_EQ(cli({u"settings"_s, u"set"_s, u"Fax"_s, u"FaxServer"_s, server->address()}).code, 0);
     ASSERT_EQ(cli({u"add"_s, u"--heat"_s, u"H1"_s, u"--part"_s, u"P1"_s, page}).code, 0);
 
-    const CliRun sent = cli({u"fax"_s, u"1"_s, u"--number"_s, u"5553000"_s, u"--company"_s, u"Buyer, Inc."_s, u"--text"_s, u"PO 4471"_s});
+    const CliRun sent = cli({u"fax"_s, u"1"_s, u"--number"_s, u"5553000"_s, u"--company"_s, u"Buyer, Inc."_s, u"--text"_s, u"PO 4471"_s,
+                              u"--pages"_s, u"1"_s, u"--message"_s, u"H=H1"_s});
     ASSERT_EQ(sent.code, 0) << sent.err.toStdString();
     const QString job = sent.out.section(u' ', 1, 1);
     const QString file = sent.out.section(u' ', 2).trimmed();

@@ -84,9 +84,7 @@ TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
     ASSERT_TRUE(compact());
     const Prompt& asked = site.prompter().asked().first();
     EXPECT_EQ(asked.title, QStringLiteral("Compact OK?"));
-    EXPECT_EQ(asked.text, QStringLiteral("This action will rebuild your Tarlox Access database.\r\n"
-                                         "When done, you will need Access 2000 or greater to view data\r\n"
-                                         "outside of Tarlox. Hit 'OK' to continue or 'Cancel' to abort"));
+    EXPECT_TRUE(asked.text.contains(QStringLiteral("integrity is checked"))) << asked.text.toStdString();
     EXPECT_EQ(asked.buttons, Buttons::OkCancel);
     EXPECT_EQ(site.prompter().asked().size(), 1);
 

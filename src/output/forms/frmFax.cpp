@@ -5,7 +5,10 @@
 #include "data/Settings.h"
 #include "output/FaxTask.h"
 #include "output/HylafaxClient.h"
+#include "store/FileLists.h"
 #include "ui_frmFax.h"
+
+#include <QCoreApplication>
 
 #include <QCloseEvent>
 #include <QFocusEvent>
@@ -52,8 +55,22 @@ QString frmFax::QueueLine(int files)
 
 int frmFax::queuedFiles() const
 {
-    // path;pages pairs
-    return faxFiles_.trimmed().isEmpty() ? 0 : int(faxFiles_.split(QLatin1Char(';')).size() / 2);
+    return queue_.count();
+}
+
+MessageFields frmFax::messageFields() const
+{
+    MessageFields fields;
+    fields.to = ui_->txtComp->text();
+    fields.order = ui_->txtOrder->text();
+    fields.custPO = ui_->txtCustPO->text();
+    fields.invoice = ui_->txtInvoice->text();
+    fields.lineNum = ui_->txtLineNum->text();
+    fields.partDesc = ui_->txtPartDesc->text();
+    fields.quantity = ui_->txtQuantity->text();
+    fields.heat = ui_->txtHeat->text();
+    fields.tag = ui_->txtTag->text();
+    return fields;
 }
 
 void frmFax::Form_Load()
@@ -68,8 +85,7 @@ void frmFax::Form_Load()
     ui_->txtComp->setText(GetLocal(session_, fax::Section, fax::ToCompany));
     ui_->txtFrom->setText(GetLocal(session_, fax::Section, fax::FromName));
     ui_->chkAnnotate->setChecked(session_.annotate);
-    faxFiles_ = GetLocal(session_, section::Info, fax::FaxFiles);
-    faxMessages_ = GetLocal(session_, section::Info, fax::FaxMessages);
+    queue_ = ReadQueue(session_, QueueMode::Fax);
     ui_->txtStatus->setText(QueueLine(queuedFiles()));
     ui_->txtPages->setText(session_.defaultPages.trimmed().isEmpty() ? QStringLiteral("All") : session_.defaultPages);
     if (session_.imageFilePath.isEmpty()) {
@@ -116,21 +132,20 @@ void frmFax::cmdQueue_Click()
     if (!txtPages_Validate() || session_.imageFilePath.isEmpty())
         return;
     session_.traceCall(QStringLiteral("frmFax.cmdQueue_Click"));
-    // The image's pair behind the queue; its message follows when the output
-    // preparation adds message strings.
-    const QString pages = ui_->txtPages->text() == QLatin1String("All") ? QString() : ui_->txtPages->text();
-    faxFiles_ += (faxFiles_.isEmpty() ? QString() : QStringLiteral(";")) + session_.imageFilePath + QLatin1Char(';') + pages;
-    PutLocal(session_, section::Info, fax::FaxFiles, faxFiles_);
-    PutLocal(session_, section::Info, fax::FaxMessages, faxMessages_);
+    const MessageFields fields = messageFields();
+    if (const QString problem = CheckMessageFields(fields); !problem.isEmpty()) {
+        session_.prompter().tell(QStringLiteral("Fax Test Report"), problem, Icon::Exclamation);
+        return;
+    }
+    AddFileAndMessage(queue_, session_.imageFilePath, ui_->txtPages->text(), fields);
+    WriteQueue(session_, QueueMode::Fax, queue_);
     close();
 }
 
 void frmFax::cmdClear_Click()
 {
-    faxFiles_.clear();
-    faxMessages_.clear();
-    PutLocal(session_, section::Info, fax::FaxFiles, QString());
-    PutLocal(session_, section::Info, fax::FaxMessages, QString());
+    queue_ = Queue{};
+    ClearQueue(session_, QueueMode::Fax);
     close();
 }
 
@@ -146,7 +161,6 @@ void frmFax::cmdFax_Click()
         return;
     session_.traceCall(QStringLiteral("frmFax.cmdFax_Click"));
     const bool current = !session_.imageFilePath.isEmpty();
-    QString files = faxFiles_;
     bool withQueue = true;
     if (current && queuedFiles() > 0) {
         const Answer answer = session_.prompter().ask(
@@ -155,28 +169,26 @@ void frmFax::cmdFax_Click()
                            "'No' to only fax the current image, or 'Cancel' to end without faxing"),
             Buttons::YesNoCancel, Icon::Question);
         if (answer == Answer::Cancel) {
-            session_.annotate = GetLocalBool(session_, section::Info, QStringLiteral("Annotate"));
             close();
             return;
         }
         withQueue = answer == Answer::Yes;
     }
-    // The pages go out annotated as the box says, this time.
-    session_.annotate = ui_->chkAnnotate->isChecked();
     FaxRequest request;
     request.toName = ui_->txtTo->text();
     request.toCompany = ui_->txtComp->text();
     request.number = ui_->txtNo->text();
     request.fromName = ui_->txtFrom->text();
     request.message = ui_->txtMessage->toPlainText();
-    if (withQueue) {
-        const QStringList pairs = files.split(QLatin1Char(';'));
-        for (qsizetype i = 0; i + 1 < pairs.size(); i += 2)
-            request.pageFiles << pairs[i];
+    Queue job = withQueue ? queue_ : Queue{};
+    const MessageFields fields = messageFields();
+    if (const QString problem = CheckMessageFields(fields); current && !problem.isEmpty()) {
+        session_.prompter().tell(QStringLiteral("Fax Test Report"), problem, Icon::Exclamation);
+        return;
     }
     if (current)
-        request.pageFiles << session_.imageFilePath;
-    if (request.pageFiles.isEmpty()) {
+        AddFileAndMessage(job, session_.imageFilePath, ui_->txtPages->text(), fields);
+    if (job.isEmpty()) {
         session_.prompter().tell(QStringLiteral("Fax Test Report"),
                                  QStringLiteral("There is nothing to fax: no test report is open and the fax queue is empty."), Icon::Exclamation);
         return;
@@ -191,11 +203,23 @@ void frmFax::cmdFax_Click()
         session_.prompter().tell(QStringLiteral("Fax Test Report"), server.error(), Icon::Exclamation);
         return;
     }
-    const fax::Sender sender = fax::SenderSettings(FaxKeys(session_), session_.programDir);
     sending_ = true;
     for (QPushButton* b : {ui_->cmdFax, ui_->cmdQueue, ui_->cmdClear, ui_->cmdFind})
         b->setEnabled(false);
     setCursor(Qt::BusyCursor);
+    // The pages are prepared here, a page at a time with the window alive;
+    // the server is spoken to on a thread of its own.
+    ui_->txtStatus->setText(QStringLiteral("Preparing the pages..."));
+    auto pages = PrepareFaxPages(session_, job, ui_->chkAnnotate->isChecked(), [](const QString&) {
+        QCoreApplication::processEvents();
+        return true;
+    });
+    if (!pages) {
+        finishSend(pages.failure(), false, {});
+        return;
+    }
+    request.pageFiles = pages->files;
+    const fax::Sender sender = fax::SenderSettings(FaxKeys(session_), session_.programDir);
     ui_->txtStatus->setText(QStringLiteral("Handing the fax to the fax server..."));
     RunFaxTask(
         this,
@@ -203,33 +227,32 @@ void frmFax::cmdFax_Click()
             HylafaxClient engine(where);
             return SendFax(engine, request, sender, tempDir, today);
         },
-        [this, withQueue](IoResult<SentFax> result) { finishSend(result, withQueue); });
+        [this, withQueue, staged = *pages](IoResult<SentFax> result) { finishSend(result, withQueue, staged); });
 }
 
-void frmFax::finishSend(const IoResult<SentFax>& result, bool clearQueue)
+void frmFax::finishSend(const IoResult<SentFax>& result, bool clearQueue, const FaxPages& pages)
 {
     sending_ = false;
     unsetCursor();
+    // The job file holds the pages now (or nothing was sent).
+    if (pages.staged)
+        DeleteTempFiles(session_, pages.files.join(QLatin1Char('+')), QStringLiteral("+"));
     if (!result) {
         // The queue stays as it was; the person may try again.
         for (QPushButton* b : {ui_->cmdFax, ui_->cmdClear, ui_->cmdFind})
             b->setEnabled(true);
         ui_->cmdQueue->setEnabled(!session_.imageFilePath.isEmpty());
         ui_->txtStatus->setText(QueueLine(queuedFiles()));
-        session_.annotate = GetLocalBool(session_, section::Info, QStringLiteral("Annotate"));
         session_.prompter().tell(QStringLiteral("Fax Test Report"), result.error(), Icon::Exclamation);
         emit sent({}, result.error());
         return;
     }
     // The server has the job: the queue is taken over by it.
     if (clearQueue) {
-        faxFiles_.clear();
-        faxMessages_.clear();
-        PutLocal(session_, section::Info, fax::FaxFiles, QString());
-        PutLocal(session_, section::Info, fax::FaxMessages, QString());
+        queue_ = Queue{};
+        ClearQueue(session_, QueueMode::Fax);
     }
     saveAddress();
-    session_.annotate = GetLocalBool(session_, section::Info, QStringLiteral("Annotate"));
     ui_->txtStatus->setText(QStringLiteral("Fax job %1 is with the fax server (%2).").arg(result->jobId, result->jobFile));
     sentAt_.emplace();
     sentAt_->start();

@@ -18,8 +18,9 @@ namespace tarlox {
 class Session;
 
 // Fax Test Report: sends the image in hand and the fax queue as one fax job
-// with our cover page, or adds the image to the queue. The job goes to the
-// fax server off the interface thread; the queue is cleared only once the
+// with our cover page, or adds the image to the queue. The pages are
+// prepared here (stamp, message block, page lists); the job goes to the fax
+// server off the interface thread, and the queue is cleared only once the
 // server has taken the job.
 class frmFax : public QDialog {
     Q_OBJECT
@@ -56,12 +57,13 @@ protected:
 private:
     void Form_Load();
     void saveAddress();
-    void finishSend(const IoResult<SentFax>& result, bool clearQueue);
+    // txtComp and the message boxes, as the message block prints them.
+    MessageFields messageFields() const;
+    void finishSend(const IoResult<SentFax>& result, bool clearQueue, const FaxPages& pages);
 
     Session& session_;
     std::unique_ptr<Ui::frmFax> ui_;
-    QString faxFiles_;
-    QString faxMessages_;
+    Queue queue_;
     bool sending_ = false;
     bool validating_ = false;
     std::optional<QElapsedTimer> sentAt_;

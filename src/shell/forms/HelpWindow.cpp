@@ -126,7 +126,8 @@ HelpWindow::HelpWindow(QWidget* parent)
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setChildrenCollapsible(false);
-    tabs_->setMinimumWidth(fontMetrics().averageCharWidth() * 26);
+    // Wide enough for "Search" on its tab and the longest entries uncut.
+    tabs_->setMinimumWidth(fontMetrics().averageCharWidth() * 36);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -135,8 +136,8 @@ HelpWindow::HelpWindow(QWidget* parent)
     layout->addWidget(splitter, 1);
 
     const int em = fontMetrics().height();
-    resize(em * 52, em * 36);
-    splitter->setSizes({em * 14, em * 38});
+    resize(em * 60, em * 36);
+    splitter->setSizes({em * 20, em * 40});
     showTopic(QStringLiteral("index.html"));
 }
 

@@ -26,6 +26,7 @@
 #include <QMenuBar>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QHash>
 #include <QScreen>
 #include <QToolBar>
 
@@ -193,9 +194,18 @@ void mdiMain::createMenus()
             [this] { ShowHelpTopic(QStringLiteral("changes.html")); });
 }
 
+// The desktop's icon theme where it has one for the command, else our own.
+static QIcon ToolbarIcon(const QString& key, const QString& bundled)
+{
+    static const QHash<QString, QString> themeNames{{QStringLiteral("Scan"), QStringLiteral("scanner")}};
+    const QIcon own(QStringLiteral(":/icons/") + bundled);
+    const QString themed = themeNames.value(key);
+    return themed.isEmpty() ? own : QIcon::fromTheme(themed, own);
+}
+
 void mdiMain::addButton(const QString& key, const QString& toolTip, const QString& icon)
 {
-    QAction* command = new QAction(QIcon(QStringLiteral(":/icons/") + icon), key, this);
+    QAction* command = new QAction(ToolbarIcon(key, icon), key, this);
     command->setObjectName(key);
     command->setToolTip(toolTip);
     connect(command, &QAction::triggered, this, [this, key] { toolbarClick(key); });
