@@ -9,6 +9,7 @@
 #include "view/forms/ViewerCommands.h"
 #include "startup/CompactData.h"
 #include "base/ErrorReport.h"
+#include "base/forms/ChildMenus.h"
 #include "data/FormGeometry.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
@@ -324,8 +325,38 @@ void mdiMain::fitToolbar()
         resize(stripSize());
 }
 
+void mdiMain::mergeChildMenus()
+{
+    // The frame's own menus stand aside while a child's are shown, but for
+    // Window and Help, which belong to the frame.
+    auto* child = dynamic_cast<ChildMenus*>(activeForm());
+    const QList<QMenu*> wanted = child ? child->framedMenus() : QList<QMenu*>{};
+    const bool same = wanted.size() == mergedMenus_.size()
+        && std::equal(wanted.cbegin(), wanted.cend(), mergedMenus_.cbegin(), [](QMenu* a, const QPointer<QMenu>& b) { return a == b.data(); });
+    if (same)
+        return;
+    for (QMenu* menu : std::as_const(mergedMenus_))
+        if (menu)
+            menuBar()->removeAction(menu->menuAction());
+    mergedMenus_.clear();
+    QAction* windowMenu = nullptr;
+    const QList<QAction*> entries = menuBar()->actions();
+    for (QAction* entry : entries) {
+        const bool frames = entry->objectName() == QLatin1String("mnuWindow") || entry->objectName() == QLatin1String("mnuMainHelp");
+        if (entry->objectName() == QLatin1String("mnuWindow"))
+            windowMenu = entry;
+        if (!frames)
+            entry->setVisible(wanted.isEmpty());
+    }
+    for (QMenu* menu : wanted) {
+        menuBar()->insertAction(windowMenu, menu->menuAction());
+        mergedMenus_.append(menu);
+    }
+}
+
 void mdiMain::updateViewerButtons()
 {
+    mergeChildMenus();
     const bool viewer = dynamic_cast<ViewerCommands*>(activeForm()) != nullptr;
     for (const QString& key : ViewerKeys) {
         const Button& b = buttons_[key];
@@ -496,6 +527,8 @@ QWidget* mdiMain::openChild(const FormEntry& entry)
         form->setObjectName(entry.name);
     const bool designedSize = form->testAttribute(Qt::WA_Resized);
     const QSize designed = form->size();
+    if (auto* menus = dynamic_cast<ChildMenus*>(form))
+        menus->showOwnMenuBar(false);
     auto* window = new ChildWindow(form, entry.name);
     connect(window, &ChildWindow::unloading, this, &mdiMain::childUnloading);
     area_->addSubWindow(window);

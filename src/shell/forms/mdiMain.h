@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPointer>
 
 class QAction;
@@ -97,6 +98,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void mergeChildMenus();
     void restoreFramePlace();
     struct Button {
         QAction* command = nullptr;    // what a click does
@@ -140,6 +142,8 @@ private:
     Qt::WindowStates savedState_ = Qt::WindowNoState;
     bool stateSaved_ = false;
     bool closing_ = false;
+    // The active child's menus now on the frame's bar.
+    QList<QPointer<QMenu>> mergedMenus_;
 };
 
 }  // namespace tarlox

@@ -115,12 +115,19 @@ void PageView::render()
 {
     const ViewGeometry g = geometryNow();
     const quint64 version = document_ ? document_->pageVersion() : 0;
-    const bool same = version == renderedVersion_ && g.image == renderedGeometry_.image && g.window == renderedGeometry_.window
+    const bool same = version == renderedVersion_ && rendered_.devicePixelRatio() == devicePixelRatioF() && g.image == renderedGeometry_.image
+        && g.window == renderedGeometry_.window
         && g.zoomed == renderedGeometry_.zoomed && g.origin() == renderedGeometry_.origin() && g.scale() == renderedGeometry_.scale();
     if (same && !rendered_.isNull())
         return;
     static const QImage none;
-    rendered_ = RenderView(document_ ? document_->page() : none, g);
+    // Drawn in the screen's own pixels, so a page is as sharp at 200 % as at
+    // 100 %: the same view over a window of device pixels.
+    const qreal ratio = devicePixelRatioF();
+    ViewGeometry device = g;
+    device.window = (QSizeF(g.window) * ratio).toSize();
+    rendered_ = RenderView(document_ ? document_->page() : none, device);
+    rendered_.setDevicePixelRatio(ratio);
     renderedVersion_ = version;
     renderedGeometry_ = g;
 }

@@ -117,6 +117,21 @@ QAction* frmView::addAction(QMenu* menu, const QString& name, const QString& cap
     return action;
 }
 
+QList<QMenu*> frmView::framedMenus() const
+{
+    QList<QMenu*> menus;
+    const QList<QAction*> entries = menuBar_->actions();
+    for (QAction* entry : entries)
+        if (entry->menu() && entry->objectName() != QLatin1String("mnuWindow"))
+            menus.append(entry->menu());
+    return menus;
+}
+
+void frmView::showOwnMenuBar(bool shown)
+{
+    menuBar_->setVisible(shown);
+}
+
 void frmView::buildMenus()
 {
     const auto addMenu = [this](const QString& name, const QString& caption) {

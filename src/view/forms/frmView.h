@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/forms/ChildMenus.h"
 #include "view/forms/ViewerCommands.h"
 #include "view/PageDocument.h"
 
@@ -27,9 +28,12 @@ class Session;
 // editing. Drawing and saving happen in its PageDocument; the window shows
 // the page and forwards the person's gestures. Several viewers may be open
 // at once; each is a plain widget, ready to sit in the main window's MDI area.
-class frmView : public QWidget, public ViewerCommands, private ViewerHost {
+class frmView : public QWidget, public ViewerCommands, public ChildMenus, private ViewerHost {
     Q_OBJECT
 public:
+    // ChildMenus: every menu but Window joins the frame's bar.
+    QList<QMenu*> framedMenus() const override;
+    void showOwnMenuBar(bool shown) override;
     // Form_Load on the image in hand (session.imageFilePath), or in annotate
     // mode on a temporary output file.
     explicit frmView(Session& session, QWidget* parent = nullptr, bool annotateMode = false, const QString& annotateFile = {});

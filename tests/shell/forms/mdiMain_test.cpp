@@ -2,6 +2,7 @@
 #include "shell/forms/DropDownToolButton.h"
 #include "base/forms/FormLayout.h"
 #include "shell/forms/HelpWindow.h"
+#include "base/forms/ChildMenus.h"
 #include "view/forms/ViewerCommands.h"
 #include "shell/forms/mdiMain.h"
 #include "data/Settings.h"
@@ -79,9 +80,19 @@ protected:
     }
 };
 
-class TestViewer : public QWidget, public ViewerCommands {
+class TestViewer : public QWidget, public ViewerCommands, public ChildMenus {
 public:
-    TestViewer(Session&, mdiMain&) { resize(320, 240); }
+    TestViewer(Session&, mdiMain&)
+    {
+        resize(320, 240);
+        for (const char* name : {"viewerFile", "mnuWindow"}) {
+            QMenu* menu = bar.addMenu(QLatin1String(name));
+            menu->menuAction()->setObjectName(QLatin1String(name));
+        }
+    }
+    QList<QMenu*> framedMenus() const override { return {bar.actions().first()->menu()}; }
+    void showOwnMenuBar(bool shown) override { bar.setVisible(shown); }
+    QMenuBar bar{this};
     void RectangleCommand() override { calls << QStringLiteral("Rectangle"); }
     void StampCommand() override { calls << QStringLiteral("Stamp"); }
     void LineCommand() override { calls << QStringLiteral("Line"); }
@@ -305,7 +316,21 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
     stampProperties->trigger();
     EXPECT_EQ(frame->findChildren<QDialog*>().size(), 0);
 
+    // The viewer's menus stand in the frame's bar in place of the frame's own;
+    // Window and Help stay the frame's.
+    const auto shownMenus = [&] {
+        QStringList names;
+        for (QAction* entry : frame->menuBar()->actions())
+            if (entry->isVisible())
+                names << entry->objectName();
+        return names;
+    };
+    EXPECT_EQ(shownMenus(), (QStringList{QStringLiteral("viewerFile"), QStringLiteral("mnuWindow"), QStringLiteral("mnuMainHelp")}));
+    EXPECT_FALSE(first->bar.isVisibleTo(first));
+
     frame->ShowForm(QStringLiteral("frmScan"));
+    EXPECT_EQ(shownMenus().first(), QStringLiteral("mnuFile"));
+    EXPECT_FALSE(shownMenus().contains(QStringLiteral("viewerFile")));
     EXPECT_FALSE(frame->toolbarButton(QStringLiteral("Rectangle"))->isVisible());
     EXPECT_FALSE(frame->findChild<QAction*>(QStringLiteral("Rectangle"))->isEnabled());
 }
