@@ -60,6 +60,21 @@ QAction* frmFaxct::action(const QString& name) const
     return actions_.value(name);
 }
 
+QList<QMenu*> frmFaxct::framedMenus() const
+{
+    QList<QMenu*> menus;
+    for (QAction* entry : menuBar_->actions()) {
+        if (entry->menu() && entry->menu()->objectName() != QLatin1String("mnuWindow"))
+            menus.append(entry->menu());
+    }
+    return menus;
+}
+
+void frmFaxct::showOwnMenuBar(bool shown)
+{
+    menuBar_->setVisible(shown);
+}
+
 void frmFaxct::createMenus()
 {
     const auto add = [this](QMenu* menu, const QString& name, const QString& caption) {

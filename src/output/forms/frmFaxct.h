@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/forms/ChildMenus.h"
 #include "output/FaxControl.h"
 #include "output/FaxSettings.h"
 
@@ -28,9 +29,13 @@ class Session;
 // jobs, with delete, resend and a printed log. Every call to the server
 // runs off the interface thread; the list is read again every few seconds
 // while the form is open.
-class frmFaxct : public QWidget {
+class frmFaxct : public QWidget, public ChildMenus {
     Q_OBJECT
 public:
+    // ChildMenus: File and View join the frame's bar.
+    QList<QMenu*> framedMenus() const override;
+    void showOwnMenuBar(bool shown) override;
+
     explicit frmFaxct(Session& session, QWidget* parent = nullptr);
     ~frmFaxct() override;
 
