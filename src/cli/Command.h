@@ -72,6 +72,10 @@ std::unique_ptr<Command> makeBarcodeCommand();
 std::unique_ptr<Command> makeSeparatorCommand();
 std::unique_ptr<Command> makeMailCommand();
 std::unique_ptr<Command> makeContactsCommand();
+std::unique_ptr<Command> makeFaxCommand();
+std::unique_ptr<Command> makeFaxStatusCommand();
+std::unique_ptr<Command> makeFaxResendCommand();
+std::unique_ptr<Command> makeFaxRemoveCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

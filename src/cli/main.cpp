@@ -48,6 +48,10 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeSeparatorCommand());
     commands.push_back(makeMailCommand());
     commands.push_back(makeContactsCommand());
+    commands.push_back(makeFaxCommand());
+    commands.push_back(makeFaxStatusCommand());
+    commands.push_back(makeFaxResendCommand());
+    commands.push_back(makeFaxRemoveCommand());
     return commands;
 }
 
@@ -71,8 +75,8 @@ QString overview(const std::vector<std::unique_ptr<Command>>& commands)
         "usage: tarlox-cli [--ini FILE] [--trace=FILE] COMMAND [options] [arguments]\n"
         "       tarlox-cli help [COMMAND]   (or COMMAND --help)\n\ncommands:\n");
     for (const auto& command : commands)
-        text += QStringLiteral("  ") + command->name().leftJustified(10) + command->summary() + QLatin1Char('\n');
-    text += QStringLiteral("  ") + QStringLiteral("help").leftJustified(10) + QStringLiteral("this list, or the options of one command\n");
+        text += QStringLiteral("  ") + command->name().leftJustified(12) + command->summary() + QLatin1Char('\n');
+    text += QStringLiteral("  ") + QStringLiteral("help").leftJustified(12) + QStringLiteral("this list, or the options of one command\n");
     text += QStringLiteral("\noptions:\n") + OptionsHelp({IniOption, TraceOption, VersionOption, HelpOption()});
     return text + QStringLiteral(
                "\n\nexit codes:\n"

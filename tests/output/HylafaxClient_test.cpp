@@ -5,12 +5,11 @@
 #include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
+#include "support/FaxTestServer.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
-#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -24,69 +23,6 @@ using namespace tarlox::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString Script()
-{
-    return qEnvironmentVariable("TARLOX_SOURCE_DIR") + u"/tests/support/hylafax.sh"_s;
-}
-
-// One server for the whole program; started by the first test that needs it.
-struct Server {
-    QTemporaryDir dir;
-    quint16 port = 0;
-    QString skipReason;
-    bool started = false;
-
-    QString spool() const { return dir.path() + u"/spool"_s; }
-
-    bool start()
-    {
-        if (started)
-            return true;
-        if (geteuid() != 0) {
-            skipReason = u"the HylaFAX test server runs only as root (its daemons switch to uucp)"_s;
-            return false;
-        }
-        if (!QFile::exists(u"/usr/sbin/faxq"_s) || !QFile::exists(u"/usr/sbin/hfaxd"_s)) {
-            skipReason = u"hylafax-server is not installed (scripts/install-deps.sh)"_s;
-            return false;
-        }
-        chmod(QFile::encodeName(dir.path()).constData(), 0755);
-        QTcpServer probe;
-        probe.listen(QHostAddress(u"127.0.0.1"_s), 0);
-        port = probe.serverPort();
-        probe.close();
-        QProcess script;
-        script.start(u"bash"_s, {Script(), u"start"_s, dir.path(), QString::number(port)});
-        script.waitForFinished(60000);
-        if (script.exitCode() != 0) {
-            skipReason = u"the HylaFAX test server did not start: "_s + QString::fromLocal8Bit(script.readAll());
-            ADD_FAILURE() << skipReason.toStdString();
-            return false;
-        }
-        started = true;
-        return true;
-    }
-
-    ~Server()
-    {
-        if (started)
-            QProcess::execute(u"bash"_s, {Script(), u"stop"_s, dir.path()});
-    }
-
-    // The scheduler's file of a job: "name:value" lines.
-    QString queueFile(const QString& queue, const QString& id) const
-    {
-        QFile file(spool() + u'/' + queue + u"/q"_s + id);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-};
-
-Server& TheServer()
-{
-    static Server server;
-    return server;
-}
 
 QByteArray Bytes(const QString& path)
 {
@@ -141,8 +77,8 @@ class HylafaxTest : public FaxFiles {
 protected:
     void SetUp() override
     {
-        if (!TheServer().start())
-            GTEST_SKIP() << TheServer().skipReason.toStdString();
+        if (!FaxTestServer::Get())
+            GTEST_SKIP() << FaxTestServer::skipReason().toStdString();
         FaxFiles::SetUp();
     }
 
@@ -170,7 +106,7 @@ protected:
     HylafaxServer where() const
     {
         HylafaxServer server;
-        server.port = TheServer().port;
+        server.port = FaxTestServer::Get()->port();
         server.timeoutMs = 10000;
         return server;
     }
@@ -257,7 +193,7 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
     EXPECT_EQ(pending->maxTries, 3);
 
     // What the server holds: the number and both documents, cover first.
-    const QString queued = TheServer().queueFile(u"sendq"_s, *id);
+    const QString queued = FaxTestServer::Get()->queueFile(u"sendq"_s, *id);
     EXPECT_TRUE(queued.contains(u"\nnumber:5551234\n"_s)) << queued.toStdString();
     QStringList documents;
     for (const auto& line : queued.split(u'\n')) {
@@ -265,8 +201,8 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
             documents << line.section(u':', 3);
     }
     ASSERT_EQ(documents.size(), 2) << queued.toStdString();
-    EXPECT_EQ(Bytes(TheServer().spool() + u'/' + documents[0]), Bytes(cover));
-    EXPECT_EQ(Bytes(TheServer().spool() + u'/' + documents[1]), Bytes(report));
+    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + documents[0]), Bytes(cover));
+    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + documents[1]), Bytes(report));
 
     auto details = engine.job(*id);
     ASSERT_TRUE(details.ok()) << details.error().toStdString();
@@ -312,9 +248,9 @@ TEST_F(HylafaxTest, KeptJobFileIsSentAgainAndAPendingJobRemoved)
     ASSERT_TRUE(pending);
     EXPECT_EQ(pending->pages, 4);
     EXPECT_EQ(pending->number, u"5550000"_s);
-    const QString queued = TheServer().queueFile(u"sendq"_s, *id);
+    const QString queued = FaxTestServer::Get()->queueFile(u"sendq"_s, *id);
     const QString document = queued.section(u"\ntiff:"_s, 1).section(u'\n', 0, 0).section(u':', 2);
-    EXPECT_EQ(Bytes(TheServer().spool() + u'/' + document), Bytes(jobFile));
+    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + document), Bytes(jobFile));
     EXPECT_EQ(pending->tag, *copy);
 
     ASSERT_TRUE(engine.remove(*id).ok());
@@ -325,7 +261,7 @@ TEST_F(HylafaxTest, KeptJobFileIsSentAgainAndAPendingJobRemoved)
 TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
 {
     // A modem as hfaxd sees one: its configuration, status file and FIFO.
-    const QString spool = TheServer().spool();
+    const QString spool = FaxTestServer::Get()->spool();
     QFile config(spool + u"/etc/config.ttyS9"_s);
     ASSERT_TRUE(config.open(QIODevice::WriteOnly));
     config.write("FAXNumber: +1.555.0100\n");
@@ -355,10 +291,7 @@ TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
     EXPECT_FALSE(engine.alter(u"99999"_s, FaxJobChange{}).ok());
 
     HylafaxServer closed = where();
-    QTcpServer probe;
-    probe.listen(QHostAddress(u"127.0.0.1"_s), 0);
-    closed.port = probe.serverPort();
-    probe.close();
+    closed.port = ClosedPort();
     auto none = HylafaxClient(closed).listJobs(FaxState::Pending);
     EXPECT_FALSE(none.ok());
     EXPECT_TRUE(none.error().contains(u"can't connect"_s)) << none.error().toStdString();

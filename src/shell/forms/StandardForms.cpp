@@ -13,6 +13,8 @@
 #include "output/forms/frmContactFM.h"
 #include "output/forms/frmEmail.h"
 #include "output/forms/frmEtest.h"
+#include "output/forms/frmFax.h"
+#include "output/forms/frmFaxct.h"
 #include "output/forms/frmSelect.h"
 #include "data/Session.h"
 #include "search/FindQuery.h"
@@ -66,7 +68,8 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
 template <class Form> void wireSendForms(Form* form, mdiMain& frame)
 {
     const bool email = frame.forms().has(QStringLiteral("frmEmail"));
-    const bool fax = frame.forms().has(QStringLiteral("frmFax"));
+    // Fax follows the fax server's answer at start-up too.
+    const bool fax = frame.forms().has(QStringLiteral("frmFax")) && frame.faxAvailable();
     form->setSendForms(email, fax);
     QObject::connect(form, &Form::emailRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmEmail")); });
     QObject::connect(form, &Form::faxRequested, &frame, [&frame] { frame.ShowForm(QStringLiteral("frmFax")); });
@@ -98,6 +101,29 @@ template <class Form> void foundSetForm(FormRegistry& forms, const QString& name
     });
 }
 
+// A child's Window menu: "Cascade", "Horizontal", "Vertical", "Arrange", "Expand".
+void windowCommand(mdiMain& frame, const QString& name)
+{
+    if (name == QLatin1String("Cascade"))
+        frame.Arrange(mdiMain::Arrangement::Cascade);
+    else if (name == QLatin1String("Horizontal"))
+        frame.Arrange(mdiMain::Arrangement::TileHorizontal);
+    else if (name == QLatin1String("Vertical"))
+        frame.Arrange(mdiMain::Arrangement::TileVertical);
+    else if (name == QLatin1String("Arrange"))
+        frame.Arrange(mdiMain::Arrangement::Icons);
+    else if (name == QLatin1String("Expand"))
+        frame.WindowExpand();
+}
+
+// The contact form; closing it opens the form that called it again.
+frmContactFM* contactForm(const FormContext& c, const QString& mode)
+{
+    auto* contacts = new frmContactFM(c.session, mode, &c.frame);
+    QObject::connect(contacts, &frmContactFM::reopenRequested, &c.frame, [&frame = c.frame](const QString& form) { frame.ShowForm(form); });
+    return contacts;
+}
+
 template <class Form> void dialogOf(FormRegistry& forms, const QString& name)
 {
     forms.add(name, FormKind::Dialog, [](const FormContext& c) { return new Form(c.session, &c.frame); });
@@ -126,19 +152,13 @@ FormRegistry StandardForms()
         auto* viewer = new frmView(c.session, &c.frame);
         viewer->setPageSource(new ScannerPageSource(c.session, viewer));
         // The viewer's Window menu works on the frame.
-        QObject::connect(viewer, &frmView::windowCommand, &c.frame, [&frame = c.frame](const QString& name) {
-            if (name == QLatin1String("Cascade"))
-                frame.Arrange(mdiMain::Arrangement::Cascade);
-            else if (name == QLatin1String("Horizontal"))
-                frame.Arrange(mdiMain::Arrangement::TileHorizontal);
-            else if (name == QLatin1String("Vertical"))
-                frame.Arrange(mdiMain::Arrangement::TileVertical);
-            else if (name == QLatin1String("Arrange"))
-                frame.Arrange(mdiMain::Arrangement::Icons);
-            else if (name == QLatin1String("Expand"))
-                frame.WindowExpand();
-        });
+        QObject::connect(viewer, &frmView::windowCommand, &c.frame, [&frame = c.frame](const QString& name) { windowCommand(frame, name); });
         return viewer;
+    });
+    forms.add(QStringLiteral("frmFaxct"), FormKind::Child, [](const FormContext& c) {
+        auto* control = new frmFaxct(c.session, &c.frame);
+        QObject::connect(control, &frmFaxct::windowCommand, &c.frame, [&frame = c.frame](const QString& name) { windowCommand(frame, name); });
+        return control;
     });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmBatch"), FormKind::Child, [](const FormContext& c) { return new frmBatch(c.session, &c.frame); });
@@ -149,7 +169,34 @@ FormRegistry StandardForms()
     foundSetForm<frmDelete>(forms, QStringLiteral("frmDelete"));
     forms.add(QStringLiteral("frmImport"), FormKind::Child, [](const FormContext& c) { return new frmImport(c.session, &c.frame); });
     forms.add(QStringLiteral("frmImportTif"), FormKind::Child, [](const FormContext& c) { return new frmImportTif(c.session, &c.frame); });
-    dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
+    forms.add(QStringLiteral("frmInfo"), FormKind::Dialog, [](const FormContext& c) {
+        auto* info = new frmInfo(c.session, &c.frame);
+        // Test proves the e-mail settings on screen, saved or not.
+        QObject::connect(info, &frmInfo::emailTestRequested, info, [info, &session = c.session] {
+            auto* test = new frmEtest(session, info);
+            test->throughClient = [info] { return info->ui()->chkEmailClient->isChecked(); };
+            test->serverSettings = [info] { return info->emailSettingsOnScreen(); };
+            test->open();
+        });
+        return info;
+    });
+    forms.add(QStringLiteral("frmEtest"), FormKind::Dialog, [](const FormContext& c) { return new frmEtest(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmEmail"), FormKind::Dialog, [](const FormContext& c) {
+        auto* mail = new frmEmail(c.session, &c.frame);
+        QObject::connect(mail, &frmEmail::findRequested, &c.frame, [&frame = c.frame] { frame.ShowForm(QStringLiteral("frmContactFM")); });
+        return mail;
+    });
+    // The contact form of the e-mail form; the fax form's opens in fax mode.
+    forms.add(QStringLiteral("frmContactFM"), FormKind::Dialog, [](const FormContext& c) {
+        return contactForm(c, QStringLiteral("Email"));
+    });
+    forms.add(QStringLiteral("frmFax"), FormKind::Dialog, [](const FormContext& c) {
+        auto* fax = new frmFax(c.session, &c.frame);
+        QObject::connect(fax, &frmFax::findNameRequested, &c.frame, [&session = c.session, &frame = c.frame] {
+            contactForm(FormContext{session, frame}, QStringLiteral("Fax"))->show();
+        });
+        return fax;
+    });
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {
         auto* secure = new frmSecure(c.session, &c.frame);

@@ -12,6 +12,10 @@
 #include "base/TextTools.h"
 #include "store/SaneDeviceList.h"
 #include "ui_frmInfo.h"
+#include "data/Settings.h"
+#include "output/FaxSettings.h"
+#include "output/FaxTask.h"
+#include "output/forms/frmCoverPage.h"
 
 #include <QApplication>
 #include <QDir>
@@ -83,6 +87,7 @@ frmInfo::frmInfo(Session& session, QWidget* parent)
     for (QWidget* w : std::initializer_list<QWidget*>{ui_->cboDrvMap, ui_->txtTmpDir, ui_->txtDefaultPages, ui_->txtAuthorizationStamp,
                                                       ui_->txtFontSize, ui_->txtBright})
         w->installEventFilter(this);
+    ui_->txtFaxCvr->installEventFilter(this);
 
     LoadValues();
     EnableDisableAuthorizationControls();
@@ -100,8 +105,23 @@ void frmInfo::LoadValues()
     binder_->LoadFields();
     LoadPrinterCombo();
     LoadDrvMapCombo();
-    // Fax ports come from the fax component; the list stays empty without one.
+    // The fax server's modems, as the server lists them when it answers.
     ui_->lstFaxPort->clear();
+    if (auto server = fax::ServerSettings([this](const QString& key) { return GetLocal(session_, fax::Section, key); })) {
+        RunFaxTask(
+            this, [where = *server] { return HylafaxClient(where).devices(); },
+            [this](IoResult<QList<FaxDevice>> devices) {
+                ui_->lstFaxPort->clear();
+                if (!devices) {
+                    ui_->lstFaxPort->addItem(QStringLiteral("(no fax server: ") + devices.error() + QLatin1Char(')'));
+                    return;
+                }
+                for (const FaxDevice& device : *devices)
+                    ui_->lstFaxPort->addItem(device.name + QStringLiteral("  ") + device.number + QStringLiteral("  ") + device.status);
+                if (devices->isEmpty())
+                    ui_->lstFaxPort->addItem(QStringLiteral("(the fax server has no modem; jobs wait there)"));
+            });
+    }
     if (IntVal(ui_->txtFindRecs->text()) == 0)
         ui_->txtFindRecs->setText(QStringLiteral("100"));
     if (IntVal(ui_->txtFontSize->text()) == 0)
@@ -275,6 +295,10 @@ void frmInfo::txtBright_LostFocus()
 
 bool frmInfo::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == ui_->txtFaxCvr && event->type() == QEvent::MouseButtonDblClick) {
+        txtFaxCvr_DblClick();
+        return true;
+    }
     if (event->type() == QEvent::FocusOut && !validating_) {
         // Only a move to another control of this dialog validates; a box or
         // another window taking the focus does not.
@@ -297,6 +321,28 @@ bool frmInfo::eventFilter(QObject* watched, QEvent* event)
         }
     }
     return QDialog::eventFilter(watched, event);
+}
+
+void frmInfo::txtFaxCvr_DblClick()
+{
+    const QString packaged = fax::CoverPagePath(QString(), session_.programDir);
+    QString file = ui_->txtFaxCvr->text().trimmed();
+    if (file.isEmpty())
+        file = packaged;
+    if (QFileInfo(file) == QFileInfo(packaged)) {
+        session_.prompter().tell(QStringLiteral("Fax Cover Sheet"),
+                                 QStringLiteral("Warning: This is the package cover page") + QStringLiteral(" and may be overwritten with the next update!"),
+                                 Icon::Critical);
+    }
+    if (!QFileInfo::exists(file)) {
+        session_.prompter().tell(QStringLiteral("Fax Cover Sheet"),
+                                 QLatin1Char('\'') + file + QStringLiteral("' does not exist!") + QLatin1Char('\n') +
+                                     QStringLiteral("Create new file and select using browse function."),
+                                 Icon::Exclamation);
+        file.clear();
+    }
+    auto* editor = new frmCoverPage(file, this);
+    editor->open();
 }
 
 bool frmInfo::validateAll()

@@ -29,6 +29,8 @@ public:
     ~frmInfo() override;
 
     void LoadValues();
+    // The cover page editor on the field's file (or the program's tarlox.cpe).
+    void txtFaxCvr_DblClick();
     void Save();
     void CheckChange();
     void LoadPrinterCombo();

@@ -16,6 +16,8 @@
 #include "data/Settings.h"
 #include "startup/Startup.h"
 #include "store/SaneDevices.h"
+#include "output/FaxSettings.h"
+#include "output/FaxTask.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -401,8 +403,9 @@ void mdiMain::toolbarDropDown(const QString& key, const QString& dialog)
 void mdiMain::MDIForm_Load()
 {
     session_.traceCall(QStringLiteral("MDIForm_Load"));
-    // No fax component in this build yet: the fax command is not offered.
+    // Fax commands wait for the fax server's answer.
     faxAvailable_ = false;
+    CheckFaxDevices();
     ChildUnload(nullptr);
     restoreFramePlace();
     session_.machine.lastLogin = session_.now();
@@ -440,6 +443,29 @@ void mdiMain::scannerFound(bool present)
     UpdateUser(session_);
     MDIForm_Activate();
     emit scannerChecked(present);
+}
+
+void mdiMain::CheckFaxDevices()
+{
+    // "Check for fax devices". A server that answers takes jobs even without
+    // a modem (they wait there); one that does not answer offers no faxing.
+    auto server = fax::ServerSettings([this](const QString& key) { return GetLocal(session_, fax::Section, key); });
+    if (!server) {
+        faxDevicesFound(-1, server.error());
+        return;
+    }
+    RunFaxTask(
+        this, [where = *server] { return HylafaxClient(where).devices(); },
+        [this](IoResult<QList<FaxDevice>> devices) { faxDevicesFound(devices ? int(devices->size()) : -1, devices.error()); });
+}
+
+void mdiMain::faxDevicesFound(int devices, const QString& error)
+{
+    faxDeviceText_ = devices < 0 ? QStringLiteral("no fax server: ") + error : QString::number(devices) + QStringLiteral(" fax device(s) found");
+    session_.traceCall(QStringLiteral("MDIForm_Load"), {QStringLiteral("Check for fax devices"), faxDeviceText_});
+    faxAvailable_ = devices >= 0;
+    MDIForm_Activate();
+    emit faxChecked(faxAvailable_);
 }
 
 bool mdiMain::scannerPresent() const

@@ -78,6 +78,11 @@ public:
     QWidget* currentChild() const { return currentChild_; }
 
     bool faxAvailable() const { return faxAvailable_; }
+    // Asks the fax server for its modems, off the interface thread; the
+    // fax commands follow the answer (faxChecked tells when it came).
+    void CheckFaxDevices();
+    // " fax device(s) found" with the count, or why there is no fax server.
+    QString faxDeviceText() const { return faxDeviceText_; }
     void setFaxAvailable(bool available);
     bool scannerPresent() const;
 
@@ -86,6 +91,7 @@ public:
 
 signals:
     void scannerChecked(bool present);
+    void faxChecked(bool available);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -111,6 +117,7 @@ private:
     void updateViewerButtons();
     void fitToolbar();
     void scannerFound(bool present);
+    void faxDevicesFound(int devices, const QString& error);
     void repairDatabase();
     QWidget* openChild(const FormEntry& entry);
     QWidget* openDialog(const FormEntry& entry);
@@ -130,6 +137,7 @@ private:
     QPointer<HelpWindow> help_;
     QPointer<QWidget> currentChild_;
     bool faxAvailable_ = false;
+    QString faxDeviceText_;
     bool scannerKnown_ = false;
     Qt::WindowStates savedState_ = Qt::WindowNoState;
     bool stateSaved_ = false;

@@ -366,7 +366,7 @@ TEST_F(Settings, EveryTagNamesItsKey)
 {
     frmInfo screen(site.session());
     const QList<QWidget*> bound = screen.binder()->boundControls();
-    EXPECT_EQ(bound.size(), 64);
+    EXPECT_EQ(bound.size(), 66);
     for (QWidget* w : bound) {
         const QString tag = w->property("tag").toString();
         EXPECT_FALSE(GetTag(tag, QStringLiteral("Item")).isEmpty()) << w->objectName().toStdString();
@@ -379,4 +379,38 @@ TEST_F(Settings, EveryTagNamesItsKey)
         tabs << child<QTabWidget>(screen, "tabMain")->tabText(i);
     EXPECT_EQ(tabs, (QStringList{QStringLiteral("Scanning"), QStringLiteral("Output"), QStringLiteral("Faxing"), QStringLiteral("Email"),
                                  QStringLiteral("Custom"), QStringLiteral("RBQS")}));
+}
+
+// The cover page editor: the shipped page with its warning, a missing file
+// with its box and an empty editor, another file as it stands.
+TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
+{
+    const QString own = site.path(QStringLiteral("own.cpe"));
+    QFile file(own);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("! OUR FAX\n{to}\n");
+    file.close();
+    const struct {
+        QString field;
+        QString text;  // the box shown, or empty
+        bool empty;    // the editor starts without a file
+    } rows[] = {
+        {{}, QStringLiteral("Warning: This is the package cover page and may be overwritten with the next update!"), false},
+        {site.path(QStringLiteral("gone.cpe")),
+         QLatin1Char('\'') + site.path(QStringLiteral("gone.cpe")) + QStringLiteral("' does not exist!\nCreate new file and select using browse function."), true},
+        {own, {}, false},
+    };
+    for (const auto& row : rows) {
+        site.prompter().clear();
+        frmInfo screen(site.session());
+        child<QLineEdit>(screen, "txtFaxCvr")->setText(row.field);
+        screen.txtFaxCvr_DblClick();
+        EXPECT_EQ(site.prompter().textOf(QStringLiteral("Fax Cover Sheet")), row.text) << row.field.toStdString();
+        auto* editor = screen.findChild<QPlainTextEdit*>(QStringLiteral("txtTemplate"));
+        ASSERT_NE(editor, nullptr);
+        EXPECT_EQ(editor->toPlainText().isEmpty(), row.empty) << row.field.toStdString();
+        if (row.field == own) {
+            EXPECT_EQ(editor->toPlainText(), QStringLiteral("! OUR FAX\n{to}\n"));
+        }
+    }
 }

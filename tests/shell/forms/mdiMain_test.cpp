@@ -5,6 +5,9 @@
 #include "base/forms/ChildMenus.h"
 #include "view/forms/ViewerCommands.h"
 #include "shell/forms/mdiMain.h"
+#include "data/Settings.h"
+#include "output/FaxSettings.h"
+#include "support/FaxTestServer.h"
 #include "data/FormGeometry.h"
 #include "base/IniFile.h"
 #include "support/TestSite.h"
@@ -480,6 +483,34 @@ TEST_F(FrameScanner, LoadRecordsLoginAndThatNoScannerIsThere)
     EXPECT_LE(qAbs(site.session().machine.lastLogin.secsTo(login)), 1);
 }
 
+// Fax is offered where a fax server answers, with or without a modem.
+TEST(FrameFax, FaxCommandFollowsTheFaxServersAnswer)
+{
+    FaxTestServer* server = FaxTestServer::Get();
+    if (!server)
+        GTEST_SKIP() << FaxTestServer::skipReason().toStdString();
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    FormRegistry forms = testForms();
+    forms.child<TestForm>(QStringLiteral("frmFaxct"));
+    const struct {
+        QString address;
+        bool offered;
+        const char* text;
+    } rows[] = {{QStringLiteral("127.0.0.1:%1").arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
+    for (const auto& row : rows) {
+        PutLocal(site.session(), fax::Section, fax::FaxServer, row.address);
+        mdiMain frame(site.session(), forms);
+        QSignalSpy checked(&frame, &mdiMain::faxChecked);
+        frame.MDIForm_Load();
+        ASSERT_TRUE(checked.wait(20000));
+        EXPECT_EQ(frame.faxAvailable(), row.offered);
+        EXPECT_EQ(frame.menuEntry(QStringLiteral("mnuFax"))->isEnabled(), row.offered);
+        EXPECT_EQ(frame.toolbarButton(QStringLiteral("Fax"))->isVisible(), row.offered);
+        EXPECT_TRUE(frame.faxDeviceText().startsWith(QLatin1String(row.text))) << frame.faxDeviceText().toStdString();
+    }
+}
+
 TEST(FrameServer, RepairIsNotOfferedForTheServerDatabase)
 {
     TestSite site(Engine::Postgres);
@@ -497,7 +528,7 @@ TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
     for (const HelpTopic& t : book.contents())
         if (t.level == 0)
             chapters << t.title;
-    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Scanning"), QStringLiteral("Adding documents in batch"), QStringLiteral("Barcoded Reports"), QStringLiteral("Finding test reports"), QStringLiteral("Viewing"), QStringLiteral("Printing and Sending"), QStringLiteral("Annotating"), QStringLiteral("Exchanging reports"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
+    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Scanning"), QStringLiteral("Adding documents in batch"), QStringLiteral("Barcoded Reports"), QStringLiteral("Finding test reports"), QStringLiteral("Viewing"), QStringLiteral("Printing and Sending"), QStringLiteral("Annotating"), QStringLiteral("Exchanging reports"), QStringLiteral("Faxing"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
     EXPECT_TRUE(book.brokenLinks().isEmpty()) << book.brokenLinks().join(QLatin1Char('\n')).toStdString();
 
     const auto indexHas = [&](const QString& keyword, const QString& url) {
