@@ -60,6 +60,9 @@ std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
+std::unique_ptr<Command> makeListCommand();
+std::unique_ptr<Command> makeAsciiCommand();
+std::unique_ptr<Command> makeUpdateCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

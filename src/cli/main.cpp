@@ -32,6 +32,9 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeListCommand());
+    commands.push_back(makeAsciiCommand());
+    commands.push_back(makeUpdateCommand());
     return commands;
 }
 
