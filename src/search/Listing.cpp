@@ -8,6 +8,7 @@
 
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QPagedPaintDevice>
 #include <QPdfWriter>
 #include <QSaveFile>
 #include <QSqlQuery>
@@ -290,19 +291,20 @@ std::optional<ListingPage> ListingPager::page(int number)
 {
     if (number < 1 || (lastPage_ > 0 && number > lastPage_))
         return std::nullopt;
-    // From the nearest start known before it, one page's rows at a time.
+    // From the nearest page start known.
     const int from = std::min<int>(number, static_cast<int>(starts_.size()));
     state_ = starts_[from - 1];
     nextNumber_ = from;
     streaming_ = false;
+    // One page: a read of at most a page of rows, which the server starts
+    // at once; several: one read through all of them.
+    openRows(number > from ? -1 : linesPerPage_ + 1);
+    if (rows_->failed()) {
+        error_ = rows_->error();
+        return std::nullopt;
+    }
     std::optional<ListingPage> result;
     while (nextNumber_ <= number) {
-        // Each page reads from its own start, at most a page of rows.
-        openRows(linesPerPage_ + 1);
-        if (rows_->failed()) {
-            error_ = rows_->error();
-            return std::nullopt;
-        }
         ListingPage p;
         p.number = nextNumber_;
         if (!fill(p))
@@ -439,7 +441,7 @@ void PaintListingPage(QPainter& p, const ListingLayout& layout, const QString& t
                                        : QStringLiteral("Items entered for - ") + line.value;
             p.drawText(QRectF(Margin + 20, y, right - Margin - 80, LineHeight), Qt::AlignLeft | Qt::AlignVCenter, text);
             p.drawText(QRectF(right - 60, y, 60, LineHeight), Qt::AlignRight | Qt::AlignVCenter, QString::number(line.count));
-            p.drawLine(QPointF(right - 200, y), QPointF(right, y));
+            p.drawLine(QPointF(right - 60, y + 1), QPointF(right, y + 1));
             break;
         }
         }
@@ -472,42 +474,65 @@ QString ListingPageText(const QString& title, const ListingTitles& titles, const
     return text;
 }
 
+ListingLayout ListingLayout::of(const QPagedPaintDevice& device)
+{
+    const QRectF page = device.pageLayout().fullRect(QPageLayout::Point);
+    return page.isEmpty() ? ListingLayout{} : ListingLayout{page.width(), page.height()};
+}
+
+QString PaintListing(Session& session, const ListingRequest& request, QPagedPaintDevice& device, const std::function<bool(int)>& progress)
+{
+    const ListingLayout layout = ListingLayout::of(device);
+    const ListingTitles titles = ReadListingTitles(session);
+    const QString title = ListingTitle(request.sort, titles);
+    ListingPager pager(session, request, layout.linesPerPage());
+    QPainter painter;
+    int count = 0;
+    while (auto page = pager.nextPage()) {
+        if (count == 0 ? !painter.begin(&device) : !device.newPage())
+            return QStringLiteral("The pages could not be written.");
+        PaintListingPage(painter, layout, title, titles, *page);
+        ++count;
+        if (progress && !progress(count)) {
+            painter.end();
+            return QStringLiteral("Cancelled.");
+        }
+    }
+    if (!pager.error().isEmpty())
+        return pager.error();
+    if (count == 0) {
+        // Nothing selected: one page with the headings and the total.
+        if (!painter.begin(&device))
+            return QStringLiteral("The pages could not be written.");
+        PaintListingPage(painter, layout, title, titles, ListingPage{1, {ListingLine{ListingLine::Kind::Total, {}, {}, 0}}});
+        count = 1;
+    }
+    painter.end();
+    if (progress)
+        progress(-count);
+    return {};
+}
+
 QString WriteListingPdf(Session& session, const ListingRequest& request, const QString& path, qint64* pages)
 {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return QStringLiteral("Can't write %1: %2").arg(path, file.errorString());
-    const ListingLayout layout;
-    const ListingTitles titles = ReadListingTitles(session);
-    const QString title = ListingTitle(request.sort, titles);
-    ListingPager pager(session, request, layout.linesPerPage());
     QPdfWriter writer(&file);
     writer.setPageSize(QPageSize(QPageSize::Letter));
     writer.setPageMargins(QMarginsF(0, 0, 0, 0));
     writer.setResolution(300);
-    writer.setTitle(title);
+    writer.setTitle(ListingTitle(request.sort, ReadListingTitles(session)));
     writer.setCreator(QStringLiteral("Tarlox"));
-    QPainter painter;
     qint64 count = 0;
-    while (auto page = pager.nextPage()) {
-        if (count == 0 ? !painter.begin(&writer) : !writer.newPage())
-            return QStringLiteral("Can't write %1").arg(path);
-        PaintListingPage(painter, layout, title, titles, *page);
-        ++count;
-    }
-    if (!pager.error().isEmpty()) {
-        if (painter.isActive())
-            painter.end();
+    const QString error = PaintListing(session, request, writer, [&count](int page) {
+        count = std::abs(page);
+        return true;
+    });
+    if (!error.isEmpty()) {
         file.cancelWriting();
-        return pager.error();
+        return error;
     }
-    if (count == 0) {
-        // Nothing selected: one page with the headings and the total.
-        painter.begin(&writer);
-        PaintListingPage(painter, layout, title, titles, ListingPage{1, {ListingLine{ListingLine::Kind::Total, {}, {}, 0}}});
-        count = 1;
-    }
-    painter.end();
     if (!file.commit())
         return QStringLiteral("Can't write %1: %2").arg(path, file.errorString());
     if (pages)

@@ -7,10 +7,12 @@
 #include <QString>
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
+class QPagedPaintDevice;
 class QPainter;
 class QSqlQuery;
 
@@ -169,6 +171,8 @@ struct ListingLayout {
     qreal width = 612;
     qreal height = 792;
     int linesPerPage() const;
+    // The device's page, portrait or landscape as it is set.
+    static ListingLayout of(const QPagedPaintDevice& device);
 };
 
 // Paints one page; the painter's window is set to the page in points, so
@@ -178,6 +182,12 @@ void PaintListingPage(QPainter& painter, const ListingLayout& layout, const QStr
 
 // One page as plain text: title and page number, headings, lines.
 QString ListingPageText(const QString& title, const ListingTitles& titles, const ListingPage& page);
+
+// The whole listing painted on device, page after page, read as it goes.
+// progress gets each page's number after it is painted (false cancels) and
+// at the end minus the count of pages. Empty on success, else why not.
+QString PaintListing(Session& session, const ListingRequest& request, QPagedPaintDevice& device,
+                     const std::function<bool(int)>& progress = {});
 
 // The listing written as PDF, streamed page by page into a work file beside
 // path and put in place at the end. Empty on success, else why not.

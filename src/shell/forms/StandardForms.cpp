@@ -4,7 +4,10 @@
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "output/forms/frmSelect.h"
+#include "search/forms/frmAscii.h"
 #include "search/forms/frmFind.h"
+#include "search/forms/frmList.h"
+#include "search/forms/frmUpdate.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
 #include "shell/forms/frmSecure.h"
@@ -63,6 +66,9 @@ FormRegistry StandardForms()
         });
         return viewer;
     });
+    forms.add(QStringLiteral("frmList"), FormKind::Child, [](const FormContext& c) { return new frmList(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmAscii"), FormKind::Child, [](const FormContext& c) { return new frmAscii(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmUpdate"), FormKind::Child, [](const FormContext& c) { return new frmUpdate(c.session, &c.frame); });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmRescn"), FormKind::Child, [](const FormContext& c) { return new frmRescn(c.session, &c.frame); });
     dialogOf<frmInfo>(forms, QStringLiteral("frmInfo"));
