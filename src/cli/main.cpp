@@ -5,6 +5,9 @@
 #include "startup/Startup.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
+
+#include <memory>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -76,9 +79,32 @@ int unknownCommand(const QString& name)
 
 }  // namespace
 
+// Whether the command on the line is "list", the one that paints pages:
+// the first argument that is neither a global option nor its value.
+bool paintsPages(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray a(argv[i]);
+        if (a == "--ini" || a == "--trace")
+            ++i;
+        else if (!a.startsWith('-') && !a.startsWith("/d="))
+            return a == "list";
+    }
+    return false;
+}
+
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // The listing is painted (fonts, PDF): for it a GUI application without a screen.
+    std::unique_ptr<QCoreApplication> application;
+    if (paintsPages(argc, argv)) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", QByteArrayLiteral("offscreen"));
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    QCoreApplication& app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 
