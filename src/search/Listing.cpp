@@ -411,12 +411,17 @@ void PaintListingPage(QPainter& p, const ListingLayout& layout, const QString& t
     p.drawText(QRectF(Margin, Margin, right - Margin, 20), Qt::AlignRight | Qt::AlignVCenter,
                QStringLiteral("Page: %1").arg(page.number));
     const QList<Column> columns = columnsFor(layout.width);
+    // Text by its baseline: far cheaper than laying it out in a box, and
+    // pages of a long listing are mostly text.
+    const auto baseline = [](qreal y) { return y + LineHeight - 3; };
     const auto row = [&](qreal y, const QStringList& texts) {
         const QFontMetricsF metrics(p.font());
+        const qreal widest = metrics.maxWidth();
         for (int i = 0; i < columns.size() && i < texts.size(); ++i) {
             const Column& c = columns[i];
-            p.drawText(QRectF(c.x, y, c.width - 4, LineHeight), Qt::AlignLeft | Qt::AlignVCenter,
-                       metrics.elidedText(texts[i], Qt::ElideRight, c.width - 4));
+            const qreal room = c.width - 4;
+            const QString& text = texts[i];
+            p.drawText(QPointF(c.x, baseline(y)), text.size() * widest <= room ? text : metrics.elidedText(text, Qt::ElideRight, room));
         }
     };
     p.setFont(listingFont(9, true));
@@ -431,16 +436,15 @@ void PaintListingPage(QPainter& p, const ListingLayout& layout, const QString& t
             break;
         case ListingLine::Kind::GroupHead:
             p.setFont(listingFont(9, true));
-            p.drawText(QRectF(Margin, y, right - Margin, LineHeight), Qt::AlignLeft | Qt::AlignVCenter, line.value);
+            p.drawText(QPointF(Margin, baseline(y)), line.value);
             break;
         case ListingLine::Kind::GroupFoot:
         case ListingLine::Kind::Total: {
             const bool total = line.kind == ListingLine::Kind::Total;
             p.setFont(listingFont(9, true));
-            const QString text = total ? QStringLiteral("Totals Items Entered :")
-                                       : QStringLiteral("Items entered for - ") + line.value;
-            p.drawText(QRectF(Margin + 20, y, right - Margin - 80, LineHeight), Qt::AlignLeft | Qt::AlignVCenter, text);
-            p.drawText(QRectF(right - 60, y, 60, LineHeight), Qt::AlignRight | Qt::AlignVCenter, QString::number(line.count));
+            p.drawText(QPointF(Margin + 20, baseline(y)), total ? QStringLiteral("Totals Items Entered :") : QStringLiteral("Items entered for - ") + line.value);
+            const QString count = QString::number(line.count);
+            p.drawText(QPointF(right - QFontMetricsF(p.font()).horizontalAdvance(count), baseline(y)), count);
             p.drawLine(QPointF(right - 60, y + 1), QPointF(right, y + 1));
             break;
         }

@@ -10,7 +10,6 @@
 #include "store/TagText.h"
 
 #include <QFile>
-#include <QSet>
 
 namespace tarlox {
 
@@ -140,26 +139,6 @@ IoResult<QList<UpdatePair>> ReadUpdatePairs(const QString& path)
         pairs << UpdatePair{std::move(oldValue).value(), std::move(newValue).value()};
     }
     return pairs;
-}
-
-std::optional<QList<qint32>> ImagesOfPairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs)
-{
-    DataOp op(session, QStringLiteral("ImagesOfPairs"), {UpdateColumn(field)});
-    QSet<qint32> seen;
-    QList<qint32> images;
-    for (const UpdatePair& pair : pairs) {
-        auto rows = op.exec(QStringLiteral("SELECT DISTINCT %1 ").arg(q("Image #")) + infoWhere(field), {pair.oldValue});
-        if (!rows)
-            return std::nullopt;
-        while (rows->next()) {
-            const qint32 image = rows->value(0).toInt();
-            if (!seen.contains(image)) {
-                seen.insert(image);
-                images << image;
-            }
-        }
-    }
-    return images;
 }
 
 }  // namespace tarlox

@@ -59,8 +59,4 @@ UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<Updat
 // Windows-1252 for files that aren't. A failure names the pair at fault.
 IoResult<QList<UpdatePair>> ReadUpdatePairs(const QString& path);
 
-// The image numbers whose references hold one of the old values: the files
-// whose index tags an update leaves behind.
-std::optional<QList<qint32>> ImagesOfPairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs);
-
 }  // namespace tarlox

@@ -44,8 +44,6 @@ frmUpdate::frmUpdate(Session& session, QWidget* parent) : QWidget(parent), sessi
         ui->grdInput->setColumnWidth(c, TwipsToPixels(width > 0 ? width : DefaultWidths[c]));
     }
     ui->grdInput->horizontalHeader()->setStretchLastSection(true);
-    // The file tags are not rewritten by this version.
-    ui->chkTags->hide();
     ClearGrid();
 
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmUpdate::cmdAdd_Click);
