@@ -76,6 +76,9 @@ std::unique_ptr<Command> makeFaxCommand();
 std::unique_ptr<Command> makeFaxStatusCommand();
 std::unique_ptr<Command> makeFaxResendCommand();
 std::unique_ptr<Command> makeFaxRemoveCommand();
+std::unique_ptr<Command> makeListCommand();
+std::unique_ptr<Command> makeAsciiCommand();
+std::unique_ptr<Command> makeUpdateCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -52,6 +53,9 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeFaxStatusCommand());
     commands.push_back(makeFaxResendCommand());
     commands.push_back(makeFaxRemoveCommand());
+    commands.push_back(makeListCommand());
+    commands.push_back(makeAsciiCommand());
+    commands.push_back(makeUpdateCommand());
     return commands;
 }
 
@@ -92,6 +96,7 @@ int unknownCommand(const QString& name)
 }
 
 }  // namespace
+
 
 int main(int argc, char** argv)
 {

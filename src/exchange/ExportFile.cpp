@@ -1,6 +1,7 @@
 #include "exchange/ExportFile.h"
 
-#include "exchange/ReadField.h"
+#include "base/ReadField.h"
+#include "store/TagText.h"
 #include "store/DurableWrite.h"
 
 #include <QFile>
@@ -273,6 +274,22 @@ std::optional<ExportFileReader::Entry> ExportFileReader::next()
         image.infos << ExportedInfo{f[2], f[3], f[4], f[5], f[6], run[r].date};
     }
     return image;
+}
+
+QString DecodeExchangeText(const QByteArray& bytes)
+{
+    QString text;
+    text.reserve(bytes.size());
+    qsizetype start = 0;
+    while (start < bytes.size()) {
+        qsizetype end = bytes.indexOf('\n', start);
+        end = end < 0 ? bytes.size() : end + 1;
+        text += DecodeTagText(bytes.mid(start, end - start));
+        start = end;
+    }
+    if (text.startsWith(QChar(0xFEFF)))  // byte order mark of editors that add one
+        text.remove(0, 1);
+    return text;
 }
 
 }  // namespace tarlox

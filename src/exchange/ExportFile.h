@@ -103,4 +103,8 @@ private:
     qsizetype index_ = 0;
 };
 
+// Text of an exchange file. The program writes UTF-8; older installations
+// wrote Windows-1252, so each line that is not valid UTF-8 is read as that.
+QString DecodeExchangeText(const QByteArray& bytes);
+
 }  // namespace tarlox

@@ -26,7 +26,10 @@
 
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include "search/forms/frmAscii.h"
 #include "search/forms/frmFind.h"
+#include "search/forms/frmList.h"
+#include "search/forms/frmUpdate.h"
 #include "shell/forms/frmAbout.h"
 #include "shell/forms/frmInfo.h"
 #include "shell/forms/frmSecure.h"
@@ -160,6 +163,9 @@ FormRegistry StandardForms()
         QObject::connect(control, &frmFaxct::windowCommand, &c.frame, [&frame = c.frame](const QString& name) { windowCommand(frame, name); });
         return control;
     });
+    forms.add(QStringLiteral("frmList"), FormKind::Child, [](const FormContext& c) { return new frmList(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmAscii"), FormKind::Child, [](const FormContext& c) { return new frmAscii(c.session, &c.frame); });
+    forms.add(QStringLiteral("frmUpdate"), FormKind::Child, [](const FormContext& c) { return new frmUpdate(c.session, &c.frame); });
     forms.add(QStringLiteral("frmScan"), FormKind::Child, [](const FormContext& c) { return new frmScan(c.session, &c.frame); });
     forms.add(QStringLiteral("frmBatch"), FormKind::Child, [](const FormContext& c) { return new frmBatch(c.session, &c.frame); });
     forms.add(QStringLiteral("frmBarcode"), FormKind::Child, [](const FormContext& c) { return new frmBarcode(c.session, &c.frame); });

@@ -1,6 +1,4 @@
-#include "exchange/ReadField.h"
-
-#include "store/TagText.h"
+#include "base/ReadField.h"
 
 namespace tarlox {
 
@@ -53,22 +51,6 @@ IoResult<QStringList> ReadFields(QStringView line)
         fields << std::move(field).value();
     }
     return fields;
-}
-
-QString DecodeExchangeText(const QByteArray& bytes)
-{
-    QString text;
-    text.reserve(bytes.size());
-    qsizetype start = 0;
-    while (start < bytes.size()) {
-        qsizetype end = bytes.indexOf('\n', start);
-        end = end < 0 ? bytes.size() : end + 1;
-        text += DecodeTagText(bytes.mid(start, end - start));
-        start = end;
-    }
-    if (text.startsWith(QChar(0xFEFF)))  // byte order mark of editors that add one
-        text.remove(0, 1);
-    return text;
 }
 
 }  // namespace tarlox

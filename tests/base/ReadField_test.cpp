@@ -1,4 +1,4 @@
-#include "exchange/ReadField.h"
+#include "base/ReadField.h"
 
 #include <gtest/gtest.h>
 

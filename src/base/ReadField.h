@@ -2,7 +2,6 @@
 
 #include "base/IoResult.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -27,9 +26,5 @@ IoResult<QString> ReadField(QStringView text, qsizetype& position);
 
 // The fields of one line, given without its line end.
 IoResult<QStringList> ReadFields(QStringView line);
-
-// Text of an exchange file. The program writes UTF-8; older installations
-// wrote Windows-1252, so each line that is not valid UTF-8 is read as that.
-QString DecodeExchangeText(const QByteArray& bytes);
 
 }  // namespace tarlox

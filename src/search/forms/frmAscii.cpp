@@ -1,0 +1,100 @@
+#include "search/forms/frmAscii.h"
+
+#include "ui_frmAscii.h"
+
+#include "base/ErrorReport.h"
+#include "base/Prompter.h"
+#include "base/TextTools.h"
+#include "base/forms/FormLayout.h"
+#include "data/Session.h"
+#include "data/Settings.h"
+#include "search/Listing.h"
+
+#include <QFileDialog>
+#include <QFocusEvent>
+#include <QTimer>
+
+namespace tarlox {
+
+namespace {
+const QString AsciiName = QStringLiteral("AsciiName");
+}
+
+frmAscii::frmAscii(Session& session, QWidget* parent) : QWidget(parent), session_(session), ui(std::make_unique<Ui::frmAscii>())
+{
+    session_.traceCall(QStringLiteral("frmAscii.Form_Load"));
+    ui->setupUi(this);
+    ui->txtName->setText(GetLocal(session_, section::Info, AsciiName));
+    for (QLineEdit* box : {ui->txtFrom, ui->txtTo})
+        box->installEventFilter(this);
+    connect(ui->cmdFileName, &QPushButton::clicked, this, &frmAscii::cmdFileName_Click);
+    connect(ui->cmdPrint, &QPushButton::clicked, this, &frmAscii::cmdPrint_Click);
+    connect(ui->cmdCancel, &QPushButton::clicked, this, [this] { FormWindowOf(this)->close(); });
+}
+
+frmAscii::~frmAscii() = default;
+
+void frmAscii::cmdFileName_Click()
+{
+    const QString path = QFileDialog::getSaveFileName(this, QString(), ui->txtName->text(),
+                                                      QStringLiteral("All Files (*.*);;Text Files (*.txt)"), nullptr,
+                                                      QFileDialog::DontConfirmOverwrite);
+    if (!path.isEmpty())
+        ui->txtName->setText(path);
+}
+
+void frmAscii::cmdPrint_Click()
+{
+    session_.traceCall(QStringLiteral("frmAscii.cmdPrint_Click"));
+    if (CheckDate(ui->txtFrom) || CheckDate(ui->txtTo))
+        return;
+    const QString path = ui->txtName->text().trimmed();
+    PutLocal(session_, section::Info, AsciiName, path);
+    if (path.isEmpty()) {
+        session_.prompter().ask(ProgramTitle(), QStringLiteral("Enter the name of the file to write."), Buttons::Ok, Icon::None);
+        ui->txtName->setFocus();
+        return;
+    }
+    ListingRequest request;
+    request.fromDate = ui->txtFrom->text();
+    request.toDate = ui->txtTo->text();
+    qint64 rows = 0;
+    session_.prompter().setBusy(true);
+    const QString error = WriteListingCsv(session_, request, path, &rows);
+    session_.prompter().setBusy(false);
+    if (!error.isEmpty())
+        session_.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
+    else
+        session_.prompter().ask(ProgramTitle(), QStringLiteral("%1 references written to %2").arg(rows).arg(path), Buttons::Ok, Icon::Information);
+}
+
+int frmAscii::CheckDate(QLineEdit* box)
+{
+    const QString text = box->text().trimmed();
+    if (text.isEmpty() || ParseDate(text))
+        return 0;
+    checkingDate_ = true;
+    session_.prompter().ask(ProgramTitle(), QStringLiteral("Invalid Date"), Buttons::Ok, Icon::None);
+    checkingDate_ = false;
+    box->setFocus();
+    return 1;
+}
+
+bool frmAscii::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* box = qobject_cast<QLineEdit*>(watched);
+    if (box && event->type() == QEvent::FocusIn) {
+        QTimer::singleShot(0, box, [box] { box->selectAll(); });
+    } else if (box && event->type() == QEvent::FocusOut && !checkingDate_) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+            QString text = box->text();
+            if (VerifyDate(text) != box->text())
+                box->setText(text);
+            CheckDate(box);
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace tarlox

@@ -1,0 +1,129 @@
+#include "search/forms/frmList.h"
+
+#include "ui_frmList.h"
+
+#include "base/ErrorReport.h"
+#include "base/Prompter.h"
+#include "base/TextTools.h"
+#include "base/forms/FormLayout.h"
+#include "data/Session.h"
+#include "search/forms/ListingPreview.h"
+
+#include <QApplication>
+#include <QFocusEvent>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QProgressDialog>
+#include <QTimer>
+
+namespace tarlox {
+
+frmList::frmList(Session& session, QWidget* parent) : QWidget(parent), session_(session), ui(std::make_unique<Ui::frmList>())
+{
+    session_.traceCall(QStringLiteral("frmList.Form_Load"));
+    ui->setupUi(this);
+    ui->optDate->setChecked(true);
+    const QString today = session_.now().date().toString(QStringLiteral("M/d/yyyy"));
+    ui->txtFromDate->setText(today);
+    ui->txtToDate->setText(today);
+    // The site's short words for three of the fields.
+    const std::tuple<const QString&, QLabel*, QRadioButton*> words[] = {
+        {session_.poShort, ui->lblPO, ui->optPO}, {session_.vendShort, ui->lblVend, ui->optVend}, {session_.mfgShort, ui->lblMfg, ui->optMfg}};
+    for (const auto& [word, label, option] : words) {
+        if (word.trimmed().isEmpty())
+            continue;
+        label->setText(word + QLatin1Char(':'));
+        option->setText(word + QLatin1Char(':'));
+    }
+    for (QLineEdit* box : findChildren<QLineEdit*>())
+        box->installEventFilter(this);
+    connect(ui->cmdPrint, &QPushButton::clicked, this, &frmList::cmdPrint_Click);
+    connect(ui->cmdEnd, &QPushButton::clicked, this, [this] { FormWindowOf(this)->close(); });
+}
+
+frmList::~frmList() = default;
+
+ListingRequest frmList::request() const
+{
+    ListingRequest r;
+    const std::pair<QRadioButton*, ListingSort> sorts[] = {{ui->optHeat, ListingSort::Heat}, {ui->optPart, ListingSort::Part},
+                                                           {ui->optPO, ListingSort::PO},     {ui->optVend, ListingSort::Vend},
+                                                           {ui->optMfg, ListingSort::Mfg},   {ui->optDate, ListingSort::Date}};
+    for (const auto& [option, sort] : sorts) {
+        if (option->isChecked()) {
+            r.sort = sort;
+            break;
+        }
+    }
+    r.heat = {ui->txtFromHeat->text(), ui->txtToHeat->text()};
+    r.part = {ui->txtFromPart->text(), ui->txtToPart->text()};
+    r.po = {ui->txtFromPO->text(), ui->txtToPO->text()};
+    r.vend = {ui->txtFromVend->text(), ui->txtToVend->text()};
+    r.mfg = {ui->txtFromMfg->text(), ui->txtToMfg->text()};
+    r.fromDate = ui->txtFromDate->text();
+    r.toDate = ui->txtToDate->text();
+    return r;
+}
+
+void frmList::cmdPrint_Click()
+{
+    session_.traceCall(QStringLiteral("frmList.cmdPrint_Click"));
+    if (CheckDate(ui->txtFromDate) || CheckDate(ui->txtToDate))
+        return;
+    const ListingRequest r = request();
+    if (ui->ckbWindow->isChecked()) {
+        auto* preview = new ListingPreview(session_, r, this);
+        preview->setAttribute(Qt::WA_DeleteOnClose);
+        emit previewOpened(preview);
+        preview->show();
+        return;
+    }
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(ListingTitle(r.sort, ReadListingTitles(session_)));
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    QProgressDialog progress(QStringLiteral("Printing the listing..."), QStringLiteral("&Cancel"), 0, 0, this);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(500);
+    const QString error = PaintListing(session_, r, printer, [&progress](int page) {
+        if (page > 0)
+            progress.setLabelText(QStringLiteral("Printing page %1...").arg(page));
+        QApplication::processEvents();
+        return !progress.wasCanceled();
+    });
+    progress.close();
+    if (!error.isEmpty())
+        session_.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
+}
+
+int frmList::CheckDate(QLineEdit* box)
+{
+    const QString text = box->text().trimmed();
+    if (text.isEmpty() || ParseDate(text))
+        return 0;
+    checkingDate_ = true;
+    session_.prompter().ask(ProgramTitle(), QStringLiteral("Invalid Date"), Buttons::Ok, Icon::None);
+    checkingDate_ = false;
+    box->setFocus();
+    return 1;
+}
+
+bool frmList::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* box = qobject_cast<QLineEdit*>(watched);
+    if (box && event->type() == QEvent::FocusIn) {
+        QTimer::singleShot(0, box, [box] { box->selectAll(); });
+    } else if (box && event->type() == QEvent::FocusOut && (box == ui->txtFromDate || box == ui->txtToDate) && !checkingDate_) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+            QString text = box->text();
+            if (VerifyDate(text) != box->text())
+                box->setText(text);
+            CheckDate(box);
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace tarlox
