@@ -602,9 +602,12 @@ void mdiMain::ChildLoad(QMdiSubWindow* child)
         // moved into the room the frame can have here: the frame does not
         // grow off the screen to reach it.
         const QSize limit = screen->availableSize().expandedTo(size()) - extra;
+        const QSize room = size() - extra;
         place.setSize(place.size().boundedTo(limit).expandedTo(child->minimumSize()));
-        place.moveLeft(std::min(place.left(), std::max(0, limit.width() - place.width())));
-        place.moveTop(std::min(place.top(), std::max(0, limit.height() - place.height())));
+        if (place.right() >= limit.width())
+            place.moveLeft(std::max(0, room.width() - place.width()));
+        if (place.bottom() >= limit.height())
+            place.moveTop(std::max(0, room.height() - place.height()));
         if (place != child->geometry())
             child->setGeometry(place);
     }
