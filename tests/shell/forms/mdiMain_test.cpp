@@ -21,7 +21,6 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
@@ -418,12 +417,11 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
                                      {"frmScanHeight", "4500"}, {"frmScanState", "0"}})
         PutLocal(site.session(), QStringLiteral("Form"), QLatin1String(key), QLatin1String(value));
     QMdiSubWindow* window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
-    const QRect screen = frame->screen()->availableGeometry();
     // Grown to hold the child, not to reach its old place.
-    EXPECT_LT(frame->width(), screen.width() - 200);
-    EXPECT_LT(frame->height(), screen.height() - 200);
-    EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
     EXPECT_EQ(window->size(), QSize(450, 300));
+    EXPECT_LE(frame->width(), window->width() + 40);
+    EXPECT_LE(frame->height(), window->height() + 120);
+    EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
 }
 
 TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
