@@ -7,12 +7,16 @@
 #include "base/ErrorReport.h"
 #include "base/forms/FormLayout.h"
 #include "data/FormGeometry.h"
+#include "data/Settings.h"
+#include "search/forms/FindResultsModel.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
 #include "base/TextTools.h"
 
 #include <QCloseEvent>
 #include <QFocusEvent>
+#include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QMdiSubWindow>
 #include <QTimer>
 
@@ -32,6 +36,9 @@ QString tagOf(const QLineEdit* box) { return box->property(TagProperty).toString
 
 const QString ErrorTitle = QStringLiteral("Error");
 
+// The list's column widths in the local file, section "Form", in twips.
+const QString ColumnsKey = QStringLiteral("frmFindColumns");
+
 }  // namespace
 
 frmFind::frmFind(Session& session, QWidget* parent)
@@ -44,6 +51,7 @@ frmFind::frmFind(Session& session, QWidget* parent)
     ui->setupUi(this);
     applyCustomLabels();
     findRecords_ = ReadFindRecords(session_);
+    setUpResultsList();
     unavailable_ = {ui->cmdSelectAll, ui->cmdExport, ui->cmdDelete, ui->cmdMove};
 
     layout()->activate();
@@ -100,6 +108,67 @@ frmFind::frmFind(Session& session, QWidget* parent)
 }
 
 frmFind::~frmFind() = default;
+
+QTableView* frmFind::resultsList() const
+{
+    return ui->tblResults;
+}
+
+void frmFind::setUpResultsList()
+{
+    const auto word = [](const QString& custom, const char* standard) { return custom.isEmpty() ? QString::fromLatin1(standard) : custom; };
+    model_ = new FindResultsModel(results_,
+                                  {QStringLiteral("Heat #"), QStringLiteral("Part #"), word(session_.poShort, "P/O #"),
+                                   word(session_.vendShort, "Vendor"), word(session_.mfgShort, "Mfg"), QStringLiteral("Entry Date"),
+                                   QStringLiteral("Image #")},
+                                  this);
+    QTableView* list = ui->tblResults;
+    list->setModel(model_);
+    list->verticalHeader()->hide();
+    list->verticalHeader()->setDefaultSectionSize(list->fontMetrics().height() + 6);
+    QHeaderView* header = list->horizontalHeader();
+    header->setSortIndicator(-1, Qt::AscendingOrder);
+    header->setHighlightSections(false);
+    const QStringList widths = GetLocal(session_, QStringLiteral("Form"), ColumnsKey).split(QLatin1Char(','));
+    for (int c = 0; c < FindResultsModel::ColumnCount; ++c) {
+        const int twips = IntVal(widths.value(c));
+        list->setColumnWidth(c, twips > 0 ? TwipsToPixels(twips) : std::max(header->sectionSizeHint(c), TwipsToPixels(1200)));
+    }
+
+    // The list and the record boxes show the same reference.
+    connect(list->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
+        if (followingList_ || !current.isValid() || current.row() == currentIndex_)
+            return;
+        followingList_ = true;
+        currentIndex_ = current.row();
+        SetData();
+        followingList_ = false;
+    });
+    // A sort keeps the reference in the boxes and moves the list's cursor with it.
+    connect(model_, &QAbstractItemModel::layoutChanged, this, [this] {
+        if (lastIndex_ < 0)
+            return;
+        const QModelIndex current = ui->tblResults->currentIndex();
+        if (current.isValid())
+            currentIndex_ = current.row();
+        SetData();
+    });
+    connect(list, &QAbstractItemView::activated, this, [this] { cmdSelect_Click(); });
+
+    // The date boxes take any date of this locale whole.
+    const int dateWidth = ui->txtFrom->fontMetrics().horizontalAdvance(FormatShortDate(QDate(2028, 12, 28)) + QStringLiteral("00"))
+        + ui->txtFrom->textMargins().left() + ui->txtFrom->textMargins().right() + 12;
+    for (QLineEdit* box : {ui->txtFrom, ui->txtTo})
+        box->setMinimumWidth(std::max(box->minimumWidth(), dateWidth));
+}
+
+void frmFind::saveColumnWidths()
+{
+    QStringList widths;
+    for (int c = 0; c < FindResultsModel::ColumnCount; ++c)
+        widths << QString::number(PixelsToTwips(ui->tblResults->columnWidth(c)));
+    PutLocal(session_, QStringLiteral("Form"), ColumnsKey, widths.join(QLatin1Char(',')));
+}
 
 void frmFind::applyCustomLabels()
 {
@@ -191,6 +260,9 @@ void frmFind::cmdFind_Click()
     session_.findQuery = criteria;
     results_ = result.rows;
     lastIndex_ = result.lastIndex;
+    model_->reset();
+    if (const QHeaderView* header = ui->tblResults->horizontalHeader(); header->sortIndicatorSection() >= 0)
+        model_->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
     if (lastIndex_ >= 0) {
         ui->lblResults->setText(result.countLine());
         currentIndex_ = 0;
@@ -231,6 +303,23 @@ void frmFind::SetData()
         boxes[i]->setText(values[i]);
     for (qsizetype i = 0; i < boxes.size(); ++i)
         boxes[i]->setProperty(TagProperty, values[i]);
+    showCurrentRow();
+}
+
+void frmFind::showCurrentRow()
+{
+    if (lastIndex_ < 0) {
+        ui->lblPosition->clear();
+        return;
+    }
+    ui->lblPosition->setText(QString::number(currentIndex_ + 1) + QStringLiteral(" of ") + QString::number(lastIndex_ + 1));
+    if (followingList_)
+        return;
+    followingList_ = true;
+    const QModelIndex row = model_->index(currentIndex_, std::max(0, ui->tblResults->currentIndex().column()));
+    ui->tblResults->selectionModel()->setCurrentIndex(row, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    ui->tblResults->scrollTo(row);
+    followingList_ = false;
 }
 
 void frmFind::navigate(int index)
@@ -243,11 +332,14 @@ void frmFind::navigate(int index)
 void frmFind::ClearInput()
 {
     lastIndex_ = -1;
+    results_.clear();
+    model_->reset();
     SetData();
     for (QPushButton* button :
          {ui->cmdChange, ui->cmdSelect, ui->cmdSelectAll, ui->cmdDelete, ui->cmdMove, ui->cmdExport, ui->cmdDelCur})
         button->setEnabled(false);
     ui->lblResults->clear();
+    ui->lblPosition->clear();
 }
 
 void frmFind::ChangeOn()
@@ -260,6 +352,7 @@ void frmFind::ChangeOn()
         box->setEnabled(false);
         colour(box, QPalette::Button);
     }
+    ui->tblResults->setEnabled(false);
     for (QPushButton* button : {ui->cmdFind, ui->cmdSelect, ui->cmdSelectAll, ui->cmdMove, ui->cmdDelete, ui->cmdExport, ui->cmdDelCur,
                                 ui->cmdFirst, ui->cmdPrevious, ui->cmdNext, ui->cmdLast})
         button->setEnabled(false);
@@ -275,6 +368,7 @@ void frmFind::ChangeOff()
         box->setEnabled(true);
         colour(box, QPalette::Base);
     }
+    ui->tblResults->setEnabled(true);
     for (QPushButton* button : {ui->cmdFind, ui->cmdSelect, ui->cmdSelectAll, ui->cmdMove, ui->cmdDelete, ui->cmdExport, ui->cmdDelCur})
         enableButton(button, true);
     SetData();
@@ -333,6 +427,7 @@ void frmFind::cmdChange_Click()
     }
     case ChangeResult::Outcome::Changed:
         results_[currentIndex_] = result.stored;
+        model_->rowChanged(currentIndex_);
         EndChange();
         return;
     }
@@ -472,6 +567,7 @@ void frmFind::closeEvent(QCloseEvent* event)
 {
     session_.traceCall(QStringLiteral("frmFind.Form_Unload"));
     SaveFormSize();
+    saveColumnWidths();
     QWidget::closeEvent(event);
 }
 

@@ -12,6 +12,7 @@
 
 class QLineEdit;
 class QPushButton;
+class QTableView;
 
 namespace Ui {
 class frmFind;
@@ -20,6 +21,7 @@ class frmFind;
 namespace tarlox {
 
 class Session;
+class FindResultsModel;
 
 // "Find Information Entry": nine criteria boxes, a find, and the found
 // references one at a time in the record boxes, where they can also be
@@ -42,6 +44,8 @@ public:
     int lastIndex() const { return lastIndex_; }
     int currentIndex() const { return currentIndex_; }
     int findRecords() const { return findRecords_; }
+    // The list below the record boxes; its current row is the current index.
+    QTableView* resultsList() const;
 
     // Window geometry in the local settings file (section "Form", keys
     // "frmFindState", "frmFindHeight", ...). Applied to the MDI sub-window
@@ -82,6 +86,9 @@ private:
     void colour(QLineEdit* box, QPalette::ColorRole role);
     void closeForm();
     void applyCustomLabels();
+    void setUpResultsList();
+    void showCurrentRow();
+    void saveColumnWidths();
 
     QList<QLineEdit*> criteriaBoxes() const;
     QList<QLineEdit*> recordBoxes() const;  // the seven the edits read, without the path
@@ -100,6 +107,8 @@ private:
     QList<QPushButton*> unavailable_;
     bool geometryRead_ = false;
     bool checkingDate_ = false;
+    FindResultsModel* model_ = nullptr;
+    bool followingList_ = false;
 };
 
 }  // namespace tarlox

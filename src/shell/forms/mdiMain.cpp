@@ -219,6 +219,7 @@ void mdiMain::addDrawingButton(const QString& key, const QString& toolTip, const
 {
     QAction* command = new QAction(QIcon(QStringLiteral(":/icons/") + icon), key, this);
     command->setObjectName(key);
+    command->setCheckable(true);
     command->setToolTip(toolTip);
     connect(command, &QAction::triggered, this, [this, key] { toolbarClick(key); });
     drawingDialogs_.insert(key, dialog);
@@ -258,6 +259,7 @@ void mdiMain::createToolbar()
     addDrawingButton(QStringLiteral("Line"), tr("Draw line. Click down arrow to select properties."), QStringLiteral("line.svg"),
                      tr("Line Properties..."), QStringLiteral("frmVTLin"));
     addButton(QStringLiteral("View"), tr("Magnify picture."), QStringLiteral("view.svg"));
+    buttons_[QStringLiteral("View")].command->setCheckable(true);
     buttons_.insert(separator->objectName(), Button{separator, separator});
 }
 
@@ -367,7 +369,17 @@ void mdiMain::updateViewerButtons()
             properties->setEnabled(viewer && forms_.has(drawingDialogs_.value(key)));
     }
     buttons_[QStringLiteral("ViewerSeparator")].placement->setVisible(viewer);
+    showActiveTool();
     fitToolbar();
+}
+
+// The button of the tool the active viewer draws with stands pressed.
+void mdiMain::showActiveTool()
+{
+    const auto* viewer = dynamic_cast<ViewerCommands*>(activeForm());
+    const QString tool = viewer ? viewer->activeTool() : QString();
+    for (const QString& key : ViewerKeys)
+        buttons_[key].command->setChecked(key == tool);
 }
 
 void mdiMain::toolbarClick(const QString& key)
@@ -386,6 +398,8 @@ void mdiMain::toolbarClick(const QString& key)
             viewer->LineCommand();
         else
             viewer->ViewCommand();
+        // A tool whose properties were cancelled stays as it was.
+        showActiveTool();
         return;
     }
     ShowForm(entryForms_.value(QStringLiteral("mnu") + key));
@@ -609,6 +623,20 @@ void mdiMain::ChildLoad(QMdiSubWindow* child)
     if (place.topLeft() != child->pos())
         child->move(place.topLeft());
     const QSize extra = chrome();
+    if (const QScreen* screen = this->screen()) {
+        // A place remembered on a larger screen or at another scaling is
+        // moved into the room the frame can have here: the frame does not
+        // grow off the screen to reach it.
+        const QSize limit = screen->availableSize().expandedTo(size()) - extra;
+        const QSize room = size() - extra;
+        place.setSize(place.size().boundedTo(limit).expandedTo(child->minimumSize()));
+        if (place.right() >= limit.width())
+            place.moveLeft(std::max(0, room.width() - place.width()));
+        if (place.bottom() >= limit.height())
+            place.moveTop(std::max(0, room.height() - place.height()));
+        if (place != child->geometry())
+            child->setGeometry(place);
+    }
     QSize wanted = size().expandedTo(QSize(place.left() + place.width() + extra.width(), place.top() + place.height() + extra.height()));
     if (const QScreen* screen = this->screen())
         wanted = wanted.boundedTo(screen->availableSize().expandedTo(size()));

@@ -115,6 +115,7 @@ private:
     void toolbarClick(const QString& key);
     void toolbarDropDown(const QString& key, const QString& dialog);
     void updateViewerButtons();
+    void showActiveTool();
     void fitToolbar();
     void scannerFound(bool present);
     void faxDevicesFound(int devices, const QString& error);

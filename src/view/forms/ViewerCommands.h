@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace tarlox {
 
 // A child form that offers the viewer's drawing commands. While such a form
@@ -13,6 +15,9 @@ public:
     virtual void StampCommand() = 0;
     virtual void LineCommand() = 0;
     virtual void ViewCommand() = 0;
+    // The tool the mouse draws with now: "Rectangle", "Stamp", "Line", or
+    // "View" for magnifying; the frame shows that button pressed.
+    virtual QString activeTool() const { return QStringLiteral("View"); }
 };
 
 }  // namespace tarlox

@@ -301,6 +301,14 @@ void frmView::StampCommand()
     document_.StampCommand();
 }
 
+QString frmView::activeTool() const
+{
+    const QString mode = document_.drawMode();
+    if (mode.isEmpty())
+        return QStringLiteral("View");
+    return mode == QLatin1String("Rect") ? QStringLiteral("Rectangle") : mode;
+}
+
 void frmView::PrintImage()
 {
     lblPrintMsg_->clear();

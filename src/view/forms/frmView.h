@@ -70,6 +70,7 @@ public slots:
     void LineCommand() override;
     void RectangleCommand() override;
     void StampCommand() override;
+    QString activeTool() const override;
     void PrintImage();
 
 signals:

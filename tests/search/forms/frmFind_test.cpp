@@ -7,7 +7,10 @@
 
 #include "search/SearchData.h"
 
+#include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QHeaderView>
+#include <QTableView>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -18,6 +21,8 @@
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -176,6 +181,76 @@ TEST_P(FindFormTest, FindShowsTheNewestAndWalksTheResults)
     EXPECT_EQ(text(form, "txtCurHeat"), QString());
     EXPECT_FALSE(enabled(form, "cmdChange"));
     EXPECT_FALSE(enabled(form, "cmdSelect"));
+}
+
+TEST_P(FindFormTest, ResultsListFollowsTheBoxesSortsAndSelects)
+{
+    s().poShort = S("Order");
+    frmFind form(s());
+    form.resize(900, 600);
+    form.show();
+    QTableView* list = form.resultsList();
+    QAbstractItemModelTester tester(list->model(), QAbstractItemModelTester::FailureReportingMode::Warning);
+    type(form, "txtHeat", S("*"));
+    QTest::keyClick(get(form, "txtHeat"), Qt::Key_Return);  // Enter in a criteria box finds
+    ASSERT_EQ(list->model()->rowCount(), 4);
+    EXPECT_EQ(list->model()->headerData(2, Qt::Horizontal).toString(), S("Order"));
+    const auto cell = [&](int row, int column) { return list->model()->index(row, column).data().toString(); };
+    EXPECT_EQ(cell(0, 0), S("ZZ1"));
+    EXPECT_EQ(cell(0, 5), S("3/1/2003"));
+    const auto position = [&] { return get<QLabel>(form, "lblPosition")->text(); };
+
+    // Each step: what moves the cursor, then the row, heat in the boxes and "n of N".
+    struct Step {
+        std::function<void()> act;
+        int row;
+        const char* heat;
+        const char* shown;
+    };
+    const QList<Step> steps{
+        {[] {}, 0, "ZZ1", "1 of 4"},
+        {[&] { click(form, "cmdNext"); }, 1, "AB300", "2 of 4"},
+        {[&] { list->setCurrentIndex(list->model()->index(3, 1)); }, 3, nullptr, "4 of 4"},
+        {[&] { QTest::keyClick(list, Qt::Key_Home, Qt::ControlModifier); }, 0, "ZZ1", "1 of 4"},
+        {[&] { QTest::keyClick(list, Qt::Key_Down); }, 1, "AB300", "2 of 4"},
+        // A sort by heat keeps AB300 in the boxes; it is now the third row.
+        {[&] { list->sortByColumn(0, Qt::AscendingOrder); }, 2, "AB300", "3 of 4"},
+        {[&] { click(form, "cmdFirst"); }, 0, "AB100", "1 of 4"},
+        // By image, newest number first; the sort is stable, so AB100 stays before AB200.
+        {[&] { list->sortByColumn(6, Qt::DescendingOrder); }, 2, "AB100", "3 of 4"},
+        {[&] { click(form, "cmdPrevious"); }, 1, "AB300", "2 of 4"},
+    };
+    for (int i = 0; i < steps.size(); ++i) {
+        steps[i].act();
+        EXPECT_EQ(list->currentIndex().row(), steps[i].row) << i;
+        EXPECT_EQ(form.currentIndex(), steps[i].row) << i;
+        EXPECT_EQ(text(form, "txtCurHeat"), cell(steps[i].row, 0)) << i;
+        if (steps[i].heat) {
+            EXPECT_EQ(text(form, "txtCurHeat"), S(steps[i].heat)) << i;
+        }
+        EXPECT_EQ(position(), S(steps[i].shown)) << i;
+    }
+    EXPECT_EQ(cell(0, 0), S("ZZ1"));  // image 9 first
+    type(form, "txtFrom", S("11/23/2026"));
+    shoot(form, S("find-list"));
+
+    // Enter and double click select the row under the cursor.
+    QSignalSpy selected(&form, &frmFind::selectRequested);
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Return);
+    const QRect first = list->visualRect(list->model()->index(0, 1));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, first.center());
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, first.center());
+    ASSERT_EQ(selected.size(), 2);
+    EXPECT_EQ(selected.at(0).front().toInt(), 8);
+    EXPECT_EQ(selected.at(1).front().toInt(), 9);
+
+    // The date boxes show a whole date; the column widths outlive the form.
+    EXPECT_GE(get(form, "txtFrom")->width(), get(form, "txtFrom")->fontMetrics().horizontalAdvance(S("11/23/2026")) + 4);
+    list->setColumnWidth(3, 77);
+    form.close();
+    frmFind again(s());
+    EXPECT_EQ(again.resultsList()->columnWidth(3), 77);
 }
 
 TEST_P(FindFormTest, ScreensOnTheFoundSetAskThroughTheirSignals)

@@ -9,6 +9,7 @@
 #include "output/FaxSettings.h"
 #include "support/FaxTestServer.h"
 #include "data/FormGeometry.h"
+#include "data/Settings.h"
 #include "base/IniFile.h"
 #include "support/TestSite.h"
 #include "WidgetApplication.h"
@@ -97,6 +98,7 @@ public:
     void StampCommand() override { calls << QStringLiteral("Stamp"); }
     void LineCommand() override { calls << QStringLiteral("Line"); }
     void ViewCommand() override { calls << QStringLiteral("View"); }
+    QString activeTool() const override { return calls.isEmpty() ? QStringLiteral("View") : calls.back(); }
     QStringList calls;
 };
 
@@ -289,8 +291,23 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
     for (const char* key : {"Rectangle", "Stamp", "Line", "View"})
         EXPECT_TRUE(frame->toolbarButton(QLatin1String(key))->isVisible()) << key;
 
+    // The pressed button is the active viewer's tool.
+    const auto checked = [&] {
+        QStringList on;
+        for (const char* key : {"Rectangle", "Stamp", "Line", "View"})
+            if (frame->findChild<QAction*>(QLatin1String(key))->isChecked())
+                on << QLatin1String(key);
+        return on.join(QLatin1Char(','));
+    };
+    EXPECT_EQ(checked(), QStringLiteral("View"));
     frame->findChild<QAction*>(QStringLiteral("Rectangle"))->trigger();
+    EXPECT_EQ(checked(), QStringLiteral("Rectangle"));
+    frame->mdiArea()->setActiveSubWindow(windowOf(first));
+    EXPECT_EQ(checked(), QStringLiteral("View"));
+    frame->mdiArea()->setActiveSubWindow(windowOf(second));
+    EXPECT_EQ(checked(), QStringLiteral("Rectangle"));
     frame->findChild<QAction*>(QStringLiteral("View"))->trigger();
+    EXPECT_EQ(checked(), QStringLiteral("View"));
     EXPECT_EQ(second->calls, (QStringList{QStringLiteral("Rectangle"), QStringLiteral("View")}));
     EXPECT_TRUE(first->calls.isEmpty());
     EXPECT_EQ(frame->currentChild(), second);
@@ -393,6 +410,20 @@ TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
     EXPECT_EQ(key("frmScanWidth"), QStringLiteral("6750"));
     window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
     EXPECT_TRUE(window->isMaximized());
+}
+
+TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
+{
+    // Kept on a larger screen, or at another scaling: (3000, 2000) pixels.
+    for (const auto& [key, value] : {std::pair{"frmScanLeft", "45000"}, {"frmScanTop", "30000"}, {"frmScanWidth", "6750"},
+                                     {"frmScanHeight", "4500"}, {"frmScanState", "0"}})
+        PutLocal(site.session(), QStringLiteral("Form"), QLatin1String(key), QLatin1String(value));
+    QMdiSubWindow* window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    // Grown to hold the child, not to reach its old place.
+    EXPECT_EQ(window->size(), QSize(450, 300));
+    EXPECT_LE(frame->width(), window->width() + 40);
+    EXPECT_LE(frame->height(), window->height() + 120);
+    EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
 }
 
 TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
