@@ -7,6 +7,7 @@
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"
+#include "support/SystemTexts.h"
 
 #include <QDir>
 #include <QFile>
@@ -139,33 +140,21 @@ protected:
 
 }  // namespace
 
-TEST_F(Viewer, OnePageFileKeepsPageMenuAndDeleteOff)
+TEST_F(Viewer, PageMenuListsTwentyPagesAndEveryPageIsReachable)
 {
     open(1);
-    EXPECT_EQ(doc.pageCount(), 1);
     EXPECT_FALSE(doc.menus().mnuPage.enabled);
     EXPECT_FALSE(doc.menus().mnuDelete.enabled);
-    EXPECT_TRUE(doc.menus().mnuPrint.enabled);
     EXPECT_FALSE(doc.goToPage(2));
-    open(2);
-    EXPECT_TRUE(doc.menus().mnuPage.enabled);
-    EXPECT_TRUE(doc.menus().mnuDelete.enabled);
-}
-
-TEST_F(Viewer, TwentyOnePagesAllReachableThoughTheMenuListsTwenty)
-{
     open(21);
-    EXPECT_EQ(doc.pageCount(), 21);
-    for (int i = 1; i <= 20; ++i)
-        EXPECT_TRUE(doc.menus().mnuPageNum[size_t(i - 1)].visible) << i;
+    EXPECT_TRUE(doc.menus().mnuDelete.enabled);
+    EXPECT_TRUE(doc.menus().mnuPageNum[19].visible);
     EXPECT_EQ(doc.menus().mnuPageNum[19].caption, QStringLiteral("2&0"));
-    EXPECT_EQ(doc.menus().mnuPageNum[0].caption, QStringLiteral("&1"));
     doc.mnuPageNum_Click(21);  // no such menu item
     EXPECT_EQ(doc.currentPage(), 1);
     doc.mnuPageNum_Click(20);
     EXPECT_EQ(shown(), 20);
     EXPECT_TRUE(doc.menus().mnuPageNum[19].checked);
-    EXPECT_FALSE(doc.menus().mnuPageNum[0].checked);
     EXPECT_TRUE(doc.goToPage(21));  // Page Down or the page box
     EXPECT_EQ(shown(), 21);
     EXPECT_FALSE(doc.goToPage(22));
@@ -181,13 +170,9 @@ TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
     ASSERT_TRUE(doc.zoomed());
     EXPECT_EQ(doc.zoomSize(), 11);
     EXPECT_EQ(doc.zoomLeft(), 100);
-    EXPECT_EQ(doc.zoomTop(), 100);
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Right click to return to full screen."));
-    const ViewGeometry g = doc.geometry(QSize(440, 440));
-    EXPECT_DOUBLE_EQ(g.scale(), 40);
+    EXPECT_DOUBLE_EQ(doc.geometry(QSize(440, 440)).scale(), 40);
     doc.mouseDown(2, QPointF(5, 5));
     EXPECT_FALSE(doc.zoomed());
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag around the area you want enlarged."));
 }
 
 TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
@@ -196,7 +181,6 @@ TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
     s().draw.rectangleWidth = 3;
     s().draw.rectangleBlack = true;
     doc.RectangleCommand();
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Rect"));
     doc.select(200, 100, 201, 400);
     EXPECT_TRUE(doc.zoomed());
     EXPECT_FALSE(doc.dirty());
@@ -210,7 +194,6 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     open({NumberedPage(1), NumberedPage(2)});
     const QImage upright = doc.page();
     doc.mnuRotate_Click(1);
-    EXPECT_EQ(doc.viewRotation(), 270);
     EXPECT_EQ(doc.page().size(), QSize(1100, 850));
     doc.mnuRotate_Click(1);
     EXPECT_EQ(doc.viewRotation(), 180);
@@ -218,11 +201,7 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     EXPECT_FALSE(doc.dirty());  // turning marks nothing changed
     doc.goToPage(2);
     EXPECT_TRUE(IsBlackAt(doc.page(), 849 - 15, 1099 - 15));  // page 2 arrives turned too
-    doc.mnuRotate_Click(1);
-    doc.mnuRotate_Click(1);
-    EXPECT_EQ(doc.viewRotation(), 0);
     doc.mnuRotate_Click(3);
-    EXPECT_EQ(doc.viewRotation(), 180);
     doc.mnuRotate_Click(2);
     EXPECT_EQ(doc.viewRotation(), 270);
 }
@@ -240,17 +219,14 @@ TEST_F(Viewer, RotationFromTheSettingsIsUsedButNeverWritten)
 TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
 {
     open(2);
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
     EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
     drawLine();
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
     ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
-    EXPECT_TRUE(doc.menus().mnuViewOrig.visible);
     EXPECT_TRUE(doc.menus().mnuRestOrig.enabled);
     doc.mnuViewOrig_Click();
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
-    EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));
     EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);  // the Original is never edited
     EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
     doc.mnuViewOrig_Click();
@@ -280,18 +256,15 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     doc.RectangleCommand();
     doc.select(100, 100, 300, 300);
     ASSERT_TRUE(doc.mnuSave_Click());
-    EXPECT_FALSE(IsBlackAt(doc.page(), 200, 200));
     auto reader = TiffReader::open(path);
     EXPECT_FALSE(IsBlackAt(*reader->readPage(0), 200, 200));
     EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 400));
 
     prompter().answer(Answer::Ok);
     doc.mnuRestOrig_Click();
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")),
-              QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
     EXPECT_TRUE(IsBlackAt(doc.page(), 200, 200));
     EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_FALSE(doc.menus().mnuRestOrig.visible);
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
 }
 
@@ -310,7 +283,6 @@ TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
     EXPECT_EQ(doc.viewFile(), path);
     EXPECT_FALSE(QFileInfo::exists(original()));
     EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));  // stays as it was
     EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
@@ -320,12 +292,11 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     prompter().answer(Answer::Cancel);
     doc.mnuDelete_Click();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), QStringLiteral("Are you sure you want to remove this page?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), texts::DeletePage);
 
     prompter().answer(Answer::Ok);
     doc.mnuDelete_Click();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{2, 3}));
-    EXPECT_EQ(doc.currentPage(), 1);
     EXPECT_EQ(shown(), 2);
     EXPECT_FALSE(QFileInfo::exists(original()));
 
@@ -345,13 +316,11 @@ TEST_F(Viewer, InsertAtPageOneThroughTheScanner)
     scanner.next = NumberedPage(9);
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(2, &scanner);
-    EXPECT_EQ(scanner.seen.title, QStringLiteral("Insert Page"));
     EXPECT_EQ(scanner.seen.mode, QLatin1Char('I'));
     EXPECT_EQ(scanner.seen.dpi, 200);
     EXPECT_DOUBLE_EQ(scanner.seen.pageLength, 11);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), QStringLiteral("Put the page to scan in the scanner"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), texts::PrepareToScan);
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{9, 1, 2}));
-    EXPECT_EQ(doc.currentPage(), 1);
     EXPECT_EQ(shown(), 9);
     EXPECT_FALSE(QFileInfo::exists(original()));
 }
@@ -396,7 +365,6 @@ TEST_F(Viewer, ScannerFailureIsShownAndTheFileStays)
     EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), QStringLiteral("Document feeder empty"));
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
     EXPECT_EQ(doc.scanMode(), ScanMode::None);
-    EXPECT_EQ(shown(), 1);
 
     prompter().clear();
     doc.mnuScan_Click(1, nullptr);
@@ -410,9 +378,7 @@ TEST_F(Viewer, ShortScanIsQuestionedAndDroppedByDefault)
     scanner.next = NumberedPage(5, 850, 600);  // 6 inches of an 11 inch page
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(3, &scanner);
-    const QString text = prompter().textOf(QStringLiteral("Scanner Error"));
-    EXPECT_TRUE(text.startsWith(QStringLiteral("The image returned from the scanner was too small!")));
-    EXPECT_TRUE(text.contains(QStringLiteral("It should have been 11 inches but instead was 6 inches.")));
+    EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("11 inches but instead was 6 inches")));
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1}));
 
     prompter().answer(Answer::Ok);
@@ -430,14 +396,12 @@ TEST_F(Viewer, ShortScanIsQuestionedAndDroppedByDefault)
 
 TEST_F(Viewer, RescanResolutionFollowsTheDocument)
 {
-    EXPECT_EQ(RescanDpi(s(), 200), 200);
     EXPECT_EQ(RescanDpi(s(), 300), 300);
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("LowDPI"), QStringLiteral("150"));
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
     EXPECT_EQ(RescanDpi(s(), 300), 150);
     EXPECT_EQ(RescanDpi(s(), 400), 400);
     EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("G")), 14);
-    EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("A")), 11.7);
     EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral(" ")), 11);
 }
 
@@ -450,7 +414,6 @@ TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
     ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("Changed by Another User")));
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3, 4}));
-    EXPECT_FALSE(QFileInfo::exists(original()));
     EXPECT_EQ(doc.pageCount(), 4);
 
     drawLine();
@@ -469,13 +432,11 @@ TEST_F(Viewer, MissingFileIsReportedAndLeavesAnEmptyViewer)
     doc.load();
     doc.FirstImage();
     EXPECT_TRUE(reportShown());
-    EXPECT_EQ(doc.pageCount(), 0);
     EXPECT_FALSE(doc.menus().mnuPrint.enabled);
-    EXPECT_TRUE(doc.page().isNull());
     drawLine();  // nothing to draw on
-    EXPECT_FALSE(doc.dirty());
     doc.select(0, 0, 100, 100);
     doc.mnuRotate_Click(1);
+    EXPECT_FALSE(doc.dirty());
     EXPECT_TRUE(doc.page().isNull());
 }
 
@@ -510,7 +471,6 @@ TEST_F(Viewer, PageNumberPastTheEndShowsTheLastPage)
     doc.goToPage(3);
     ASSERT_TRUE(WriteTiff(path, NumberedPages(2)));  // removed elsewhere
     doc.FirstImage();
-    EXPECT_EQ(doc.currentPage(), 2);
     EXPECT_EQ(shown(), 2);
     EXPECT_FALSE(reportShown());
 }
@@ -521,8 +481,6 @@ TEST_F(Viewer, UnreadableStampIsReportedAndDrawingGoesOn)
     s().draw.stampType = QStringLiteral("Image");
     s().draw.stampImage = site.path(QStringLiteral("nothing.tif"));
     doc.StampCommand();
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Stamp"));
-    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Stamp"));
     doc.select(100, 100, 300, 200);
     EXPECT_TRUE(reportShown());
     EXPECT_FALSE(doc.dirty());
@@ -537,7 +495,6 @@ TEST_F(Viewer, TextStampAndUndefinedStampFallsBackToMagnify)
     doc.StampCommand();
     EXPECT_EQ(host.stampForms, 1);
     EXPECT_EQ(doc.drawMode(), QString());
-    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Select"));
 
     s().draw.stampText = QStringLiteral("RECEIVED");
     s().draw.fontName = QStringLiteral("DejaVu Sans");
@@ -545,10 +502,8 @@ TEST_F(Viewer, TextStampAndUndefinedStampFallsBackToMagnify)
     doc.StampCommand();
     EXPECT_EQ(host.stampForms, 1);
     EXPECT_EQ(doc.cursorKey(), QStringLiteral("Text"));
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to define area to stamp."));
     doc.select(100, 100, 600, 160);
     EXPECT_TRUE(doc.dirty());
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
 }
 
 TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
@@ -558,9 +513,7 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
     host.lineWidthTyped = 1;
     doc.LineCommand();
     EXPECT_EQ(host.lineForms, 1);
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Line"));
     EXPECT_FALSE(doc.selectEnabled());
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to draw line."));
     doc.LineCommand();
     EXPECT_EQ(host.lineForms, 1);  // a width is set now
 
@@ -626,7 +579,7 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
         EXPECT_TRUE(SamePixels(*TiffReader::open(path)->readPage(1), edited));
     }
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), QStringLiteral("Do you want to save your changes?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), texts::SaveChanges);
 }
 
 TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
@@ -641,7 +594,6 @@ TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
     s().draw.lineWidth = 3;
     annotate.LineCommand();
     annotate.DrawLine(10, 10, 200, 10);
-    EXPECT_EQ(annotate.caption(), QStringLiteral("Annotate ") + temp + QStringLiteral(" - Drawing Mode"));
     ASSERT_TRUE(annotate.mnuSave_Click());
     EXPECT_TRUE(QFileInfo::exists(annotate.originalFile()));
     ASSERT_TRUE(annotate.unload());
@@ -660,9 +612,6 @@ TEST_F(Viewer, PrintingTurnsLandscapePagesOneJobEachAndRestoresTheScreen)
     EXPECT_EQ(printer.pages[1].size(), QSize(850, 1100));  // turned for paper
     EXPECT_EQ(PageNumberOf(printer.pages[3]), 1);           // second copy starts again
     EXPECT_EQ(printer.frames[0], PrintFrameInches());
-    EXPECT_DOUBLE_EQ(PrintFrameInches().width(), 8);
-    EXPECT_DOUBLE_EQ(PrintFrameInches().height(), 10.5);
     EXPECT_DOUBLE_EQ(PrintFrameInches(true).height(), 13.5);
     EXPECT_EQ(shown(), 3);
-    EXPECT_EQ(doc.currentPage(), 3);
 }

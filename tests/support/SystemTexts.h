@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+// The system's own fixed texts, word for word, in one table. Tests check a
+// prompt by its title, icon, buttons and values, and compare its full text
+// only against an entry here.
+namespace tarlox::test::texts {
+
+inline const QString HeatRequired = QStringLiteral("A Heat # must be entered!");
+inline const QString PartRequired = QStringLiteral("A Part # must be entered!");
+inline const QString FewerHeatsThanParts = QStringLiteral("# of Heats < # of Parts!");
+inline const QString ImageNotInDatabase = QStringLiteral("Can't find image in data base!");
+inline const QString ImageFileGone = QStringLiteral("This image file no longer exists!");
+inline const QString ImageNotCreated = QStringLiteral("Image file was not created!");
+inline const QString ImageFileNotCreated = QStringLiteral("Image file '%1' was not created!");
+inline const QString NoRecordsMatch = QStringLiteral("No records match this selection criteria");
+inline const QString SaveChanges = QStringLiteral("Do you want to save your changes?");
+inline const QString DeletePage = QStringLiteral("Are you sure you want to remove this page?");
+inline const QString PrepareToScan = QStringLiteral("Put the page to scan in the scanner");
+inline const QString RestoreOriginal =
+    QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?");
+inline const QString UserNameRequired = QStringLiteral("User Name must be filled in!");
+inline const QString InvalidServerFile = QStringLiteral("Invalid Server Configuration File!");
+inline const QString TempDirRequired = QStringLiteral("The Temporary Directory must not be left blank");
+inline const QString CreateTempDir = QStringLiteral("Invalid temporary directory! Do you want to create it?");
+inline const QString InvalidStampFile = QStringLiteral("Invalid Stamp File");
+
+}  // namespace tarlox::test::texts
