@@ -10,6 +10,10 @@ namespace tarlox::test::texts {
 inline const QString HeatRequired = QStringLiteral("A Heat # must be entered!");
 inline const QString PartRequired = QStringLiteral("A Part # must be entered!");
 inline const QString FewerHeatsThanParts = QStringLiteral("# of Heats < # of Parts!");
+inline const QString RepeatedInEntry =
+    QStringLiteral("Heat #: %1\r\nPart #: %2\r\nwere duplicated in the entry\r\nYou must change this before scanning!");
+inline const QString AlreadyOnFile = QStringLiteral(
+    "Heat #: %1\r\nPart #: %2\r\n%3:\r\n%4\r\n\r\nis already on file! Select 'OK' to add anyway\r\nor 'Cancel' to end without saving");
 inline const QString ImageNotInDatabase = QStringLiteral("Can't find image in data base!");
 inline const QString ImageFileGone = QStringLiteral("This image file no longer exists!");
 inline const QString ImageNotCreated = QStringLiteral("Image file was not created!");
@@ -20,6 +24,12 @@ inline const QString DeletePage = QStringLiteral("Are you sure you want to remov
 inline const QString PrepareToScan = QStringLiteral("Put the page to scan in the scanner");
 inline const QString RestoreOriginal =
     QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?");
+inline const QString InitializeSettings = QStringLiteral("Select 'OK' to initialize your Tarlox setings, 'Cancel' to end");
+inline const QString NoLocalSettings = QStringLiteral("The TARLOX.INI file could not be found!");
+inline const QString NoUpgradeProgram = QStringLiteral(
+    "WARNING: This version of Tarlox (%1)\r\nis different than the server (%2)!\r\nCan't upgrade automatically!\r\nMissing file: '%3'");
+inline const QString CantUpgrade =
+    QStringLiteral("The upgrade program could not be run!\r\nHit 'OK' to run without upgrading\r\nor 'Cancel' to end.");
 inline const QString UserNameRequired = QStringLiteral("User Name must be filled in!");
 inline const QString InvalidServerFile = QStringLiteral("Invalid Server Configuration File!");
 inline const QString TempDirRequired = QStringLiteral("The Temporary Directory must not be left blank");
