@@ -21,6 +21,7 @@ inline const QString ImageFileNotCreated = QStringLiteral("Image file '%1' was n
 inline const QString NoRecordsMatch = QStringLiteral("No records match this selection criteria");
 inline const QString SaveChanges = QStringLiteral("Do you want to save your changes?");
 inline const QString DeletePage = QStringLiteral("Are you sure you want to remove this page?");
+inline const QString PutReportInScanner = QStringLiteral("Put the Test Report in the Scanner");
 inline const QString PrepareToScan = QStringLiteral("Put the page to scan in the scanner");
 inline const QString RestoreOriginal =
     QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?");
