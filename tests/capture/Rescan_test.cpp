@@ -20,10 +20,8 @@ using namespace tarlox::test;
 
 namespace {
 
-class RescanTest : public ::testing::TestWithParam<Engine> {
+class RescanTest : public SiteTest {
 protected:
-    RescanTest() : site(GetParam()) {}
-
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
@@ -45,14 +43,6 @@ protected:
         prompter().clear();
     }
 
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
     QString size()
     {
         DataOp op(s(), QStringLiteral("test"));
@@ -146,4 +136,4 @@ TEST_P(RescanTest, MissingRowIsTold)
     EXPECT_EQ(prompter().asked().first().icon, Icon::Critical);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, RescanTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(RescanTest);

@@ -40,10 +40,8 @@ std::function<void(ScannerSession&)> sheetsInFeeder(int sheets)
     };
 }
 
-class ScanEntryTest : public ::testing::TestWithParam<Engine> {
+class ScanEntryTest : public SiteTest {
 protected:
-    ScanEntryTest() : site(GetParam()) {}
-
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
@@ -55,18 +53,10 @@ protected:
         prompter().clear();
     }
 
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
     QString temp(const QString& name = {}) const { return site.path(QStringLiteral("TEMP/") + name); }
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
     QString text(const QString& sql)
     {
         DataOp op(s(), QStringLiteral("test"));
@@ -92,8 +82,6 @@ protected:
         f.mfg = QStringLiteral("Mill 4");
         return f;
     }
-
-    TestSite site;
 };
 
 }  // namespace
@@ -260,4 +248,4 @@ TEST_P(ScanEntryTest, FailedReferencesRemoveRowAndFile)
     EXPECT_TRUE(prompter().wasAsked(ProgramTitle())) << "the failure was reported";
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ScanEntryTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ScanEntryTest);

@@ -25,10 +25,8 @@ namespace {
 
 QString driver() { return qEnvironmentVariable("TARLOX_ALLOCATE_DRIVER"); }
 
-class AllocationTest : public ::testing::TestWithParam<Engine> {
+class AllocationTest : public SiteTest {
 protected:
-    AllocationTest() : site(GetParam()) {}
-
     void SetUp() override
     {
         ASSERT_FALSE(driver().isEmpty()) << "TARLOX_ALLOCATE_DRIVER is not set";
@@ -89,8 +87,6 @@ protected:
         while (rows->next())
             EXPECT_TRUE(files.contains(rows->value(0).toInt())) << "image " << rows->value(0).toInt() << " has a row and no file";
     }
-
-    TestSite site;
 };
 
 TEST_P(AllocationTest, FourWorkstationsAddingAtOnceGetDistinctNumbers)
@@ -155,6 +151,6 @@ TEST_P(AllocationTest, KilledAtAnyMomentLeavesNoHalfFileAndNoLoneReference)
     checkRows(checkFiles());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AllocationTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(AllocationTest);
 
 }  // namespace

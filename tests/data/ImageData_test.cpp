@@ -17,26 +17,10 @@ namespace {
 
 const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
 
-class ImageDataTest : public ::testing::TestWithParam<Engine> {
+class ImageDataTest : public SiteTest {
 protected:
-    ImageDataTest() : site(GetParam()) {}
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
-
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
 
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
     void setNextName(qint64 value) { ASSERT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"NextName\" = %1").arg(value))); }
     void imageRow(qint32 number)
@@ -49,8 +33,6 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
         file.write("x");
     }
-
-    TestSite site;
 };
 
 // The number GetNextImage gives, 0 for none.
@@ -238,6 +220,6 @@ TEST_P(ImageDataTest, ListsOfImagesAndReferences)
     EXPECT_EQ(grid.rows.size(), 4);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ImageDataTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ImageDataTest);
 
 }  // namespace

@@ -15,19 +15,8 @@ namespace {
 
 const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
 
-class InfoDataTest : public ::testing::TestWithParam<Engine> {
+class InfoDataTest : public SiteTest {
 protected:
-    InfoDataTest() : site(GetParam()) {}
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
-
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
-
     void entry(const QString& heat, const QString& part, const QString& po = {}, const QString& vend = QStringLiteral("Vend"),
                const QString& mfg = {}, qint32 image = 1, const QDateTime& date = Jan2)
     {
@@ -44,15 +33,7 @@ protected:
         ASSERT_TRUE(AddInfoRecords(s(), false));
     }
 
-    qint64 scalar(const QString& sql, const QVariantList& binds = {})
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql, binds);
-        return value ? value->toLongLong() : -1;
-    }
     qint64 infoRows() { return scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")); }
-
-    TestSite site;
 };
 
 TEST_P(InfoDataTest, RequiredFieldsAndPairCounts)
@@ -274,6 +255,6 @@ TEST_P(InfoDataTest, CheckCountCountsAndReplaces)
     EXPECT_EQ(CheckCount(s(), QStringLiteral("Vend Name"), QStringLiteral("Vend")), 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, InfoDataTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(InfoDataTest);
 
 }  // namespace

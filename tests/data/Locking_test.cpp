@@ -61,9 +61,8 @@ private:
     QString name_;
 };
 
-class LockingTest : public ::testing::TestWithParam<Engine> {
+class LockingTest : public SiteTest {
 protected:
-    LockingTest() : site(GetParam()) {}
     void SetUp() override
     {
         site.create();
@@ -73,7 +72,6 @@ protected:
         site.prompter().clear();
         site.session().machine.machineName = QStringLiteral("OTHER");
     }
-    TestSite site;
 };
 
 }  // namespace
@@ -101,4 +99,4 @@ TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)
     EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, LockingTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(LockingTest);

@@ -13,13 +13,7 @@ using namespace tarlox::test;
 
 namespace {
 
-class RecordsTest : public ::testing::TestWithParam<Engine> {
-protected:
-    RecordsTest() : site(GetParam()) {}
-    void SetUp() override { ASSERT_TRUE(site.start()); }
-    Session& s() { return site.session(); }
-    TestSite site;
-};
+class RecordsTest : public SiteTest {};
 
 }  // namespace
 
@@ -163,4 +157,4 @@ TEST_P(RecordsTest, TransactionsAreAllOrNothing)
     EXPECT_EQ(count->toInt(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, RecordsTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(RecordsTest);

@@ -27,19 +27,8 @@ QStringList L(std::initializer_list<const char*> items)
     return list;
 }
 
-class FindQueryTest : public ::testing::TestWithParam<Engine> {
+class FindQueryTest : public SiteTest {
 protected:
-    FindQueryTest() : site(GetParam()) {}
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
-
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
-
     // References whose values exercise each rule of the criteria.
     void fileExamples()
     {
@@ -64,8 +53,6 @@ protected:
     {
         return L({"ABC", "abc2", "AB12", "AB99", "C1", "C12", "XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"});
     }
-
-    TestSite site;
 };
 
 struct Example {
@@ -400,6 +387,6 @@ TEST_P(FindQueryTest, SearchIndexesAreBuiltOverReferencesOnFile)
     EXPECT_EQ(heatsFound(s(), {.heat = S("*123*")}, false), L({"LATE-1234", "XA-1234-B"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FindQueryTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(FindQueryTest);
 
 }  // namespace

@@ -33,27 +33,11 @@ bool write(const QString& path, const QByteArray& content)
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
-class ImageStoreTest : public ::testing::TestWithParam<Engine> {
+class ImageStoreTest : public SiteTest {
 protected:
-    ImageStoreTest() : site(GetParam()) {}
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
-
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
 
     void imageRow(qint32 number, const QString& path, const QString& volume)
@@ -66,8 +50,6 @@ protected:
     {
         s().info = InfoRecord{heat, part, po, QStringLiteral("Vend"), QStringLiteral("Mfg"), {}, 0};
     }
-
-    TestSite site;
 };
 
 TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
@@ -247,6 +229,6 @@ TEST_P(ImageStoreTest, DataDirectoryWithTheYearIsMadeAtStart)
     EXPECT_TRUE(otherPrompter.asked().isEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ImageStoreTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ImageStoreTest);
 
 }  // namespace

@@ -22,6 +22,11 @@ inline const QString NoRecordsMatch = QStringLiteral("No records match this sele
 inline const QString SaveChanges = QStringLiteral("Do you want to save your changes?");
 inline const QString DeletePage = QStringLiteral("Are you sure you want to remove this page?");
 inline const QString PutReportInScanner = QStringLiteral("Put the Test Report in the Scanner");
+inline const QString ScanTooSmall = QStringLiteral(
+    "The image returned from the scanner was too small!\r\nIt should have been %1 inches but instead was %2 inches.\r\n"
+    "You may need to use the scanner's interface to scan these documents or you might try upgrading drivers for you scanner.\r\n"
+    "To use this scan anyway select 'Yes' or select 'No' to abort this scan.\r\n"
+    "To permanently ignore this problem, Select 'Ignore Size Check' in the Change System Information form.");
 inline const QString PrepareToScan = QStringLiteral("Put the page to scan in the scanner");
 inline const QString RestoreOriginal =
     QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?");

@@ -1,5 +1,6 @@
 #include "support/TestSite.h"
 
+#include "data/DataOp.h"
 #include "data/OptionsData.h"
 #include "data/Schema.h"
 #include "data/Connection.h"
@@ -184,6 +185,25 @@ std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
     if (!StartSession(*other).ok())
         ADD_FAILURE() << "the second session did not start";
     return other;
+}
+
+qint64 SiteTest::scalar(const QString& sql, const QVariantList& binds)
+{
+    DataOp op(s(), QStringLiteral("test"));
+    auto value = op.scalar(sql, binds);
+    return value ? value->toLongLong() : -1;
+}
+
+QByteArray FileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 }  // namespace tarlox::test

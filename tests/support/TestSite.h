@@ -4,6 +4,7 @@
 #include "support/ScriptedPrompter.h"
 
 #include <QTemporaryDir>
+#include <gtest/gtest.h>
 #include <memory>
 
 namespace tarlox::test {
@@ -57,6 +58,31 @@ private:
     std::unique_ptr<Session> session_;
     QString pgDatabase_;
 };
+
+// The world most tests live in: a site on one engine, started, the person's
+// prompter cleared. TEST_P suites derive from it and run on both engines
+// with TARLOX_ON_BOTH_ENGINES(Suite).
+class SiteTest : public ::testing::TestWithParam<Engine> {
+protected:
+    SiteTest() : site(GetParam()) {}
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+    Session& s() { return site.session(); }
+    ScriptedPrompter& prompter() { return site.prompter(); }
+    // The first column of the first row of a query on the site's database; -1 when it fails.
+    qint64 scalar(const QString& sql, const QVariantList& binds = {});
+
+    TestSite site;
+};
+#define TARLOX_ON_BOTH_ENGINES(Suite) \
+    INSTANTIATE_TEST_SUITE_P(Engines, Suite, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>)
+
+// A whole file, empty when it can't be read; and a file written whole.
+QByteArray FileBytes(const QString& path);
+bool WriteFile(const QString& path, const QByteArray& bytes);
 
 // Creates and drops PostgreSQL databases on the test server.
 bool createPostgresDatabase(const QString& name);

@@ -309,89 +309,67 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     EXPECT_EQ(shown(), 2);
 }
 
-TEST_F(Viewer, InsertAtPageOneThroughTheScanner)
+// Rescan (1), insert (2) and append (3) from the scanner, with the
+// scanner's page or failure and the person's answers, and the pages after.
+TEST_F(Viewer, ScanMenuRescansInsertsAndAppends)
 {
-    open(2);
+    const struct {
+        const char* name;
+        int pages, at, mode;
+        int scanned, height;  // scanned 0: the scanner fails
+        QList<Answer> answers;
+        QList<int> after;
+        int current;
+    } rows[] = {
+        {"insert at page one", 2, 1, 2, 9, 1100, {Answer::Ok}, {9, 1, 2}, 1},
+        {"rescan page two", 3, 2, 1, 7, 1100, {Answer::Ok}, {1, 7, 3}, 2},
+        {"append", 3, 2, 3, 7, 1100, {Answer::Ok}, {1, 2, 3, 7}, 4},
+        {"append cancelled: the view goes to the last page", 3, 1, 3, 7, 1100, {Answer::Cancel}, {1, 2, 3}, 3},
+        {"scanner failure", 2, 1, 1, 0, 0, {Answer::Ok}, {1, 2}, 1},
+        {"short page dropped by default", 1, 1, 3, 5, 600, {Answer::Ok}, {1}, 1},
+        {"short page kept", 1, 1, 3, 5, 600, {Answer::Ok, Answer::Yes}, {1, 5}, 2},
+        {"long page cut to the frame", 1, 1, 3, 6, 1500, {Answer::Ok}, {1, 6}, 2},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        open(row.pages);
+        doc.goToPage(row.at);
+        Scanner scanner;
+        if (row.scanned)
+            scanner.next = NumberedPage(row.scanned, 850, row.height);
+        else
+            scanner.error = QStringLiteral("Document feeder empty");
+        prompter().clear();
+        for (Answer a : row.answers)
+            prompter().answer(a);
+        doc.mnuScan_Click(row.mode, &scanner);
+        EXPECT_EQ(PageNumbersOf(path), row.after);
+        EXPECT_EQ(doc.currentPage(), row.current);
+        EXPECT_EQ(TiffReader::open(path)->pageInfo(int(row.after.size()) - 1)->height, row.height == 600 ? 600 : 1100);
+        EXPECT_FALSE(QFileInfo::exists(original()));
+        EXPECT_EQ(doc.scanMode(), ScanMode::None);
+        if (!row.scanned)
+            EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), scanner.error);
+        if (row.height == 600)
+            EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("11 inches but instead was 6 inches")));
+    }
     Scanner scanner;
     scanner.next = NumberedPage(9);
-    prompter().answer(Answer::Ok);
     doc.mnuScan_Click(2, &scanner);
     EXPECT_EQ(scanner.seen.mode, QLatin1Char('I'));
     EXPECT_EQ(scanner.seen.dpi, 200);
     EXPECT_DOUBLE_EQ(scanner.seen.pageLength, 11);
     EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), texts::PrepareToScan);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{9, 1, 2}));
-    EXPECT_EQ(shown(), 9);
-    EXPECT_FALSE(QFileInfo::exists(original()));
-}
 
-TEST_F(Viewer, RescanAndAppendAndTheirCancels)
-{
-    open(3);
-    doc.goToPage(2);
-    Scanner scanner;
-    scanner.next = NumberedPage(7);
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(1, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3}));
-    EXPECT_EQ(doc.currentPage(), 2);
-
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
-    EXPECT_EQ(doc.currentPage(), 4);
-
-    // Cancel at the prompt in append mode: the file stays, the view moves to the last page.
-    doc.goToPage(1);
-    prompter().answer(Answer::Cancel);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
-    EXPECT_EQ(doc.currentPage(), 4);
-
-    // The operator cancels the confirmation screen: no prompt, nothing scanned.
+    // The operator cancels the confirmation screen: nothing is scanned.
     scanner.confirmed = false;
     const int acquired = scanner.acquired;
     doc.mnuScan_Click(1, &scanner);
     EXPECT_EQ(scanner.acquired, acquired);
-}
-
-TEST_F(Viewer, ScannerFailureIsShownAndTheFileStays)
-{
-    open(2);
-    Scanner scanner;
-    scanner.error = QStringLiteral("Document feeder empty");
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(1, &scanner);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), QStringLiteral("Document feeder empty"));
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
-    EXPECT_EQ(doc.scanMode(), ScanMode::None);
-
+    // No scanner at all: told, nothing else.
     prompter().clear();
     doc.mnuScan_Click(1, nullptr);
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("ReScan Page")));
-}
-
-TEST_F(Viewer, ShortScanIsQuestionedAndDroppedByDefault)
-{
-    open(1);
-    Scanner scanner;
-    scanner.next = NumberedPage(5, 850, 600);  // 6 inches of an 11 inch page
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("11 inches but instead was 6 inches")));
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1}));
-
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Yes);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 5}));
-
-    // Overlong pages are cut to the frame.
-    scanner.next = NumberedPage(6, 850, 1500);
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
-    auto reader = TiffReader::open(path);
-    EXPECT_EQ(reader->pageInfo(2)->height, 1100);
 }
 
 TEST_F(Viewer, RescanResolutionFollowsTheDocument)

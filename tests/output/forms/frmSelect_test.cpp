@@ -21,15 +21,8 @@ using namespace tarlox::test;
 namespace {
 
 // A control of a form, found by its name as the person at the screen knows it.
-class SelectScreen : public ::testing::TestWithParam<Engine> {
-protected:
-    SelectScreen() : site(GetParam()) {}
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
-    TestSite site;
+class SelectScreen : public SiteTest {
+protected:    TestSite site;
 };
 
 }  // namespace
@@ -88,4 +81,4 @@ TEST_P(SelectScreen, RescanButtonHandsTheImageOn)
     EXPECT_EQ(asked, 125);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, SelectScreen, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(SelectScreen);

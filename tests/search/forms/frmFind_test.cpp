@@ -28,10 +28,8 @@ namespace {
 QDateTime at(int y, int m, int d, int h = 0) { return QDateTime(QDate(y, m, d), QTime(h, 0)); }
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-class FindFormTest : public ::testing::TestWithParam<Engine> {
+class FindFormTest : public SiteTest {
 protected:
-    FindFormTest() : site(GetParam()) {}
-
     void SetUp() override
     {
         ASSERT_TRUE(site.start());
@@ -41,9 +39,6 @@ protected:
                                   {S("ZZ1"), S("P4"), S("PO4"), S("Other Co"), S("Mill B"), 9, at(2003, 3, 1), S("/srv/data")}}));
         site.prompter().clear();
     }
-
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
 
     template <class W = QLineEdit> W* get(frmFind& form, const char* name)
     {
@@ -58,8 +53,6 @@ protected:
     QColor base(frmFind& form, const char* name) { return get(form, name)->palette().color(QPalette::Base); }
 
     qint64 references() { return scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\"")); }
-
-    TestSite site;
 };
 
 TEST_P(FindFormTest, FindShowsTheNewestAndWalksTheResults)
@@ -291,6 +284,6 @@ TEST_P(FindFormTest, RemoveRefusesTheOnlyReference)
     EXPECT_EQ(prompter().asked().size(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FindFormTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(FindFormTest);
 
 }  // namespace
