@@ -1,6 +1,8 @@
 #include "output/PdfWriter.h"
 #include "store/TestPages.h"
 #include "store/TiffWriter.h"
+#include "support/FullDisk.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,11 +15,9 @@
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstring>
 
 using namespace tarlox;
@@ -229,32 +229,23 @@ TEST_F(PdfWriterTest, FailedWriteLeavesNothingBehind)
     QTemporaryDir out;
     const QString target = out.filePath(QStringLiteral("TM000001.pdf"));
     ASSERT_TRUE(TiffToPdf(tiff, {}, target).ok());
-    const auto contents = [](const QString& name) {
-        QFile file(name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    const QByteArray before = contents(target);
+    const QByteArray before = FileBytes(target);
     const QImage page = TextPage(1700, 2200, 2, 200);
 
     const auto leftAsItWas = [&] {
         EXPECT_EQ(QDir(out.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("TM000001.pdf")});
-        EXPECT_EQ(contents(target), before);
+        EXPECT_EQ(FileBytes(target), before);
     };
 
     const IoStatus missingPage = TiffToPdf(tiff, {0, 3}, target);
     EXPECT_TRUE(missingPage.error().contains(QStringLiteral("has no page 4"))) << missingPage.error().toStdString();
     leftAsItWas();
 
-    // The file size limit stands in for a full disk.
-    struct rlimit saved {};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    auto* previous = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit tight = saved;
-    tight.rlim_cur = rlim_t(before.size() / 2);
-    setrlimit(RLIMIT_FSIZE, &tight);
-    const IoStatus fullDisk = TiffToPdf(tiff, {0, 0}, target);
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, previous);
+    IoStatus fullDisk;
+    {
+        FullDisk full(rlim_t(before.size() / 2));
+        fullDisk = TiffToPdf(tiff, {0, 0}, target);
+    }
     EXPECT_TRUE(fullDisk.error().contains(QStringLiteral("File too large"))) << fullDisk.error().toStdString();
     leftAsItWas();
 

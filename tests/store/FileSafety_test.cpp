@@ -4,6 +4,7 @@
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 #include "TestPages.h"
+#include "support/FullDisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,8 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -88,19 +87,12 @@ TEST_F(FileSafety, ReadOnlyDirectoryGivesMessageAndNoFile)
 
 TEST_F(FileSafety, FullDiskLeavesTheFileAsItWas)
 {
-    // The file size limit stands in for a full disk: writes beyond it fail.
-    struct rlimit saved {};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    auto* previous = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit tight = saved;
-    tight.rlim_cur = rlim_t(original.size() + 2000);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-
-    const IoStatus appended = AppendPage(path("TR000001.TIF"), TextPage(2550, 3300, 2, 300));
-    const IoStatus created = WriteTiff(path("TR000004.TIF"), {TextPage(2550, 3300, 3, 300)});
-
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, previous);
+    IoStatus appended, created;
+    {
+        FullDisk full(rlim_t(original.size() + 2000));
+        appended = AppendPage(path("TR000001.TIF"), TextPage(2550, 3300, 2, 300));
+        created = WriteTiff(path("TR000004.TIF"), {TextPage(2550, 3300, 3, 300)});
+    }
 
     ASSERT_FALSE(appended.ok());
     ASSERT_FALSE(created.ok());

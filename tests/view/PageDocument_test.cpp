@@ -538,7 +538,7 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         };
         IoStatus saved;
         {
-            FullDataDirectory full(row.roomForOriginal ? copyBefore.size() : 0);
+            FullDisk full(row.roomForOriginal ? copyBefore.size() : 0);
             saved = save();
         }
         ASSERT_FALSE(saved);

@@ -192,7 +192,7 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     viewer->LineCommand();
     drag(viewer, QPointF(100, 600), QPointF(700, 600));
     {
-        FullDataDirectory full;
+        FullDisk full;
         viewer->action(QStringLiteral("mnuSaveExit"))->trigger();
         site.prompter().answer(Answer::Yes);
         viewer->close();
