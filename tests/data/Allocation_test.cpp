@@ -45,13 +45,6 @@ protected:
         return process;
     }
 
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(site.session(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
-
     // The final image files and their numbers; every one must be complete.
     QSet<qint32> checkFiles()
     {
@@ -65,9 +58,7 @@ protected:
                 continue;
             }
             const qint32 number = match.captured(1).toInt();
-            QFile file(QDir(dataDir).filePath(name));
-            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-            const QByteArray content = file.readAll();
+            const QByteArray content = FileBytes(QDir(dataDir).filePath(name));
             EXPECT_TRUE(content.startsWith(QByteArray("TARLOX TEST " + QByteArray::number(number) + '\n'))) << name.toStdString();
             EXPECT_TRUE(content.endsWith(QByteArray("\nEND " + QByteArray::number(number) + '\n'))) << name.toStdString() << " is not complete";
             numbers.insert(number);
