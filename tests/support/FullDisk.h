@@ -1,8 +1,11 @@
 #pragma once
 
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <functional>
 
 namespace tarlox::test {
 
@@ -32,5 +35,20 @@ private:
     struct rlimit saved_ {};
     void (*previous_)(int) = nullptr;
 };
+
+// Runs work in a child process as an unprivileged user when the test runs as
+// root (root writes into read-only directories); true when work said yes.
+inline bool RunUnprivileged(const std::function<bool()>& work)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(3);
+        _exit(work() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
 
 }  // namespace tarlox::test
