@@ -20,20 +20,7 @@ class OtherWriter {
 public:
     explicit OtherWriter(TestSite& site) : name_(QUuid::createUuid().toString())
     {
-        QSqlDatabase db;
-        if (site.engine() == Engine::Sqlite) {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
-            db.setDatabaseName(site.path(QStringLiteral("server/Tarlox.db")));
-        } else {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name_);
-            for (const QString& pair : postgresConnInfo().split(QLatin1Char(' '))) {
-                const QString key = pair.section(QLatin1Char('='), 0, 0), value = pair.section(QLatin1Char('='), 1);
-                if (key == QLatin1String("host")) db.setHostName(value);
-                if (key == QLatin1String("port")) db.setPort(value.toInt());
-                if (key == QLatin1String("user")) db.setUserName(value);
-            }
-            db.setDatabaseName(site.postgresDatabase());
-        }
+        QSqlDatabase db = site.rawConnection(name_);
         EXPECT_TRUE(db.open());
         QSqlQuery q(db);
         if (site.engine() == Engine::Sqlite) {

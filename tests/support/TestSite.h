@@ -3,8 +3,10 @@
 #include "data/Session.h"
 #include "support/ScriptedPrompter.h"
 
+#include <QSqlDatabase>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <functional>
 #include <memory>
 
 namespace tarlox::test {
@@ -50,6 +52,8 @@ public:
     QString postgresDatabase() const { return pgDatabase_; }
     // Runs a statement on a connection of its own (bypassing the session).
     bool execRaw(const QString& sql) const;
+    // A connection of its own to the site's database under name, not yet open.
+    QSqlDatabase rawConnection(const QString& name) const;
 
 private:
     Engine engine_;
@@ -83,6 +87,11 @@ protected:
 // A whole file, empty when it can't be read; and a file written whole.
 QByteArray FileBytes(const QString& path);
 bool WriteFile(const QString& path, const QByteArray& bytes);
+
+// A PostgreSQL connection from libpq connection data (host, port, user), not yet open.
+QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database);
+// Runs one statement on a connection of its own, made by connect(name); false and a warning when it fails.
+bool RunSql(const std::function<QSqlDatabase(const QString& name)>& connect, const QString& sql);
 
 // Creates and drops PostgreSQL databases on the test server.
 bool createPostgresDatabase(const QString& name);
