@@ -14,6 +14,7 @@ namespace {
 
 class SchemaTest : public SiteTest {
 protected:
+    void SetUp() override {}  // each test builds its database itself
     QString type(int limit) const
     {
         return site.engine() == Engine::Sqlite ? QStringLiteral("VARCHAR(%1)").arg(limit) : QStringLiteral("varchar(%1)").arg(limit);
