@@ -197,9 +197,10 @@ TEST(BarcodeKey, SplitOfTheBarcodeText)
     for (const auto& r : rows) {
         const IoResult<BarcodeKey> key = SplitBarcodeText(QString::fromLatin1(r.text));
         ASSERT_EQ(key.ok(), r.ok) << r.text;
-        if (r.ok)
+        if (r.ok) {
             EXPECT_EQ(*key, (BarcodeKey{QString::fromLatin1(r.po), qint16(r.receipt), qint16(r.line), qint16(r.tag)})) << r.text;
-        else
+        } else {
             EXPECT_FALSE(key.error().isEmpty());
+        }
     }
 }

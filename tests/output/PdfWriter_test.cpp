@@ -144,10 +144,11 @@ TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
         const QImage page = TextPage(c.width, c.height, quint32(++seed), c.dpi);
         const QString tiff = path(QStringLiteral("page%1.tif").arg(seed));
         const QString pdf = path(QStringLiteral("page%1.pdf").arg(seed));
-        if (c.source == StoreFile)
+        if (c.source == StoreFile) {
             ASSERT_TRUE(WriteTiff(tiff, {page}).ok());
-        else
+        } else {
             ASSERT_TRUE(WriteG4WithLibtiff(tiff, page, c.dpi, c.photometric, c.fillOrder, c.rowsPerStrip));
+        }
         const PdfPage pdfPage = c.source == InMemory ? PdfPage::fromImage(page, Dpi{double(c.dpi), double(c.dpi)})
                                                      : PdfPage::fromTiff(tiff, 0);
         const IoStatus written = WritePdf(pdf, {pdfPage});

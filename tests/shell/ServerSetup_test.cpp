@@ -120,8 +120,9 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     // Retry once the server is up again.
     prompter.clear();
     prompter.onAsk([](const Prompt& p) {
-        if (p.title == QLatin1String("Invalid Server Information"))
+        if (p.title == QLatin1String("Invalid Server Information")) {
             ASSERT_TRUE(ownServer->start());
+        }
     });
     prompter.answer(Answer::Ok);
     prompter.answer(Answer::Retry);

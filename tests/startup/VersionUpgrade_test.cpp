@@ -164,8 +164,9 @@ TEST(OlderProgram, AnswersToTheUpgradeQuestion)
         EXPECT_EQ(v.start(QStringLiteral("7.00.0004")), row.goesOn);
         EXPECT_EQ(v.upgradeRan(row.ran ? 5000 : 300), row.ran);
         EXPECT_EQ(v.site.prompter().asked().first().buttons, Buttons::YesNoCancel);
-        if (!row.executable)
+        if (!row.executable) {
             EXPECT_EQ(v.site.prompter().textOf(QStringLiteral("Can't Upgrade")), texts::CantUpgrade);
+        }
         EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
     }
 }

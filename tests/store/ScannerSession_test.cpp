@@ -370,10 +370,11 @@ TEST_F(ScannerSessionTest, FeederRunsUntilEmptyTheTransferCountOrStop)
                     scanner.requestStop();
             });
         scanner.Scan();
-        if (limit)
+        if (limit) {
             EXPECT_EQ(scanner.pagesSaved(), std::min(limit, 10));
-        else
+        } else {
             EXPECT_TRUE(scanner.pagesSaved() >= 2 && scanner.pagesSaved() <= 2 + 3) << "at most the sheets already read ahead";
+        }
         EXPECT_EQ(readFile(output).pages.size(), scanner.pagesSaved());
     }
     EXPECT_FALSE(prompter().wasAsked(kScannerError));

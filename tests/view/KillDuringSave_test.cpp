@@ -61,16 +61,18 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         for (int i = 0; i < reader->pageCount(); ++i) {
             auto page = reader->readPage(i);
             ASSERT_TRUE(page) << "round " << round << " page " << i + 1 << ": " << page.error().toStdString();
-            if (i != 1)
+            if (i != 1) {
                 EXPECT_TRUE(SamePixels(*page, pages[i])) << "round " << round << " page " << i + 1;
-            else
+            } else {
                 EXPECT_EQ(PageNumberOf(*page), 2);
+            }
         }
         // The Original: once there, always there and always the file as scanned.
         const bool originalNow = QFileInfo::exists(original);
         ASSERT_TRUE(originalNow || !originalSeen) << "round " << round << ": the Original was lost";
-        if (originalNow)
+        if (originalNow) {
             ASSERT_EQ(FileBytes(original), asScanned) << "round " << round;
+        }
         originalSeen = originalSeen || originalNow;
         // No half-written file stands under a name a search for images would find.
         const QStringList images = QDir(dir.path()).entryList({QStringLiteral("*.TIF")}, QDir::Files);

@@ -334,10 +334,12 @@ TEST_F(Viewer, ScanMenuRescansInsertsAndAppends)
         EXPECT_EQ(TiffReader::open(path)->pageInfo(int(row.after.size()) - 1)->height, row.after.last() == 5 ? 600 : 1100);
         EXPECT_FALSE(QFileInfo::exists(original()));
         EXPECT_EQ(doc.scanMode(), ScanMode::None);
-        if (!row.scanned)
+        if (!row.scanned) {
             EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), scanner.error);
-        if (row.height == 600)
+        }
+        if (row.height == 600) {
             EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("11 inches but instead was 6 inches")));
+        }
     }
     Scanner scanner;
     scanner.next = NumberedPage(9);

@@ -111,12 +111,15 @@ TEST_F(PageFilesTest, DeleteInsertReplaceAndAppend)
         for (int page = 1; after.isEmpty() && page <= 21; ++page)
             after << page;
         EXPECT_EQ(PageNumbersOf(copy), after);
-        if (result)
+        if (result) {
             EXPECT_EQ(result->written, row.written);
-        if (row.written)
+        }
+        if (row.written) {
             EXPECT_EQ(result->pageCount, after.size());
-        if (!row.written)
+        }
+        if (!row.written) {
             EXPECT_EQ(FileBytes(copy), before);
+        }
         EXPECT_EQ(asked, row.mode == ScanMode::Delete ? 0 : 1);
         EXPECT_TRUE(leftovers().isEmpty());
         EXPECT_FALSE(QFileInfo::exists(original));  // page operations make no Original
