@@ -6,13 +6,17 @@ BUILD_DIR ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: run test build deps clean bench coverage
+.PHONY: run test build deps clean bench coverage package
 
 run: build
 	$(BUILD_DIR)/bin/tarlox
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j$(JOBS)
+
+# A .deb of the programs, the manual, icons, desktop entry and man page.
+package: build
+	cd $(BUILD_DIR) && cpack -G DEB
 
 bench: build
 	bash bench/run.sh $(BUILD_DIR)

@@ -15,6 +15,8 @@ packages=(
   python3-aiosmtpd dovecot-pop3d openssl
   hylafax-server hylafax-client
   xvfb xauth
+  help2man desktop-file-utils appstream dpkg-dev
+  fonts-liberation cups-daemon cups-client cups-filters
 )
 
 missing=()

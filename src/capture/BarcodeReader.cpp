@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <algorithm>
@@ -130,7 +131,11 @@ QString BarcodeReader::DefaultHelperPath()
     const QString configured = qEnvironmentVariable("TARLOX_BARCODE_HELPER");
     if (!configured.isEmpty())
         return configured;
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tarlox-barcode"));
+    // Beside the program in a build; in the package's libexec folder once installed.
+    const QDir programs(QCoreApplication::applicationDirPath());
+    const QString beside = programs.filePath(QStringLiteral("tarlox-barcode"));
+    const QString installed = programs.filePath(QStringLiteral("../libexec/tarlox/tarlox-barcode"));
+    return QFileInfo::exists(beside) || !QFileInfo::exists(installed) ? beside : QDir::cleanPath(installed);
 }
 
 qint64 BarcodeReader::helperProcessId() const

@@ -32,11 +32,6 @@ ScanEntry::Result ScanEntry::cmdScan_Click(const ScanEntryFields& fields)
     s.traceCall(QStringLiteral("cmdScan_Click"));
     setStep({});
     Result result;
-    if (s.prompter().ask(QStringLiteral("Prepare to Scan"), QStringLiteral("Put the Test Report in the Scanner"), Buttons::OkCancel,
-                         Icon::Critical)
-        == Answer::Cancel)
-        return result;
-
     s.pageSizeCode = fields.pageSizeCode;
     const QString dpi = fields.dpi ? QString::number(*fields.dpi) : ReadResolutionChoice(s).dpiFor(fields.highResolution);
 
@@ -46,6 +41,17 @@ ScanEntry::Result ScanEntry::cmdScan_Click(const ScanEntryFields& fields)
     info.po = fields.po;
     info.vend = SpaceIfEmpty(fields.vend);
     info.mfg = SpaceIfEmpty(fields.mfg);
+
+    // The entry is checked before the operator is asked to load the paper:
+    // a missing heat is found before the report lies in the feeder.
+    if (!GetInfoFieldLengths(s) || !ValidateInfo(s, fields.duplicates)) {
+        result.outcome = Outcome::Refused;
+        return result;
+    }
+    if (s.prompter().ask(QStringLiteral("Prepare to Scan"), QStringLiteral("Put the Test Report in the Scanner"), Buttons::OkCancel,
+                         Icon::Critical)
+        == Answer::Cancel)
+        return result;
 
     // The tags carry the fields as typed, blanks included.
     const ReportTags tags = ReportTags::forReport(fields.heat, fields.part, fields.po, fields.vend, fields.mfg);
@@ -58,7 +64,7 @@ ScanEntry::Result ScanEntry::cmdScan_Click(const ScanEntryFields& fields)
     // The scan is the page writer of the one way a report is stored: the
     // image row and its references are added only once the file is in place.
     StoreOptions options;
-    options.duplicates = fields.duplicates;
+    options.validated = true;
     options.onStep = [this](const QString& label) { setStep(label); };
     options.keepWorkFile = true;
     const auto scanInto = [&](const QString& workFile) {

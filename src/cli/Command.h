@@ -60,6 +60,8 @@ std::unique_ptr<Command> makeAddCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeFindCommand();
 std::unique_ptr<Command> makeScanCommand();
+std::unique_ptr<Command> makeOutputCommand();
+std::unique_ptr<Command> makePrintCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

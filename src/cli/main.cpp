@@ -4,7 +4,7 @@
 #include "data/Session.h"
 #include "startup/Startup.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -32,6 +32,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeShowCommand());
     commands.push_back(makeFindCommand());
     commands.push_back(makeScanCommand());
+    commands.push_back(makeOutputCommand());
+    commands.push_back(makePrintCommand());
     return commands;
 }
 
@@ -75,7 +77,18 @@ int unknownCommand(const QString& name)
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // Text is drawn on pages (the message block), which takes a graphics
+    // application; the command line needs no screen for it.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Nothing here uses the session's runtime directory; Qt's remark on a
+    // missing one is no concern of the user's.
+    static const QtMessageHandler qtHandler = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& message) {
+        if (!message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")))
+            qtHandler(type, context, message);
+    });
+    QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tarlox"));
     const auto commands = allCommands();
 

@@ -165,7 +165,8 @@ bool ValidateInfo(Session& s, Duplicates duplicates)
                     Buttons::OkCancel, Icon::Critical, *dupeOk ? Answer::Ok : Answer::Cancel);
                 if (answer != Answer::Ok)
                     return fail(QStringLiteral("Heat #: ") + heat + QStringLiteral(" and Part #: ") + part + QStringLiteral(" and ")
-                                + s.poShort + QStringLiteral(": ") + po + QStringLiteral(" Already on File!"));
+                                + (s.poShort.isEmpty() ? QStringLiteral("P/O #") : s.poShort) + QStringLiteral(": ") + po
+                                + QStringLiteral(" Already on File!"));
             }
             // The database compares without case, so the entry does too:
             // H1/P1 and h1/p1 would be one key.

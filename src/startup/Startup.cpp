@@ -84,7 +84,12 @@ bool MakeIni(Session& s, FirstStart firstStart)
         return false;
     }
     QSaveFile local(s.localIni);
-    const QString content = QStringLiteral("[Info]\r\nNextName=1\r\nDataDir=") + dataDir + QStringLiteral("\r\nVersion=") + s.programVersion + QStringLiteral("\r\n");
+    // Usable defaults from the first start: the scan resolutions and
+    // brightness the settings screen shows, and drawing tools that draw
+    // (a stamp font of size 0 draws nothing; a white rectangle is invisible).
+    const QString content = QStringLiteral("[Info]\r\nNextName=1\r\nDataDir=") + dataDir + QStringLiteral("\r\nVersion=") + s.programVersion
+        + QStringLiteral("\r\nHighDPI=300\r\nLowDPI=200\r\nBrightness=0\r\n"
+                         "[Draw]\r\nFontName=Sans Serif\r\nFontSize=12\r\nRectangleBlack=True\r\nRectangleWidth=2\r\nLineWidth=2\r\n");
     if (!local.open(QIODevice::WriteOnly) || local.write(content.toUtf8()) < 0 || !local.commit()) {
         ReportError(s.prompter(), ErrorDetails{QStringLiteral("MakeIni"), QStringLiteral("Can't open ") + s.localIni + QStringLiteral(" for writing"),
                                                75, QStringLiteral("Path/File access error")});

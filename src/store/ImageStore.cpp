@@ -123,7 +123,7 @@ StoreResult SaveMTR(Session& s, int dpi, const PageWriter& writePages, const Sto
     image.type = QStringLiteral("4");
     image.size = s.pageSizeCode;
     s.info.entryDate = now;
-    if (!ValidateInfo(s, options.duplicates))
+    if (!options.validated && !ValidateInfo(s, options.duplicates))
         return {Outcome::Refused};
 
     step(QStringLiteral("GetNextImage"));

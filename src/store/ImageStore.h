@@ -32,6 +32,8 @@ using PageWriter = std::function<bool(const QString& path)>;
 struct StoreOptions {
     // What to do when a heat/part/P/O of the entry is on file already.
     Duplicates duplicates = Duplicates::Ask;
+    // The caller has run ValidateInfo on session.info already.
+    bool validated = false;
     // Told each step as it begins: "GetNextImage", "Scanning", "Copy from
     // Temp", "Add data" (or "Image not created").
     std::function<void(const QString&)> onStep;

@@ -633,13 +633,15 @@ void PageDocument::mnuRestOrig_Click()
     CheckOriginal();
 }
 
-IoStatus PageDocument::unload()
+IoResult<PageDocument::Unload> PageDocument::unload()
 {
     s_.traceCall(QStringLiteral("Form_Unload"));
     if (dirty()) {
-        if (s_.prompter().ask(QStringLiteral("Save Changes"), QStringLiteral("Do you want to save your changes?"), Buttons::YesNo,
-                              Icon::Exclamation)
-            == Answer::Yes) {
+        const Answer answer = s_.prompter().ask(QStringLiteral("Save Changes"), QStringLiteral("Do you want to save your changes?"),
+                                                Buttons::YesNoCancel, Icon::Exclamation);
+        if (answer == Answer::Cancel)
+            return Unload::KeptOpen;
+        if (answer == Answer::Yes) {
             if (auto saved = SaveChanges(); !saved)
                 return saved.failure();
         }
@@ -651,7 +653,7 @@ IoStatus PageDocument::unload()
     page_ = QImage();
     ++pageVersion_;
     annotateMode_ = false;
-    return {};
+    return Unload::Done;
 }
 
 bool PageDocument::printPages(PageSink& sink, int from, int to, int copies)

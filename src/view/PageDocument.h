@@ -137,8 +137,10 @@ public:
     void mnuRestOrig_Click();
     // Form_Unload: the save question, and the annotate mode's Original removed.
     // When the save asked for fails nothing is unloaded: the reason comes
-    // back and the viewer stays open with its changes.
-    IoStatus unload();
+    // back and the viewer stays open with its changes. Cancel (or Escape) at
+    // the question keeps the viewer open too: a key press never loses work.
+    enum class Unload { Done, KeptOpen };
+    IoResult<Unload> unload();
 
     // --- printing (PrintImage after the print dialog): copies of pages from..to
     bool printPages(PageSink& sink, int from, int to, int copies);

@@ -137,7 +137,7 @@ TEST_P(InfoDataTest, EmptyPoIsStoredAsBlankAndFoundAgain)
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
     EXPECT_FALSE(ValidateInfo(s()));
     EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("P/O #:\r\n \r\n")));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and :   Already on File!"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Heat #: H1 and Part #: P1 and P/O #:   Already on File!"));
 }
 
 TEST_P(InfoDataTest, AThousandPairsPerPoAndNotOneMore)

@@ -519,11 +519,13 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         const QByteArray copyBefore = bytesOf(path);
         const QByteArray originalBefore = bytesOf(original());
         const QStringList filesBefore = QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden);
-        const auto save = [&] {
+        const auto save = [&]() -> IoStatus {
             if (!row.onClose)
                 return doc.mnuSave_Click();
             prompter().answer(Answer::Yes);
-            return doc.unload();
+            if (auto unloaded = doc.unload(); !unloaded)
+                return unloaded.failure();
+            return {};
         };
         IoStatus saved;
         {

@@ -31,6 +31,9 @@ namespace tarlox {
 
 namespace {
 
+// Key of section "Form" for the frame's own place.
+const QString FramePlaceKey = QStringLiteral("mdiMain");
+
 
 constexpr Qt::WindowStates SizeStates = Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen;
 
@@ -360,11 +363,33 @@ void mdiMain::MDIForm_Load()
     // No fax component in this build yet: the fax command is not offered.
     faxAvailable_ = false;
     ChildUnload(nullptr);
+    restoreFramePlace();
     session_.machine.lastLogin = session_.now();
     MDIForm_Activate();
     // Looking for scanners can take seconds; until it answers the command
     // stands as this machine's row last recorded it.
     ProbeSaneDevices(this, [this](const QList<SaneDeviceEntry>& devices) { scannerFound(!devices.isEmpty()); });
+}
+
+// The frame comes back where the person left it, with its size and its
+// maximized state; a place off the screens of this machine (another screen
+// size, another scaling) is moved into view.
+void mdiMain::restoreFramePlace()
+{
+    const QByteArray kept = QByteArray::fromBase64(GetLocal(session_, section::Form, FramePlaceKey).toLatin1());
+    if (kept.isEmpty() || !restoreGeometry(kept))
+        return;
+    if (const QScreen* screen = this->screen(); screen && !(windowState() & SizeStates)) {
+        const QRect room = screen->availableVirtualGeometry();
+        QRect place = frameGeometry();
+        place.setSize(place.size().boundedTo(room.size()));
+        place.moveLeft(std::clamp(place.left(), room.left(), room.right() - place.width() + 1));
+        place.moveTop(std::clamp(place.top(), room.top(), room.bottom() - place.height() + 1));
+        if (place != frameGeometry()) {
+            resize(size().boundedTo(room.size()));
+            move(place.topLeft());
+        }
+    }
 }
 
 void mdiMain::scannerFound(bool present)
@@ -685,6 +710,7 @@ void mdiMain::closeEvent(QCloseEvent* event)
     for (const QPointer<QWidget>& dialog : std::as_const(dialogs_))
         if (dialog)
             dialog->close();
+    PutLocal(session_, section::Form, FramePlaceKey, QString::fromLatin1(saveGeometry().toBase64()));
     if (help_)
         help_->close();
     event->accept();

@@ -91,6 +91,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void restoreFramePlace();
     struct Button {
         QAction* command = nullptr;    // what a click does
         QAction* placement = nullptr;  // the button's place in the toolbar

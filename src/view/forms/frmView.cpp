@@ -347,7 +347,10 @@ void frmView::closeEvent(QCloseEvent* event)
     if (!unloaded_) {
         // A save on the close question that fails keeps the viewer open with
         // its changes, for the person to save again or to close without.
-        if (!showSaveFailure(document_.unload())) {
+        const auto unloaded = document_.unload();
+        if (!unloaded)
+            document_.reportSaveFailure(unloaded.failure());
+        if (!unloaded || *unloaded == PageDocument::Unload::KeptOpen) {
             event->ignore();
             return;
         }

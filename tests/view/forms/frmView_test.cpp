@@ -204,6 +204,12 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     EXPECT_TRUE(site.prompter().textOf(ProgramTitle()).contains(path));
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(path));
 
+    // Cancel (Escape) at the question keeps the viewer and its edits.
+    site.prompter().answer(Answer::Cancel);
+    viewer->close();
+    EXPECT_FALSE(closed);
+    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 600));
+
     site.prompter().answer(Answer::Yes);
     viewer->close();
     EXPECT_TRUE(closed);

@@ -1,0 +1,144 @@
+#include "support/CliRun.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QPainter>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+
+namespace {
+
+QString S(const char* text) { return QString::fromUtf8(text); }
+
+int Tool(const QString& program, const QStringList& arguments, QString* output = nullptr)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(120000))
+        return -1;
+    if (output)
+        *output = QString::fromUtf8(process.readAll());
+    return process.exitCode();
+}
+
+// The pages of a PDF as seen on paper, at 20 dpi.
+QList<QImage> Rasterize(const QString& pdf, const QString& stem)
+{
+    QList<QImage> pages;
+    if (Tool(S("pdftoppm"), {S("-r"), S("20"), S("-gray"), pdf, stem}) != 0)
+        return pages;
+    QDir dir = QFileInfo(stem).dir();
+    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + S("*.pgm")}, QDir::Files, QDir::Name))
+        pages << QImage(dir.filePath(name));
+    return pages;
+}
+
+// Which of the three marks (a black band at one third, two thirds or the
+// bottom of the page's height... here: at 10 %, 40 % or 70 % of its width) a page carries.
+int MarkOf(const QImage& page)
+{
+    for (int mark = 1; mark <= 3; ++mark)
+        if (qGray(page.pixel(int(page.width() * (0.3 * mark - 0.15)), page.height() / 2)) < 128)
+            return mark;
+    return 0;
+}
+
+// `tarlox-cli output` and `print` on an installation of their own.
+class OutputCliTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid() && work.isValid());
+        ASSERT_EQ(cli({S("init")}).code, 0);
+        QStringList pages;
+        for (int mark = 1; mark <= 3; ++mark) {
+            QImage image(1700, 2200, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter(&image).fillRect(int(1700 * (0.3 * mark - 0.15)) - 60, 600, 120, 1000, Qt::black);
+            image.setDotsPerMeterX(7874);
+            image.setDotsPerMeterY(7874);
+            pages << work.filePath(S("p%1.png").arg(mark));
+            image.save(pages.last());
+        }
+        const CliRun added = cli(QStringList{S("add"), S("--heat"), S("H1"), S("--part"), S("P1"), S("--po"), S("PO-7"),
+                                             S("--vendor"), S("Acme")} + pages);
+        ASSERT_EQ(added.code, 0) << added.err.toStdString();
+    }
+    CliRun cli(const QStringList& arguments, QList<QPair<QString, QString>> environment = {})
+    {
+        environment << qMakePair(S("TARLOX"), dir.path());
+        return RunCli(arguments, environment);
+    }
+    QList<int> Marks(const QString& pdf)
+    {
+        QList<int> marks;
+        for (const QImage& page : Rasterize(pdf, work.filePath(QFileInfo(pdf).baseName())))
+            marks << MarkOf(page);
+        return marks;
+    }
+
+    QTemporaryDir dir;
+    QTemporaryDir work;
+};
+
+}  // namespace
+
+TEST_F(OutputCliTest, WritesTheChosenPagesOfSeveralReportsInOrder)
+{
+    const QString pdf = work.filePath(S("out.pdf"));
+    const CliRun made = cli({S("output"), S("1"), S("1"), S("--pages"), S("3,1"), S("--message"), S("heat=H1"), S("--pdf"),
+                             S("-o"), pdf});
+    ASSERT_EQ(made.code, 0) << made.err.toStdString();
+    EXPECT_EQ(Marks(pdf), (QList<int>{1, 3, 1, 3}));
+    QString check;
+    EXPECT_EQ(Tool(S("qpdf"), {S("--check"), pdf}, &check), 0) << check.toStdString();
+
+    struct Bad {
+        QStringList arguments;
+        const char* says;
+    };
+    for (const Bad& bad : {Bad{{S("--pages"), S("1-3")}, "--pages must be 'All' or in the form 'n,m,l'"},
+                           Bad{{S("--message"), S("heat=A;B")}, "can't hold ';'"},
+                           Bad{{S("--message"), S("colour=red")}, "--message takes KEY=VALUE"},
+                           Bad{{S("--pdfa")}, "--pdfa goes with --pdf"}}) {
+        const CliRun refused = cli(QStringList{S("output"), S("1"), S("-o"), work.filePath(S("bad.tif"))} + bad.arguments);
+        EXPECT_EQ(refused.code, 2);
+        EXPECT_TRUE(refused.err.contains(S(bad.says))) << refused.err.toStdString();
+        EXPECT_FALSE(QFile::exists(work.filePath(S("bad.tif"))));
+    }
+    EXPECT_EQ(cli({S("output"), S("7"), S("-o"), work.filePath(S("bad.tif"))}).code, 1);
+}
+
+TEST_F(OutputCliTest, PrintsThroughACupsSchedulerOnLoopback)
+{
+    if (getuid() != 0 || QStandardPaths::findExecutable(S("cupsd"), {S("/usr/sbin"), S("/sbin")}).isEmpty())
+        GTEST_SKIP() << "needs root and cupsd (scripts/install-deps.sh)";
+    const QString script = qEnvironmentVariable("TARLOX_SOURCE_DIR") + S("/tests/support/cups.sh");
+    const QString spool = work.filePath(S("cups"));
+    const QString port = QString::number(20000 + getpid() % 20000);
+    QString said;
+    ASSERT_EQ(Tool(S("bash"), {script, S("start"), spool, port}, &said), 0) << said.toStdString();
+    const CliRun printed = cli({S("print"), S("1"), S("--pages"), S("2"), S("--printer"), S("tarlox-test")},
+                               {{S("CUPS_SERVER"), S("127.0.0.1:") + port}});
+    const QString arrived = spool + S("/out/printed.pdf");
+    QElapsedTimer waited;
+    waited.start();
+    while (waited.elapsed() < 60000 && (!QFile::exists(arrived) || Marks(arrived).isEmpty()))
+        QThread::msleep(200);
+    const QList<int> marks = Marks(arrived);
+    Tool(S("bash"), {script, S("stop"), spool});
+    ASSERT_EQ(printed.code, 0) << printed.err.toStdString();
+    EXPECT_EQ(marks, QList<int>{2});
+    EXPECT_TRUE(QDir(dir.filePath(S("TEMP"))).entryList(QDir::Files).isEmpty());
+}
