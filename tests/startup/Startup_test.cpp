@@ -78,7 +78,7 @@ TEST_F(FirstStartTest, CancelEndsWithoutFiles)
 
 TEST_F(FirstStartTest, ProgramDirectoryFromEnvironmentGetsOneSeparator)
 {
-    for (const QString& set : {dir.path(), dir.path() + QLatin1Char('/')}) {
+    for (const QString& set : {dir.path(), QString(dir.path() + QLatin1Char('/'))}) {
         qputenv("TARLOX", set.toUtf8());
         EXPECT_EQ(DefaultProgramDirectory(), dir.path() + QLatin1Char('/'));
     }
