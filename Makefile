@@ -1,10 +1,12 @@
 # Tarlox: `make run` starts the program, `make test` runs the whole suite.
 # Both install what they need on a Debian 12 machine first.
+# `make coverage` builds an instrumented copy in build-coverage, runs the suite
+# there and prints the line and branch coverage of src/.
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: run test build deps clean bench package
+.PHONY: run test build deps clean bench coverage package
 
 run: build
 	$(BUILD_DIR)/bin/tarlox
@@ -23,8 +25,16 @@ build: deps
 	cmake -S . -B $(BUILD_DIR) -G Ninja $(CMAKE_FLAGS) $(shell command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 	cmake --build $(BUILD_DIR) -j$(JOBS)
 
+COVERAGE_DIR ?= build-coverage
+coverage: deps
+	cmake -S . -B $(COVERAGE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Coverage -DTARLOX_BENCH=OFF $(shell command -v ccache >/dev/null && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+	cmake --build $(COVERAGE_DIR) -j$(JOBS)
+	find $(COVERAGE_DIR) -name '*.gcda' -delete
+	cd $(COVERAGE_DIR) && ctest --output-on-failure -j$(JOBS)
+	gcovr -j $(JOBS) --root $(CURDIR) --filter '$(CURDIR)/src/' --exclude-throw-branches --exclude-unreachable-branches --print-summary --output /dev/null $(COVERAGE_DIR)
+
 deps:
 	bash scripts/install-deps.sh
 
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(COVERAGE_DIR)

@@ -11,7 +11,7 @@ packages=(
   libpoppler-qt6-dev libzxing-dev libcurl4-openssl-dev libwmf-dev
   libsqlite3-dev libpq-dev postgresql postgresql-contrib
   libqpdf-dev qpdf poppler-utils libpdfbox2-java libactivation-java libjaxb-api-java default-jre-headless
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev libbenchmark-dev gcovr
   python3-aiosmtpd dovecot-pop3d openssl
   hylafax-server hylafax-client
   xvfb xauth

@@ -87,7 +87,7 @@ TEST(BarcodeReader, EveryFormatAt200And300Dpi)
     }
 }
 
-TEST(BarcodeReader, DataMatrixAnywhereOnThePage)
+TEST(BarcodeReader, DataMatrixAnywhereOnThePageAndPagesWithout)
 {
     using F = ZXing::BarcodeFormat;
     // Three symbols on one band, none on the page's middle lines, and one
@@ -98,15 +98,10 @@ TEST(BarcodeReader, DataMatrixAnywhereOnThePage)
                                                          {F::DataMatrix, "C3", 6.4, 1.05},
                                                          {F::DataMatrix, "D4", 7.3, 9.9}}));
     EXPECT_EQ(Texts(read), (QStringList{QStringLiteral("A1"), QStringLiteral("B2"), QStringLiteral("C3"), QStringLiteral("D4")}));
-}
-
-TEST(BarcodeReader, PageWithoutCodes)
-{
-    BarcodeReader reader;
-    const BarcodePage page = reader.read(ReportPage(300, {}));
-    EXPECT_TRUE(page.codes.isEmpty());
-    EXPECT_EQ(page.text(), QString());
-    EXPECT_EQ(page.note, QString());
+    // A page without codes: nothing, and nothing wrong.
+    const BarcodePage none = reader.read(ReportPage(300, {}));
+    EXPECT_TRUE(none.codes.isEmpty() && none.note.isEmpty());
+    EXPECT_EQ(none.text(), QString());
 }
 
 TEST(BarcodeReader, ReadingOrderIsRowsTopToBottomEachLeftToRight)
@@ -117,11 +112,7 @@ TEST(BarcodeReader, ReadingOrderIsRowsTopToBottomEachLeftToRight)
     // Side by side with tops 40 dots apart still one row; a code starting
     // below the middle of the row's first one begins the next row.
     const QList<BarcodeCode> codes = {code("D", 100, 900), code("B", 1500, 300), code("A", 200, 340), code("C", 900, 380)};
-    const QList<BarcodeCode> ordered = InReadingOrder(codes);
-    QStringList texts;
-    for (const BarcodeCode& c : ordered)
-        texts.append(c.text);
-    EXPECT_EQ(texts.join(QString()), QStringLiteral("ABCD"));
+    EXPECT_EQ(Texts(BarcodePage{InReadingOrder(codes), {}}).join(QString()), QStringLiteral("ABCD"));
 }
 
 TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
@@ -208,9 +199,10 @@ TEST(BarcodeKey, SplitOfTheBarcodeText)
     for (const auto& r : rows) {
         const IoResult<BarcodeKey> key = SplitBarcodeText(QString::fromLatin1(r.text));
         ASSERT_EQ(key.ok(), r.ok) << r.text;
-        if (r.ok)
+        if (r.ok) {
             EXPECT_EQ(*key, (BarcodeKey{QString::fromLatin1(r.po), qint16(r.receipt), qint16(r.line), qint16(r.tag)})) << r.text;
-        else
+        } else {
             EXPECT_FALSE(key.error().isEmpty());
+        }
     }
 }

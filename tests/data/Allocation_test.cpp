@@ -25,10 +25,8 @@ namespace {
 
 QString driver() { return qEnvironmentVariable("TARLOX_ALLOCATE_DRIVER"); }
 
-class AllocationTest : public ::testing::TestWithParam<Engine> {
+class AllocationTest : public SiteTest {
 protected:
-    AllocationTest() : site(GetParam()) {}
-
     void SetUp() override
     {
         ASSERT_FALSE(driver().isEmpty()) << "TARLOX_ALLOCATE_DRIVER is not set";
@@ -47,13 +45,6 @@ protected:
         return process;
     }
 
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(site.session(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
-
     // The final image files and their numbers; every one must be complete.
     QSet<qint32> checkFiles()
     {
@@ -67,9 +58,7 @@ protected:
                 continue;
             }
             const qint32 number = match.captured(1).toInt();
-            QFile file(QDir(dataDir).filePath(name));
-            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-            const QByteArray content = file.readAll();
+            const QByteArray content = FileBytes(QDir(dataDir).filePath(name));
             EXPECT_TRUE(content.startsWith(QByteArray("TARLOX TEST " + QByteArray::number(number) + '\n'))) << name.toStdString();
             EXPECT_TRUE(content.endsWith(QByteArray("\nEND " + QByteArray::number(number) + '\n'))) << name.toStdString() << " is not complete";
             numbers.insert(number);
@@ -89,8 +78,6 @@ protected:
         while (rows->next())
             EXPECT_TRUE(files.contains(rows->value(0).toInt())) << "image " << rows->value(0).toInt() << " has a row and no file";
     }
-
-    TestSite site;
 };
 
 TEST_P(AllocationTest, FourWorkstationsAddingAtOnceGetDistinctNumbers)
@@ -155,6 +142,6 @@ TEST_P(AllocationTest, KilledAtAnyMomentLeavesNoHalfFileAndNoLoneReference)
     checkRows(checkFiles());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AllocationTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(AllocationTest);
 
 }  // namespace

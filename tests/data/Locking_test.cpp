@@ -20,20 +20,7 @@ class OtherWriter {
 public:
     explicit OtherWriter(TestSite& site) : name_(QUuid::createUuid().toString())
     {
-        QSqlDatabase db;
-        if (site.engine() == Engine::Sqlite) {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
-            db.setDatabaseName(site.path(QStringLiteral("server/Tarlox.db")));
-        } else {
-            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name_);
-            for (const QString& pair : postgresConnInfo().split(QLatin1Char(' '))) {
-                const QString key = pair.section(QLatin1Char('='), 0, 0), value = pair.section(QLatin1Char('='), 1);
-                if (key == QLatin1String("host")) db.setHostName(value);
-                if (key == QLatin1String("port")) db.setPort(value.toInt());
-                if (key == QLatin1String("user")) db.setUserName(value);
-            }
-            db.setDatabaseName(site.postgresDatabase());
-        }
+        QSqlDatabase db = site.rawConnection(name_);
         EXPECT_TRUE(db.open());
         QSqlQuery q(db);
         if (site.engine() == Engine::Sqlite) {
@@ -61,9 +48,8 @@ private:
     QString name_;
 };
 
-class LockingTest : public ::testing::TestWithParam<Engine> {
+class LockingTest : public SiteTest {
 protected:
-    LockingTest() : site(GetParam()) {}
     void SetUp() override
     {
         site.create();
@@ -73,7 +59,6 @@ protected:
         site.prompter().clear();
         site.session().machine.machineName = QStringLiteral("OTHER");
     }
-    TestSite site;
 };
 
 }  // namespace
@@ -101,4 +86,4 @@ TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)
     EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, LockingTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(LockingTest);

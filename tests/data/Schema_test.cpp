@@ -12,11 +12,9 @@ using namespace tarlox::test;
 
 namespace {
 
-class SchemaTest : public ::testing::TestWithParam<Engine> {
+class SchemaTest : public SiteTest {
 protected:
-    SchemaTest() : site(GetParam()) {}
-
-    Session& s() { return site.session(); }
+    void SetUp() override {}  // each test builds its database itself
     QString type(int limit) const
     {
         return site.engine() == Engine::Sqlite ? QStringLiteral("VARCHAR(%1)").arg(limit) : QStringLiteral("varchar(%1)").arg(limit);
@@ -41,8 +39,6 @@ protected:
             ASSERT_TRUE(site.execRaw(statement)) << statement.toStdString();
         GetServerInfo(s());
     }
-
-    TestSite site;
 };
 
 }  // namespace
@@ -115,4 +111,4 @@ TEST_P(SchemaTest, KeysAreCaseInsensitive)
     EXPECT_EQ(found->toInt(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, SchemaTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(SchemaTest);

@@ -16,10 +16,8 @@ namespace {
 // A workstation six hours behind UTC in winter, five in summer: the clock
 // times it stores must come back as they went in, and finding by a day
 // must see the report of that day.
-class TimeZoneTest : public ::testing::TestWithParam<Engine> {
+class TimeZoneTest : public SiteTest {
 protected:
-    TimeZoneTest() : site(GetParam()) {}
-
     static void SetUpTestSuite()
     {
         qputenv("TZ", "America/Chicago");
@@ -35,9 +33,6 @@ protected:
         ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago"));
         ASSERT_TRUE(site.start());
     }
-
-    Session& s() { return site.session(); }
-    TestSite site;
 };
 
 }  // namespace
@@ -68,4 +63,4 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     EXPECT_EQ(found.rows.first().entryDate, lateEvening);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, TimeZoneTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(TimeZoneTest);

@@ -1,12 +1,11 @@
 #include "exchange/ExportFile.h"
+#include "support/FullDisk.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
 
 using namespace tarlox;
 using namespace Qt::StringLiterals;
@@ -176,14 +175,11 @@ TEST(ExportFile, AFailedWriteIsReportedAndLeavesWholeImagesOnly)
     const QByteArray before = fileBytes(path);
 
     // The file may grow by 10 bytes only: the next image is cut off by the system.
-    rlimit saved{};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    const rlimit small{rlim_t(before.size() + 10), saved.rlim_max};
-    const auto savedSignal = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const IoStatus failed = writer->write(image(2, u"B"_s));
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, savedSignal);
+    IoStatus failed;
+    {
+        test::FullDisk full(rlim_t(before.size() + 10));
+        failed = writer->write(image(2, u"B"_s));
+    }
 
     EXPECT_FALSE(failed);
     EXPECT_TRUE(failed.error().contains(path)) << failed.error().toStdString();

@@ -1,6 +1,8 @@
 #include "output/PdfWriter.h"
 #include "store/TestPages.h"
 #include "store/TiffWriter.h"
+#include "support/FullDisk.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,11 +15,9 @@
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
+#include <sys/stat.h>
+
 #include <cstring>
 
 using namespace tarlox;
@@ -144,10 +144,11 @@ TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
         const QImage page = TextPage(c.width, c.height, quint32(++seed), c.dpi);
         const QString tiff = path(QStringLiteral("page%1.tif").arg(seed));
         const QString pdf = path(QStringLiteral("page%1.pdf").arg(seed));
-        if (c.source == StoreFile)
+        if (c.source == StoreFile) {
             ASSERT_TRUE(WriteTiff(tiff, {page}).ok());
-        else
+        } else {
             ASSERT_TRUE(WriteG4WithLibtiff(tiff, page, c.dpi, c.photometric, c.fillOrder, c.rowsPerStrip));
+        }
         const PdfPage pdfPage = c.source == InMemory ? PdfPage::fromImage(page, Dpi{double(c.dpi), double(c.dpi)})
                                                      : PdfPage::fromTiff(tiff, 0);
         const IoStatus written = WritePdf(pdf, {pdfPage});
@@ -229,47 +230,30 @@ TEST_F(PdfWriterTest, FailedWriteLeavesNothingBehind)
     QTemporaryDir out;
     const QString target = out.filePath(QStringLiteral("TM000001.pdf"));
     ASSERT_TRUE(TiffToPdf(tiff, {}, target).ok());
-    const auto contents = [](const QString& name) {
-        QFile file(name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    const QByteArray before = contents(target);
+    const QByteArray before = FileBytes(target);
     const QImage page = TextPage(1700, 2200, 2, 200);
 
     const auto leftAsItWas = [&] {
         EXPECT_EQ(QDir(out.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("TM000001.pdf")});
-        EXPECT_EQ(contents(target), before);
+        EXPECT_EQ(FileBytes(target), before);
     };
 
     const IoStatus missingPage = TiffToPdf(tiff, {0, 3}, target);
     EXPECT_TRUE(missingPage.error().contains(QStringLiteral("has no page 4"))) << missingPage.error().toStdString();
     leftAsItWas();
 
-    // The file size limit stands in for a full disk.
-    struct rlimit saved {};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    auto* previous = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit tight = saved;
-    tight.rlim_cur = rlim_t(before.size() / 2);
-    setrlimit(RLIMIT_FSIZE, &tight);
-    const IoStatus fullDisk = TiffToPdf(tiff, {0, 0}, target);
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, previous);
+    IoStatus fullDisk;
+    {
+        FullDisk full(rlim_t(before.size() / 2));
+        fullDisk = TiffToPdf(tiff, {0, 0}, target);
+    }
     EXPECT_TRUE(fullDisk.error().contains(QStringLiteral("File too large"))) << fullDisk.error().toStdString();
     leftAsItWas();
 
-    // root writes anywhere: in a read-only directory the write runs as nobody, in a child process.
     ::chmod(QFile::encodeName(out.path()).constData(), 0555);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
-            _exit(3);
-        const IoStatus status = WritePdf(out.filePath(QStringLiteral("TM000002.pdf")), {PdfPage::fromImage(page)});
-        _exit(status.error().contains(QStringLiteral("Permission denied")) ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
+    EXPECT_TRUE(RunUnprivileged([&] {
+        return WritePdf(out.filePath(QStringLiteral("TM000002.pdf")), {PdfPage::fromImage(page)}).error().contains(QStringLiteral("Permission denied"));
+    }));
     ::chmod(QFile::encodeName(out.path()).constData(), 0755);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     leftAsItWas();
 }

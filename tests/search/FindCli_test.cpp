@@ -17,10 +17,8 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-class FindCliTest : public ::testing::TestWithParam<Engine> {
+class FindCliTest : public SiteTest {
 protected:
-    FindCliTest() : site(GetParam()) {}
-
     void SetUp() override
     {
         ASSERT_TRUE(site.start());
@@ -37,8 +35,6 @@ protected:
         args.prepend(S("--ini"));
         return RunCli(args);
     }
-
-    TestSite site;
 };
 
 TEST_P(FindCliTest, PrintsTheCountLineAndTheRows)
@@ -110,6 +106,6 @@ TEST_P(FindCliTest, BadCriteriaAndBadUsage)
     EXPECT_TRUE(r.out.startsWith(S("1 found 1 shown")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FindCliTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(FindCliTest);
 
 }  // namespace

@@ -20,10 +20,8 @@ namespace {
 QDateTime at(int y, int m, int d, int h = 0, int min = 0) { return QDateTime(QDate(y, m, d), QTime(h, min)); }
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-class ReferenceEditTest : public ::testing::TestWithParam<Engine> {
+class ReferenceEditTest : public SiteTest {
 protected:
-    ReferenceEditTest() : site(GetParam()) {}
-
     void SetUp() override
     {
         ASSERT_TRUE(site.start());
@@ -32,8 +30,6 @@ protected:
                                   {S("H3"), S("P3"), S("PO3"), S("Other"), S("Mill"), 8, at(2003, 2, 1), S("/srv/b")}}));
         site.prompter().clear();
     }
-
-    Session& s() { return site.session(); }
 
     // Every reference as one line, in key order: the whole table at a glance.
     QStringList table()
@@ -57,8 +53,6 @@ protected:
         EXPECT_EQ(r.rows.size(), 1) << heat.toStdString();
         return r.rows.value(0);
     }
-
-    TestSite site;
 };
 
 TEST_P(ReferenceEditTest, ChangingOnlyTheVendorKeepsKeyAndMoment)
@@ -218,6 +212,6 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
     EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 7")), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ReferenceEditTest, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ReferenceEditTest);
 
 }  // namespace

@@ -45,15 +45,6 @@ TEST(LayoutTag, MinimumSizeOfTheFormsTag)
     EXPECT_EQ(MinimumSizeOfTag(QString()), QSize(0, 0));
 }
 
-TEST(Twips, FifteenToAPixel)
-{
-    EXPECT_EQ(PixelsToTwips(400), 6000);
-    EXPECT_EQ(TwipsToPixels(6000), 400);
-    EXPECT_EQ(TwipsToPixels(3500), 233);
-    EXPECT_EQ(TwipsToPixels(7), 0);
-    EXPECT_EQ(TwipsToPixels(8), 1);
-}
-
 class FormGeometryFile : public ::testing::Test {
 protected:
     void SetUp() override

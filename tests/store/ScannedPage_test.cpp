@@ -2,6 +2,7 @@
 #include "store/PageProcessing.h"
 #include "store/ScannedPage.h"
 #include "TestPages.h"
+#include "support/SystemTexts.h"
 
 #include <QTransform>
 
@@ -50,15 +51,10 @@ TEST(ScannedPage, SizeTestAndLengthCutAtTheFrameLengths)
     }
 }
 
-TEST(ScannedPage, TooSmallMessageWordForWord)
+TEST(ScannedPage, TooSmallMessageNamesBothLengths)
 {
-    EXPECT_EQ(TooSmallMessage(11, 2183, 200),
-              QStringLiteral("The image returned from the scanner was too small!\r\n"
-                             "It should have been 11 inches but instead was 10.915 inches.\r\n"
-                             "You may need to use the scanner's interface to scan these documents or you might try upgrading drivers for you scanner.\r\n"
-                             "To use this scan anyway select 'Yes' or select 'No' to abort this scan.\r\n"
-                             "To permanently ignore this problem, Select 'Ignore Size Check' in the Change System Information form."));
-    EXPECT_TRUE(TooSmallMessage(11.7, 1000, 300).contains(QStringLiteral("It should have been 11.7 inches but instead was 3.33333333333333 inches.")));
+    EXPECT_EQ(TooSmallMessage(11, 2183, 200), texts::ScanTooSmall.arg(QStringLiteral("11"), QStringLiteral("10.915")));
+    EXPECT_EQ(TooSmallMessage(11.7, 1000, 300), texts::ScanTooSmall.arg(QStringLiteral("11.7"), QStringLiteral("3.33333333333333")));
     EXPECT_TRUE(TooSmallMessage(FrameLengthFor(QStringLiteral("A"), true), 1000, 300, true).contains(QStringLiteral("been 11.7 inches")));
     EXPECT_EQ(NumberText(14), QStringLiteral("14"));
 }

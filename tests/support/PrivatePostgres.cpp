@@ -1,10 +1,8 @@
 #include "support/PrivatePostgres.h"
+#include "support/TestSite.h"
 
 #include <QFile>
 #include <QProcess>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QUuid>
 
 namespace tarlox::test {
 
@@ -54,19 +52,8 @@ bool PrivatePostgres::stop()
 
 bool PrivatePostgres::createDatabase(const QString& name) const
 {
-    const QString connection = QStringLiteral("private-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
-    bool ok = false;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connection);
-        db.setHostName(QStringLiteral("127.0.0.1"));
-        db.setPort(port_);
-        db.setUserName(QStringLiteral("postgres"));
-        db.setDatabaseName(QStringLiteral("postgres"));
-        ok = db.open() && QSqlQuery(db).exec(QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(connection);
-    return ok;
+    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, QStringLiteral("postgres")); },
+                  QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
 }
 
 }  // namespace tarlox::test

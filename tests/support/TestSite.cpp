@@ -1,5 +1,6 @@
 #include "support/TestSite.h"
 
+#include "data/DataOp.h"
 #include "data/OptionsData.h"
 #include "data/Schema.h"
 #include "data/Connection.h"
@@ -17,12 +18,9 @@
 
 namespace tarlox::test {
 
-namespace {
-
-QSqlDatabase adminConnection(const QString& name, const QString& database)
+QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database)
 {
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
-    const QString conninfo = postgresConnInfo();
     for (const QString& pair : conninfo.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QString key = pair.section(QLatin1Char('='), 0, 0);
         const QString value = pair.section(QLatin1Char('='), 1);
@@ -37,24 +35,31 @@ QSqlDatabase adminConnection(const QString& name, const QString& database)
     return db;
 }
 
-bool runAdmin(const QString& database, const QString& sql)
+bool RunSql(const std::function<QSqlDatabase(const QString& name)>& connect, const QString& sql)
 {
-    const QString name = QStringLiteral("admin-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString name = QStringLiteral("raw-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     bool ok = false;
     {
-        QSqlDatabase db = adminConnection(name, database);
+        QSqlDatabase db = connect(name);
         if (db.open()) {
             QSqlQuery query(db);
             ok = query.exec(sql);
             if (!ok)
                 qWarning("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
         } else {
-            qWarning("admin connection: %s", qPrintable(db.lastError().text()));
+            qWarning("%s: %s", qPrintable(sql), qPrintable(db.lastError().text()));
         }
         db.close();
     }
     QSqlDatabase::removeDatabase(name);
     return ok;
+}
+
+namespace {
+
+bool runAdmin(const QString& database, const QString& sql)
+{
+    return RunSql([&](const QString& name) { return PostgresConnection(name, postgresConnInfo(), database); }, sql);
 }
 
 }  // namespace
@@ -107,25 +112,18 @@ TestSite::~TestSite()
         dropPostgresDatabase(pgDatabase_);
 }
 
-bool TestSite::execRaw(const QString& sql) const
+QSqlDatabase TestSite::rawConnection(const QString& name) const
 {
     if (engine_ == Engine::Postgres)
-        return runAdmin(pgDatabase_, sql);
-    const QString name = QStringLiteral("raw-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
-    bool ok = false;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(path(QStringLiteral("server/Tarlox.db")));
-        if (db.open()) {
-            QSqlQuery query(db);
-            ok = query.exec(sql);
-            if (!ok)
-                qWarning("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
-        }
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(name);
-    return ok;
+        return PostgresConnection(name, postgresConnInfo(), pgDatabase_);
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+    db.setDatabaseName(path(QStringLiteral("server/Tarlox.db")));
+    return db;
+}
+
+bool TestSite::execRaw(const QString& sql) const
+{
+    return RunSql([this](const QString& name) { return rawConnection(name); }, sql);
 }
 
 void TestSite::writeSettings()
@@ -184,6 +182,25 @@ std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
     if (!StartSession(*other).ok())
         ADD_FAILURE() << "the second session did not start";
     return other;
+}
+
+qint64 SiteTest::scalar(const QString& sql, const QVariantList& binds)
+{
+    DataOp op(s(), QStringLiteral("test"));
+    auto value = op.scalar(sql, binds);
+    return value ? value->toLongLong() : -1;
+}
+
+QByteArray FileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 }  // namespace tarlox::test

@@ -3,7 +3,10 @@
 #include "data/Session.h"
 #include "support/ScriptedPrompter.h"
 
+#include <QSqlDatabase>
 #include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <functional>
 #include <memory>
 
 namespace tarlox::test {
@@ -49,6 +52,8 @@ public:
     QString postgresDatabase() const { return pgDatabase_; }
     // Runs a statement on a connection of its own (bypassing the session).
     bool execRaw(const QString& sql) const;
+    // A connection of its own to the site's database under name, not yet open.
+    QSqlDatabase rawConnection(const QString& name) const;
 
 private:
     Engine engine_;
@@ -57,6 +62,36 @@ private:
     std::unique_ptr<Session> session_;
     QString pgDatabase_;
 };
+
+// The world most tests live in: a site on one engine, started, the person's
+// prompter cleared. TEST_P suites derive from it and run on both engines
+// with TARLOX_ON_BOTH_ENGINES(Suite).
+class SiteTest : public ::testing::TestWithParam<Engine> {
+protected:
+    SiteTest() : site(GetParam()) {}
+    void SetUp() override
+    {
+        ASSERT_TRUE(site.start());
+        site.prompter().clear();
+    }
+    Session& s() { return site.session(); }
+    ScriptedPrompter& prompter() { return site.prompter(); }
+    // The first column of the first row of a query on the site's database; -1 when it fails.
+    qint64 scalar(const QString& sql, const QVariantList& binds = {});
+
+    TestSite site;
+};
+#define TARLOX_ON_BOTH_ENGINES(Suite) \
+    INSTANTIATE_TEST_SUITE_P(Engines, Suite, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>)
+
+// A whole file, empty when it can't be read; and a file written whole.
+QByteArray FileBytes(const QString& path);
+bool WriteFile(const QString& path, const QByteArray& bytes);
+
+// A PostgreSQL connection from libpq connection data (host, port, user), not yet open.
+QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database);
+// Runs one statement on a connection of its own, made by connect(name); false and a warning when it fails.
+bool RunSql(const std::function<QSqlDatabase(const QString& name)>& connect, const QString& sql);
 
 // Creates and drops PostgreSQL databases on the test server.
 bool createPostgresDatabase(const QString& name);

@@ -18,16 +18,6 @@
 using namespace tarlox;
 using namespace tarlox::test;
 
-namespace {
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-}  // namespace
-
 // A workstation that dies at any moment of a save or a page rewrite never
 // leaves a broken Copy, and never loses an Original once it is made.
 TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
@@ -47,12 +37,11 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         pages.append(page);
     }
     ASSERT_TRUE(WriteTiff(copy, pages));
-    const QByteArray asScanned = bytesOf(copy);
+    const QByteArray asScanned = FileBytes(copy);
 
     QRandomGenerator random(20240305);
     bool originalSeen = false;
     int finishedOperations = 0;
-    int kills = 0;
     for (int round = 0; round < 60; ++round) {
         QProcess process;
         process.start(driver, {copy, original});
@@ -64,7 +53,6 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         const QByteArray said = process.readAllStandardOutput();
         finishedOperations += int(said.count('\n'));
         ASSERT_TRUE(running) << "the driver stopped by itself: " << process.readAllStandardError().toStdString();
-        ++kills;
 
         // The Copy: readable whole, three or four pages, the untouched pages as they were.
         auto reader = TiffReader::open(copy);
@@ -73,20 +61,17 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         for (int i = 0; i < reader->pageCount(); ++i) {
             auto page = reader->readPage(i);
             ASSERT_TRUE(page) << "round " << round << " page " << i + 1 << ": " << page.error().toStdString();
-            if (i == 0 || i == 2) {
+            if (i != 1) {
                 EXPECT_TRUE(SamePixels(*page, pages[i])) << "round " << round << " page " << i + 1;
-            }
-            if (i == 1) {
+            } else {
                 EXPECT_EQ(PageNumberOf(*page), 2);
             }
         }
         // The Original: once there, always there and always the file as scanned.
         const bool originalNow = QFileInfo::exists(original);
-        if (originalSeen) {
-            ASSERT_TRUE(originalNow) << "round " << round << ": the Original was lost";
-        }
+        ASSERT_TRUE(originalNow || !originalSeen) << "round " << round << ": the Original was lost";
         if (originalNow) {
-            ASSERT_EQ(bytesOf(original), asScanned) << "round " << round;
+            ASSERT_EQ(FileBytes(original), asScanned) << "round " << round;
         }
         originalSeen = originalSeen || originalNow;
         // No half-written file stands under a name a search for images would find.
@@ -94,9 +79,8 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         for (const QString& name : images)
             EXPECT_TRUE(name == QStringLiteral("TR000001.TIF") || name == QStringLiteral("OR000001.TIF")) << name.toStdString();
     }
-    EXPECT_GE(kills, 50);
     EXPECT_TRUE(originalSeen);
     // The kills fell among finished operations, not only during start-up.
     EXPECT_GT(finishedOperations, 20);
-    std::printf("%d kills over %d finished operations\n", kills, finishedOperations);
+    std::printf("60 kills over %d finished operations\n", finishedOperations);
 }

@@ -10,15 +10,12 @@
 #include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
+#include "support/FullDisk.h"
 #include "support/TestSite.h"
 
 #include <QGuiApplication>
 #include <QImage>
 #include <QList>
-
-#include <sys/resource.h>
-
-#include <csignal>
 
 namespace tarlox::test {
 
@@ -30,31 +27,6 @@ inline void EnsureGuiApplication()
     if (!QCoreApplication::instance())
         new QGuiApplication(argc, argv);
 }
-
-// While it lives, no file of this process grows beyond room bytes, so a save
-// into the data directory fails as on a full disk. Tests may run as root,
-// which writes into a read-only directory all the same; the file size limit
-// binds root too. Writes past it fail with EFBIG (SIGXFSZ ignored meanwhile).
-class FullDataDirectory {
-public:
-    explicit FullDataDirectory(rlim_t room = 0)
-    {
-        getrlimit(RLIMIT_FSIZE, &saved_);
-        previous_ = std::signal(SIGXFSZ, SIG_IGN);
-        struct rlimit full = saved_;
-        full.rlim_cur = room;
-        setrlimit(RLIMIT_FSIZE, &full);
-    }
-    ~FullDataDirectory()
-    {
-        setrlimit(RLIMIT_FSIZE, &saved_);
-        std::signal(SIGXFSZ, previous_);
-    }
-
-private:
-    struct rlimit saved_ {};
-    void (*previous_)(int) = nullptr;
-};
 
 // A page that says which page it is: a black bar whose width grows with n.
 inline QImage NumberedPage(int n, int width = 850, int height = 1100, double dpi = 100)
