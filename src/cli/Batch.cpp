@@ -4,7 +4,8 @@
 #include "capture/BatchFiles.h"
 #include "capture/BatchPages.h"
 #include "data/Session.h"
-#include "exchange/ReadField.h"
+#include "base/ReadField.h"
+#include "exchange/ExportFile.h"
 
 #include <QCoreApplication>
 #include <QDir>

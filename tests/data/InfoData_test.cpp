@@ -106,7 +106,7 @@ TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
     EXPECT_TRUE(ValidateInfo(s()));
     ASSERT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key")}));
     const Prompt& second = prompter().asked().last();
-    EXPECT_EQ(second.text, texts::AlreadyOnFile.arg(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("P/O #"), QStringLiteral("B")));
+    EXPECT_EQ(second.text, texts::AlreadyOnFile.arg(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("P/O #:"), QStringLiteral("B")));
     EXPECT_EQ(second.buttons, Buttons::OkCancel);
     EXPECT_EQ(second.defaultAnswer, Answer::Cancel);
 

@@ -13,7 +13,7 @@ inline const QString FewerHeatsThanParts = QStringLiteral("# of Heats < # of Par
 inline const QString RepeatedInEntry =
     QStringLiteral("Heat #: %1\r\nPart #: %2\r\nwere duplicated in the entry\r\nYou must change this before scanning!");
 inline const QString AlreadyOnFile = QStringLiteral(
-    "Heat #: %1\r\nPart #: %2\r\n%3:\r\n%4\r\n\r\nis already on file! Select 'OK' to add anyway\r\nor 'Cancel' to end without saving");
+    "Heat #: %1\r\nPart #: %2\r\n%3\r\n%4\r\n\r\nis already on file! Select 'OK' to add anyway\r\nor 'Cancel' to end without saving");
 inline const QString ImageNotInDatabase = QStringLiteral("Can't find image in data base!");
 inline const QString ImageFileGone = QStringLiteral("This image file no longer exists!");
 inline const QString ImageNotCreated = QStringLiteral("Image file was not created!");

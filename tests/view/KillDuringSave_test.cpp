@@ -18,6 +18,16 @@
 using namespace tarlox;
 using namespace tarlox::test;
 
+namespace {
+
+QByteArray bytesOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+}  // namespace
+
 // A workstation that dies at any moment of a save or a page rewrite never
 // leaves a broken Copy, and never loses an Original once it is made.
 TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
@@ -37,11 +47,12 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         pages.append(page);
     }
     ASSERT_TRUE(WriteTiff(copy, pages));
-    const QByteArray asScanned = FileBytes(copy);
+    const QByteArray asScanned = bytesOf(copy);
 
     QRandomGenerator random(20240305);
     bool originalSeen = false;
     int finishedOperations = 0;
+    int kills = 0;
     for (int round = 0; round < 60; ++round) {
         QProcess process;
         process.start(driver, {copy, original});
@@ -53,6 +64,7 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         const QByteArray said = process.readAllStandardOutput();
         finishedOperations += int(said.count('\n'));
         ASSERT_TRUE(running) << "the driver stopped by itself: " << process.readAllStandardError().toStdString();
+        ++kills;
 
         // The Copy: readable whole, three or four pages, the untouched pages as they were.
         auto reader = TiffReader::open(copy);
@@ -61,17 +73,20 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         for (int i = 0; i < reader->pageCount(); ++i) {
             auto page = reader->readPage(i);
             ASSERT_TRUE(page) << "round " << round << " page " << i + 1 << ": " << page.error().toStdString();
-            if (i != 1) {
+            if (i == 0 || i == 2) {
                 EXPECT_TRUE(SamePixels(*page, pages[i])) << "round " << round << " page " << i + 1;
-            } else {
+            }
+            if (i == 1) {
                 EXPECT_EQ(PageNumberOf(*page), 2);
             }
         }
         // The Original: once there, always there and always the file as scanned.
         const bool originalNow = QFileInfo::exists(original);
-        ASSERT_TRUE(originalNow || !originalSeen) << "round " << round << ": the Original was lost";
+        if (originalSeen) {
+            ASSERT_TRUE(originalNow) << "round " << round << ": the Original was lost";
+        }
         if (originalNow) {
-            ASSERT_EQ(FileBytes(original), asScanned) << "round " << round;
+            ASSERT_EQ(bytesOf(original), asScanned) << "round " << round;
         }
         originalSeen = originalSeen || originalNow;
         // No half-written file stands under a name a search for images would find.
@@ -79,8 +94,9 @@ TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
         for (const QString& name : images)
             EXPECT_TRUE(name == QStringLiteral("TR000001.TIF") || name == QStringLiteral("OR000001.TIF")) << name.toStdString();
     }
+    EXPECT_GE(kills, 50);
     EXPECT_TRUE(originalSeen);
     // The kills fell among finished operations, not only during start-up.
     EXPECT_GT(finishedOperations, 20);
-    std::printf("60 kills over %d finished operations\n", finishedOperations);
+    std::printf("%d kills over %d finished operations\n", kills, finishedOperations);
 }

@@ -7,7 +7,6 @@
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"
-#include "support/SystemTexts.h"
 
 #include <QDir>
 #include <QFile>
@@ -140,21 +139,33 @@ protected:
 
 }  // namespace
 
-TEST_F(Viewer, PageMenuListsTwentyPagesAndEveryPageIsReachable)
+TEST_F(Viewer, OnePageFileKeepsPageMenuAndDeleteOff)
 {
     open(1);
+    EXPECT_EQ(doc.pageCount(), 1);
     EXPECT_FALSE(doc.menus().mnuPage.enabled);
     EXPECT_FALSE(doc.menus().mnuDelete.enabled);
+    EXPECT_TRUE(doc.menus().mnuPrint.enabled);
     EXPECT_FALSE(doc.goToPage(2));
-    open(21);
+    open(2);
+    EXPECT_TRUE(doc.menus().mnuPage.enabled);
     EXPECT_TRUE(doc.menus().mnuDelete.enabled);
-    EXPECT_TRUE(doc.menus().mnuPageNum[19].visible);
+}
+
+TEST_F(Viewer, TwentyOnePagesAllReachableThoughTheMenuListsTwenty)
+{
+    open(21);
+    EXPECT_EQ(doc.pageCount(), 21);
+    for (int i = 1; i <= 20; ++i)
+        EXPECT_TRUE(doc.menus().mnuPageNum[size_t(i - 1)].visible) << i;
     EXPECT_EQ(doc.menus().mnuPageNum[19].caption, QStringLiteral("2&0"));
+    EXPECT_EQ(doc.menus().mnuPageNum[0].caption, QStringLiteral("&1"));
     doc.mnuPageNum_Click(21);  // no such menu item
     EXPECT_EQ(doc.currentPage(), 1);
     doc.mnuPageNum_Click(20);
     EXPECT_EQ(shown(), 20);
     EXPECT_TRUE(doc.menus().mnuPageNum[19].checked);
+    EXPECT_FALSE(doc.menus().mnuPageNum[0].checked);
     EXPECT_TRUE(doc.goToPage(21));  // Page Down or the page box
     EXPECT_EQ(shown(), 21);
     EXPECT_FALSE(doc.goToPage(22));
@@ -170,9 +181,13 @@ TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
     ASSERT_TRUE(doc.zoomed());
     EXPECT_EQ(doc.zoomSize(), 11);
     EXPECT_EQ(doc.zoomLeft(), 100);
-    EXPECT_DOUBLE_EQ(doc.geometry(QSize(440, 440)).scale(), 40);
+    EXPECT_EQ(doc.zoomTop(), 100);
+    EXPECT_EQ(doc.toolTip(), QStringLiteral("Right click to return to full screen."));
+    const ViewGeometry g = doc.geometry(QSize(440, 440));
+    EXPECT_DOUBLE_EQ(g.scale(), 40);
     doc.mouseDown(2, QPointF(5, 5));
     EXPECT_FALSE(doc.zoomed());
+    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag around the area you want enlarged."));
 }
 
 TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
@@ -181,6 +196,7 @@ TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
     s().draw.rectangleWidth = 3;
     s().draw.rectangleBlack = true;
     doc.RectangleCommand();
+    EXPECT_EQ(doc.drawMode(), QStringLiteral("Rect"));
     doc.select(200, 100, 201, 400);
     EXPECT_TRUE(doc.zoomed());
     EXPECT_FALSE(doc.dirty());
@@ -194,6 +210,7 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     open({NumberedPage(1), NumberedPage(2)});
     const QImage upright = doc.page();
     doc.mnuRotate_Click(1);
+    EXPECT_EQ(doc.viewRotation(), 270);
     EXPECT_EQ(doc.page().size(), QSize(1100, 850));
     doc.mnuRotate_Click(1);
     EXPECT_EQ(doc.viewRotation(), 180);
@@ -201,7 +218,11 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     EXPECT_FALSE(doc.dirty());  // turning marks nothing changed
     doc.goToPage(2);
     EXPECT_TRUE(IsBlackAt(doc.page(), 849 - 15, 1099 - 15));  // page 2 arrives turned too
+    doc.mnuRotate_Click(1);
+    doc.mnuRotate_Click(1);
+    EXPECT_EQ(doc.viewRotation(), 0);
     doc.mnuRotate_Click(3);
+    EXPECT_EQ(doc.viewRotation(), 180);
     doc.mnuRotate_Click(2);
     EXPECT_EQ(doc.viewRotation(), 270);
 }
@@ -216,36 +237,35 @@ TEST_F(Viewer, RotationFromTheSettingsIsUsedButNeverWritten)
     EXPECT_EQ(GetLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation")), QStringLiteral("90"));
 }
 
-// Abort drops unsaved strokes; the first save keeps the file as scanned as
-// the Original, which can be viewed (never edited) and restored.
-TEST_F(Viewer, AbortSaveViewTheOriginalAndRestoreIt)
+TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
+{
+    open(2);
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
+    EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
+    drawLine();
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
+    ASSERT_TRUE(doc.mnuSave_Click());
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
+    EXPECT_TRUE(doc.menus().mnuViewOrig.visible);
+    EXPECT_TRUE(doc.menus().mnuRestOrig.enabled);
+    doc.mnuViewOrig_Click();
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
+    EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));
+    EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);  // the Original is never edited
+    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    doc.mnuViewOrig_Click();
+    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
+    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
+}
+
+TEST_F(Viewer, AbortDropsTheChangesInMemory)
 {
     open(2);
     drawLine();
     doc.mnuAbort_Click();
     EXPECT_FALSE(doc.dirty());
     EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
-    drawLine();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
-    ASSERT_TRUE(doc.mnuSave_Click());
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
-    doc.mnuViewOrig_Click();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
-    EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    doc.mnuViewOrig_Click();  // back to the Copy, and to the Original again
-    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
-    doc.mnuViewOrig_Click();
-    prompter().answer(Answer::Cancel);
-    doc.mnuRestOrig_Click();
-    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
-    prompter().answer(Answer::Ok);
-    doc.mnuRestOrig_Click();
-    EXPECT_EQ(doc.viewFile(), path);  // the restored Copy shows
     EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
 TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
@@ -260,16 +280,38 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     doc.RectangleCommand();
     doc.select(100, 100, 300, 300);
     ASSERT_TRUE(doc.mnuSave_Click());
+    EXPECT_FALSE(IsBlackAt(doc.page(), 200, 200));
     auto reader = TiffReader::open(path);
     EXPECT_FALSE(IsBlackAt(*reader->readPage(0), 200, 200));
     EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 400));
 
     prompter().answer(Answer::Ok);
     doc.mnuRestOrig_Click();
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")),
+              QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?"));
     EXPECT_TRUE(IsBlackAt(doc.page(), 200, 200));
     EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_FALSE(doc.menus().mnuRestOrig.visible);
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
+}
+
+TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
+{
+    open(2);
+    drawLine();
+    ASSERT_TRUE(doc.mnuSave_Click());
+    doc.mnuViewOrig_Click();
+    ASSERT_EQ(doc.viewFile(), original());
+    prompter().answer(Answer::Cancel);
+    doc.mnuRestOrig_Click();
+    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
+    prompter().answer(Answer::Ok);
+    doc.mnuRestOrig_Click();
+    EXPECT_EQ(doc.viewFile(), path);
+    EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));  // stays as it was
+    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
 TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
@@ -278,11 +320,12 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     prompter().answer(Answer::Cancel);
     doc.mnuDelete_Click();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), texts::DeletePage);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), QStringLiteral("Are you sure you want to remove this page?"));
 
     prompter().answer(Answer::Ok);
     doc.mnuDelete_Click();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{2, 3}));
+    EXPECT_EQ(doc.currentPage(), 1);
     EXPECT_EQ(shown(), 2);
     EXPECT_FALSE(QFileInfo::exists(original()));
 
@@ -295,80 +338,106 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     EXPECT_EQ(shown(), 2);
 }
 
-// Rescan (1), insert (2) and append (3) from the scanner, with the
-// scanner's page or failure and the person's answers, and the pages after.
-TEST_F(Viewer, ScanMenuRescansInsertsAndAppends)
+TEST_F(Viewer, InsertAtPageOneThroughTheScanner)
 {
-    const struct {
-        const char* name;
-        int pages, at, mode;
-        int scanned, height;  // scanned 0: the scanner fails
-        QList<Answer> answers;
-        QList<int> after;
-        int current;
-    } rows[] = {
-        {"insert at page one", 2, 1, 2, 9, 1100, {Answer::Ok}, {9, 1, 2}, 1},
-        {"rescan page two", 3, 2, 1, 7, 1100, {Answer::Ok}, {1, 7, 3}, 2},
-        {"append", 3, 2, 3, 7, 1100, {Answer::Ok}, {1, 2, 3, 7}, 4},
-        {"append cancelled: the view goes to the last page", 3, 1, 3, 7, 1100, {Answer::Cancel}, {1, 2, 3}, 3},
-        {"scanner failure", 2, 1, 1, 0, 0, {Answer::Ok}, {1, 2}, 1},
-        {"short page dropped by default", 1, 1, 3, 5, 600, {Answer::Ok}, {1}, 1},
-        {"short page kept", 1, 1, 3, 5, 600, {Answer::Ok, Answer::Yes}, {1, 5}, 2},
-        {"long page cut to the frame", 1, 1, 3, 6, 1500, {Answer::Ok}, {1, 6}, 2},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        open(row.pages);
-        doc.goToPage(row.at);
-        Scanner scanner;
-        if (row.scanned)
-            scanner.next = NumberedPage(row.scanned, 850, row.height);
-        else
-            scanner.error = QStringLiteral("Document feeder empty");
-        prompter().clear();
-        for (Answer a : row.answers)
-            prompter().answer(a);
-        doc.mnuScan_Click(row.mode, &scanner);
-        EXPECT_EQ(PageNumbersOf(path), row.after);
-        EXPECT_EQ(doc.currentPage(), row.current);
-        EXPECT_EQ(TiffReader::open(path)->pageInfo(int(row.after.size()) - 1)->height, row.after.last() == 5 ? 600 : 1100);
-        EXPECT_FALSE(QFileInfo::exists(original()));
-        EXPECT_EQ(doc.scanMode(), ScanMode::None);
-        if (!row.scanned) {
-            EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), scanner.error);
-        }
-        if (row.height == 600) {
-            EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("11 inches but instead was 6 inches")));
-        }
-    }
+    open(2);
     Scanner scanner;
     scanner.next = NumberedPage(9);
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(2, &scanner);
+    EXPECT_EQ(scanner.seen.title, QStringLiteral("Insert Page"));
     EXPECT_EQ(scanner.seen.mode, QLatin1Char('I'));
     EXPECT_EQ(scanner.seen.dpi, 200);
     EXPECT_DOUBLE_EQ(scanner.seen.pageLength, 11);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), texts::PrepareToScan);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), QStringLiteral("Put the page to scan in the scanner"));
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{9, 1, 2}));
+    EXPECT_EQ(doc.currentPage(), 1);
+    EXPECT_EQ(shown(), 9);
+    EXPECT_FALSE(QFileInfo::exists(original()));
+}
 
-    // The operator cancels the confirmation screen: nothing is scanned.
+TEST_F(Viewer, RescanAndAppendAndTheirCancels)
+{
+    open(3);
+    doc.goToPage(2);
+    Scanner scanner;
+    scanner.next = NumberedPage(7);
+    prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(1, &scanner);
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3}));
+    EXPECT_EQ(doc.currentPage(), 2);
+
+    prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
+    EXPECT_EQ(doc.currentPage(), 4);
+
+    // Cancel at the prompt in append mode: the file stays, the view moves to the last page.
+    doc.goToPage(1);
+    prompter().answer(Answer::Cancel);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
+    EXPECT_EQ(doc.currentPage(), 4);
+
+    // The operator cancels the confirmation screen: no prompt, nothing scanned.
     scanner.confirmed = false;
     const int acquired = scanner.acquired;
     doc.mnuScan_Click(1, &scanner);
     EXPECT_EQ(scanner.acquired, acquired);
-    // No scanner at all: told, nothing else.
+}
+
+TEST_F(Viewer, ScannerFailureIsShownAndTheFileStays)
+{
+    open(2);
+    Scanner scanner;
+    scanner.error = QStringLiteral("Document feeder empty");
+    prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(1, &scanner);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), QStringLiteral("Document feeder empty"));
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
+    EXPECT_EQ(doc.scanMode(), ScanMode::None);
+    EXPECT_EQ(shown(), 1);
+
     prompter().clear();
     doc.mnuScan_Click(1, nullptr);
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("ReScan Page")));
 }
 
+TEST_F(Viewer, ShortScanIsQuestionedAndDroppedByDefault)
+{
+    open(1);
+    Scanner scanner;
+    scanner.next = NumberedPage(5, 850, 600);  // 6 inches of an 11 inch page
+    prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(3, &scanner);
+    const QString text = prompter().textOf(QStringLiteral("Scanner Error"));
+    EXPECT_TRUE(text.startsWith(QStringLiteral("The image returned from the scanner was too small!")));
+    EXPECT_TRUE(text.contains(QStringLiteral("It should have been 11 inches but instead was 6 inches.")));
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1}));
+
+    prompter().answer(Answer::Ok);
+    prompter().answer(Answer::Yes);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 5}));
+
+    // Overlong pages are cut to the frame.
+    scanner.next = NumberedPage(6, 850, 1500);
+    prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(3, &scanner);
+    auto reader = TiffReader::open(path);
+    EXPECT_EQ(reader->pageInfo(2)->height, 1100);
+}
+
 TEST_F(Viewer, RescanResolutionFollowsTheDocument)
 {
+    EXPECT_EQ(RescanDpi(s(), 200), 200);
     EXPECT_EQ(RescanDpi(s(), 300), 300);
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("LowDPI"), QStringLiteral("150"));
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
     EXPECT_EQ(RescanDpi(s(), 300), 150);
     EXPECT_EQ(RescanDpi(s(), 400), 400);
     EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("G")), 14);
+    EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("A")), 11.7);
     EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral(" ")), 11);
 }
 
@@ -381,6 +450,7 @@ TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
     ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("Changed by Another User")));
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3, 4}));
+    EXPECT_FALSE(QFileInfo::exists(original()));
     EXPECT_EQ(doc.pageCount(), 4);
 
     drawLine();
@@ -399,11 +469,13 @@ TEST_F(Viewer, MissingFileIsReportedAndLeavesAnEmptyViewer)
     doc.load();
     doc.FirstImage();
     EXPECT_TRUE(reportShown());
+    EXPECT_EQ(doc.pageCount(), 0);
     EXPECT_FALSE(doc.menus().mnuPrint.enabled);
+    EXPECT_TRUE(doc.page().isNull());
     drawLine();  // nothing to draw on
+    EXPECT_FALSE(doc.dirty());
     doc.select(0, 0, 100, 100);
     doc.mnuRotate_Click(1);
-    EXPECT_FALSE(doc.dirty());
     EXPECT_TRUE(doc.page().isNull());
 }
 
@@ -438,6 +510,7 @@ TEST_F(Viewer, PageNumberPastTheEndShowsTheLastPage)
     doc.goToPage(3);
     ASSERT_TRUE(WriteTiff(path, NumberedPages(2)));  // removed elsewhere
     doc.FirstImage();
+    EXPECT_EQ(doc.currentPage(), 2);
     EXPECT_EQ(shown(), 2);
     EXPECT_FALSE(reportShown());
 }
@@ -448,6 +521,8 @@ TEST_F(Viewer, UnreadableStampIsReportedAndDrawingGoesOn)
     s().draw.stampType = QStringLiteral("Image");
     s().draw.stampImage = site.path(QStringLiteral("nothing.tif"));
     doc.StampCommand();
+    EXPECT_EQ(doc.drawMode(), QStringLiteral("Stamp"));
+    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Stamp"));
     doc.select(100, 100, 300, 200);
     EXPECT_TRUE(reportShown());
     EXPECT_FALSE(doc.dirty());
@@ -462,6 +537,7 @@ TEST_F(Viewer, TextStampAndUndefinedStampFallsBackToMagnify)
     doc.StampCommand();
     EXPECT_EQ(host.stampForms, 1);
     EXPECT_EQ(doc.drawMode(), QString());
+    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Select"));
 
     s().draw.stampText = QStringLiteral("RECEIVED");
     s().draw.fontName = QStringLiteral("DejaVu Sans");
@@ -469,8 +545,10 @@ TEST_F(Viewer, TextStampAndUndefinedStampFallsBackToMagnify)
     doc.StampCommand();
     EXPECT_EQ(host.stampForms, 1);
     EXPECT_EQ(doc.cursorKey(), QStringLiteral("Text"));
+    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to define area to stamp."));
     doc.select(100, 100, 600, 160);
     EXPECT_TRUE(doc.dirty());
+    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
 }
 
 TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
@@ -480,7 +558,9 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
     host.lineWidthTyped = 1;
     doc.LineCommand();
     EXPECT_EQ(host.lineForms, 1);
+    EXPECT_EQ(doc.drawMode(), QStringLiteral("Line"));
     EXPECT_FALSE(doc.selectEnabled());
+    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to draw line."));
     doc.LineCommand();
     EXPECT_EQ(host.lineForms, 1);  // a width is set now
 
@@ -529,7 +609,7 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         };
         IoStatus saved;
         {
-            FullDisk full(row.roomForOriginal ? copyBefore.size() : 0);
+            test::FullDisk full(row.roomForOriginal ? copyBefore.size() : 0);
             saved = save();
         }
         ASSERT_FALSE(saved);
@@ -548,7 +628,7 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
         EXPECT_TRUE(SamePixels(*TiffReader::open(path)->readPage(1), edited));
     }
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), texts::SaveChanges);
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), QStringLiteral("Do you want to save your changes?"));
 }
 
 TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
@@ -563,6 +643,7 @@ TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
     s().draw.lineWidth = 3;
     annotate.LineCommand();
     annotate.DrawLine(10, 10, 200, 10);
+    EXPECT_EQ(annotate.caption(), QStringLiteral("Annotate ") + temp + QStringLiteral(" - Drawing Mode"));
     ASSERT_TRUE(annotate.mnuSave_Click());
     EXPECT_TRUE(QFileInfo::exists(annotate.originalFile()));
     ASSERT_TRUE(annotate.unload());
@@ -581,6 +662,9 @@ TEST_F(Viewer, PrintingTurnsLandscapePagesOneJobEachAndRestoresTheScreen)
     EXPECT_EQ(printer.pages[1].size(), QSize(850, 1100));  // turned for paper
     EXPECT_EQ(PageNumberOf(printer.pages[3]), 1);           // second copy starts again
     EXPECT_EQ(printer.frames[0], PrintFrameInches());
+    EXPECT_DOUBLE_EQ(PrintFrameInches().width(), 8);
+    EXPECT_DOUBLE_EQ(PrintFrameInches().height(), 10.5);
     EXPECT_DOUBLE_EQ(PrintFrameInches(true).height(), 13.5);
     EXPECT_EQ(shown(), 3);
+    EXPECT_EQ(doc.currentPage(), 3);
 }

@@ -18,6 +18,12 @@ using namespace tarlox::test;
 
 namespace {
 
+QByteArray bytesOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 class PageFilesTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -36,6 +42,8 @@ protected:
     QString copy;
     QString original;
 };
+
+std::optional<QImage> noPage() { return std::nullopt; }
 
 }  // namespace
 
@@ -67,76 +75,86 @@ TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
     EXPECT_FALSE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
     EXPECT_FALSE(QFileInfo::exists(original));
     store(2);
-    const QByteArray before = FileBytes(copy);
+    const QByteArray before = bytesOf(copy);
     const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
     ASSERT_FALSE(beyond);
     EXPECT_TRUE(beyond.error().contains(QStringLiteral("no longer")));
-    EXPECT_EQ(FileBytes(copy), before);
+    EXPECT_EQ(bytesOf(copy), before);
     EXPECT_FALSE(SaveEditedCopy(copy, original, QImage(), 1));
-    EXPECT_EQ(FileBytes(copy), before);
+    EXPECT_EQ(bytesOf(copy), before);
 }
 
-// Each page operation on a stored report: the pages after it, and whether
-// the file was written at all.
-TEST_F(PageFilesTest, DeleteInsertReplaceAndAppend)
+TEST_F(PageFilesTest, DeleteFirstAndLastOfThree)
 {
-    const struct {
-        const char* name;
-        int stored;
-        ScanMode mode;
-        int at, scanned;  // scanned 0: no page comes from the scanner
-        bool ok, written;
-        QList<int> after;
-    } rows[] = {
-        {"delete the first of three", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}},
-        {"delete the last of three", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
-        {"the only page can't be deleted", 1, ScanMode::Delete, 1, 0, false, false, {1}},
-        {"insert at page one", 3, ScanMode::Insert, 1, 9, true, true, {9, 1, 2, 3}},
-        {"replace page two", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}},
-        {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
-        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}},
-        {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {1, 2, 3}},
+    store(3);
+    auto first = RewritePages(copy, ScanMode::Delete, 1, noPage);
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(first->written);
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{2, 3}));
+    store(3);
+    ASSERT_TRUE(RewritePages(copy, ScanMode::Delete, 3, noPage));
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{1, 2}));
+    EXPECT_FALSE(QFileInfo::exists(original));  // page operations make no Original
+}
+
+TEST_F(PageFilesTest, LastPageCannotBeDeleted)
+{
+    store(1);
+    const auto result = RewritePages(copy, ScanMode::Delete, 1, noPage);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{1}));
+}
+
+TEST_F(PageFilesTest, InsertReplaceAndAppend)
+{
+    store(3);
+    bool asked = false;
+    const auto page9 = [&]() -> std::optional<QImage> {
+        asked = true;
+        return NumberedPage(9);
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        store(row.stored);
-        const QByteArray before = FileBytes(copy);
-        int asked = 0;
-        const auto result = RewritePages(copy, row.mode, row.at, [&]() -> std::optional<QImage> {
-            ++asked;
-            return row.scanned ? std::optional<QImage>(NumberedPage(row.scanned)) : std::nullopt;
-        });
-        ASSERT_EQ(bool(result), row.ok);
-        QList<int> after = row.after;
-        for (int page = 1; after.isEmpty() && page <= 21; ++page)
-            after << page;
-        EXPECT_EQ(PageNumbersOf(copy), after);
-        if (result) {
-            EXPECT_EQ(result->written, row.written);
-        }
-        if (row.written) {
-            EXPECT_EQ(result->pageCount, after.size());
-        }
-        if (!row.written) {
-            EXPECT_EQ(FileBytes(copy), before);
-        }
-        EXPECT_EQ(asked, row.mode == ScanMode::Delete ? 0 : 1);
-        EXPECT_TRUE(leftovers().isEmpty());
-        EXPECT_FALSE(QFileInfo::exists(original));  // page operations make no Original
-    }
+    ASSERT_TRUE(RewritePages(copy, ScanMode::Insert, 1, page9));
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 2, 3}));
+    ASSERT_TRUE(RewritePages(copy, ScanMode::Replace, 3, [] { return std::optional<QImage>(NumberedPage(7)); }));
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 7, 3}));
+    auto appended = RewritePages(copy, ScanMode::Append, 2, [] { return std::optional<QImage>(NumberedPage(5)); });
+    ASSERT_TRUE(appended);
+    EXPECT_EQ(appended->pageCount, 5);
+    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 7, 3, 5}));
+}
+
+TEST_F(PageFilesTest, AppendToTwentyGivesTwentyOne)
+{
+    store(20);
+    auto result = RewritePages(copy, ScanMode::Append, 20, [] { return std::optional<QImage>(NumberedPage(21)); });
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->pageCount, 21);
+    EXPECT_EQ(PageNumbersOf(copy).last(), 21);
+}
+
+TEST_F(PageFilesTest, NoScannedPageLeavesTheFileAsItWas)
+{
+    store(3);
+    const QByteArray before = bytesOf(copy);
+    auto result = RewritePages(copy, ScanMode::Insert, 2, noPage);
+    ASSERT_TRUE(result);
+    EXPECT_FALSE(result->written);
+    EXPECT_EQ(bytesOf(copy), before);
+    EXPECT_TRUE(leftovers().isEmpty());
 }
 
 TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
 {
     store(2);
-    const QByteArray asScanned = FileBytes(copy);
+    const QByteArray asScanned = bytesOf(copy);
     ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(5), 1));
-    ASSERT_NE(FileBytes(copy), asScanned);
+    ASSERT_NE(bytesOf(copy), asScanned);
     ASSERT_TRUE(RestoreOriginalFiles(copy, original));
-    EXPECT_EQ(FileBytes(copy), asScanned);
+    EXPECT_EQ(bytesOf(copy), asScanned);
     EXPECT_FALSE(QFileInfo::exists(original));
     EXPECT_FALSE(RestoreOriginalFiles(copy, original));  // none left: says so, Copy stays
-    EXPECT_EQ(FileBytes(copy), asScanned);
+    EXPECT_EQ(bytesOf(copy), asScanned);
 }
 
 TEST_F(PageFilesTest, StampChangesWhenAnotherSaveReplacesTheFile)
@@ -156,8 +174,10 @@ TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)
     const QString stale = dir.filePath(QStringLiteral(".TR000042.TIF.abc.part"));
     const QString fresh = dir.filePath(QStringLiteral(".TR000042.TIF.def.part"));
     const QString other = dir.filePath(QStringLiteral(".TR000043.TIF.abc.part"));
-    for (const QString& path : {stale, fresh, other})
-        ASSERT_TRUE(WriteFile(path, {}));
+    for (const QString& path : {stale, fresh, other}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
     struct utimbuf old {};
     old.actime = old.modtime = time(nullptr) - 7200;
     ASSERT_EQ(utime(QFile::encodeName(stale).constData(), &old), 0);
