@@ -1,4 +1,5 @@
 #include "search/forms/frmAscii.h"
+#include "search/forms/DateBoxes.h"
 
 #include "ui_frmAscii.h"
 
@@ -25,8 +26,7 @@ frmAscii::frmAscii(Session& session, QWidget* parent) : QWidget(parent), session
     session_.traceCall(QStringLiteral("frmAscii.Form_Load"));
     ui->setupUi(this);
     ui->txtName->setText(GetLocal(session_, section::Info, AsciiName));
-    for (QLineEdit* box : {ui->txtFrom, ui->txtTo})
-        box->installEventFilter(this);
+    dateBoxes_ = new DateBoxes(session_, {ui->txtFrom, ui->txtTo}, {ui->txtFrom, ui->txtTo}, this);
     connect(ui->cmdFileName, &QPushButton::clicked, this, &frmAscii::cmdFileName_Click);
     connect(ui->cmdPrint, &QPushButton::clicked, this, &frmAscii::cmdPrint_Click);
     connect(ui->cmdCancel, &QPushButton::clicked, this, [this] { FormWindowOf(this)->close(); });
@@ -70,31 +70,7 @@ void frmAscii::cmdPrint_Click()
 
 int frmAscii::CheckDate(QLineEdit* box)
 {
-    const QString text = box->text().trimmed();
-    if (text.isEmpty() || ParseDate(text))
-        return 0;
-    checkingDate_ = true;
-    session_.prompter().ask(ProgramTitle(), QStringLiteral("Invalid Date"), Buttons::Ok, Icon::None);
-    checkingDate_ = false;
-    box->setFocus();
-    return 1;
-}
-
-bool frmAscii::eventFilter(QObject* watched, QEvent* event)
-{
-    auto* box = qobject_cast<QLineEdit*>(watched);
-    if (box && event->type() == QEvent::FocusIn) {
-        QTimer::singleShot(0, box, [box] { box->selectAll(); });
-    } else if (box && event->type() == QEvent::FocusOut && !checkingDate_) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-            QString text = box->text();
-            if (VerifyDate(text) != box->text())
-                box->setText(text);
-            CheckDate(box);
-        }
-    }
-    return QWidget::eventFilter(watched, event);
+    return dateBoxes_->CheckDate(box);
 }
 
 }  // namespace tarlox

@@ -12,6 +12,8 @@ class frmAscii;
 
 namespace tarlox {
 
+class DateBoxes;
+
 class Session;
 
 // "Ascii Listing": the references of an entry date range written anew to a
@@ -27,15 +29,12 @@ public slots:
     void cmdFileName_Click();
     void cmdPrint_Click();
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     int CheckDate(QLineEdit* box);
 
     Session& session_;
     std::unique_ptr<Ui::frmAscii> ui;
-    bool checkingDate_ = false;
+    DateBoxes* dateBoxes_ = nullptr;
 };
 
 }  // namespace tarlox

@@ -1,4 +1,5 @@
 #include "search/forms/frmFind.h"
+#include "search/forms/DateBoxes.h"
 
 #include "ui_frmFind.h"
 
@@ -79,8 +80,8 @@ frmFind::frmFind(Session& session, QWidget* parent)
     handOver(ui->cmdDelete, &frmFind::deleteRequested);
     handOver(ui->cmdMove, &frmFind::moveRequested);
 
+    dateBoxes_ = new DateBoxes(session_, criteriaBoxes(), {ui->txtFrom, ui->txtTo}, this);
     for (QLineEdit* box : criteriaBoxes()) {
-        box->installEventFilter(this);
         // Enter in a criteria box finds, as the default button would.
         connect(box, &QLineEdit::returnPressed, this, [this, box] {
             if (box == ui->txtFrom || box == ui->txtTo) {
@@ -515,35 +516,6 @@ void frmFind::cmdDelCur_Click()
     cmdFind_Click();
 }
 
-int frmFind::CheckDate(QLineEdit* box)
-{
-    const QString text = box->text();
-    if (text.isEmpty() || ParseDate(text))
-        return 0;
-    checkingDate_ = true;
-    session_.prompter().ask(ProgramTitle(), QStringLiteral("Invalid Date"), Buttons::Ok, Icon::None);
-    checkingDate_ = false;
-    box->setFocus();
-    return 1;
-}
-
-bool frmFind::eventFilter(QObject* watched, QEvent* event)
-{
-    auto* box = qobject_cast<QLineEdit*>(watched);
-    if (box && event->type() == QEvent::FocusIn) {
-        QTimer::singleShot(0, box, [box] { box->selectAll(); });
-    } else if (box && event->type() == QEvent::FocusOut && (box == ui->txtFrom || box == ui->txtTo) && !checkingDate_) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-            QString text = box->text();
-            if (VerifyDate(text) != box->text())
-                box->setText(text);
-            CheckDate(box);
-        }
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
 void frmFind::GetFormSize()
 {
     tarlox::GetFormSize(session_, this, QStringLiteral("Form"), QStringLiteral("frmFind"));
@@ -577,6 +549,11 @@ void frmFind::closeForm()
         sub->close();
     else
         close();
+}
+
+int frmFind::CheckDate(QLineEdit* box)
+{
+    return dateBoxes_->CheckDate(box);
 }
 
 }  // namespace tarlox

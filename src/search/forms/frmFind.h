@@ -20,6 +20,8 @@ class frmFind;
 
 namespace tarlox {
 
+class DateBoxes;
+
 class Session;
 class FindResultsModel;
 
@@ -70,7 +72,6 @@ signals:
     void moveRequested();
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
@@ -106,7 +107,7 @@ private:
     int findRecords_ = 100;
     QList<QPushButton*> unavailable_;
     bool geometryRead_ = false;
-    bool checkingDate_ = false;
+    DateBoxes* dateBoxes_ = nullptr;
     FindResultsModel* model_ = nullptr;
     bool followingList_ = false;
 };

@@ -1,4 +1,5 @@
 #include "search/forms/frmList.h"
+#include "search/forms/DateBoxes.h"
 
 #include "ui_frmList.h"
 
@@ -35,8 +36,7 @@ frmList::frmList(Session& session, QWidget* parent) : QWidget(parent), session_(
         label->setText(word + QLatin1Char(':'));
         option->setText(word + QLatin1Char(':'));
     }
-    for (QLineEdit* box : findChildren<QLineEdit*>())
-        box->installEventFilter(this);
+    dateBoxes_ = new DateBoxes(session_, findChildren<QLineEdit*>(), {ui->txtFromDate, ui->txtToDate}, this);
     connect(ui->cmdPrint, &QPushButton::clicked, this, &frmList::cmdPrint_Click);
     connect(ui->cmdEnd, &QPushButton::clicked, this, [this] { FormWindowOf(this)->close(); });
 }
@@ -99,31 +99,7 @@ void frmList::cmdPrint_Click()
 
 int frmList::CheckDate(QLineEdit* box)
 {
-    const QString text = box->text().trimmed();
-    if (text.isEmpty() || ParseDate(text))
-        return 0;
-    checkingDate_ = true;
-    session_.prompter().ask(ProgramTitle(), QStringLiteral("Invalid Date"), Buttons::Ok, Icon::None);
-    checkingDate_ = false;
-    box->setFocus();
-    return 1;
-}
-
-bool frmList::eventFilter(QObject* watched, QEvent* event)
-{
-    auto* box = qobject_cast<QLineEdit*>(watched);
-    if (box && event->type() == QEvent::FocusIn) {
-        QTimer::singleShot(0, box, [box] { box->selectAll(); });
-    } else if (box && event->type() == QEvent::FocusOut && (box == ui->txtFromDate || box == ui->txtToDate) && !checkingDate_) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-            QString text = box->text();
-            if (VerifyDate(text) != box->text())
-                box->setText(text);
-            CheckDate(box);
-        }
-    }
-    return QWidget::eventFilter(watched, event);
+    return dateBoxes_->CheckDate(box);
 }
 
 }  // namespace tarlox

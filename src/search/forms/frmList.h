@@ -14,6 +14,8 @@ class frmList;
 
 namespace tarlox {
 
+class DateBoxes;
+
 class Session;
 
 // "Listing": the entry listing grouped by one field, over From/To ranges
@@ -35,15 +37,12 @@ signals:
     // The preview window opened by Print to Window.
     void previewOpened(QWidget* preview);
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     int CheckDate(QLineEdit* box);
 
     Session& session_;
     std::unique_ptr<Ui::frmList> ui;
-    bool checkingDate_ = false;
+    DateBoxes* dateBoxes_ = nullptr;
 };
 
 }  // namespace tarlox
