@@ -344,11 +344,14 @@ public:
     void afterStart() { started_ = current() - before_; }
 
     // Waits until the threads sane_start created have ended (or, with
-    // untilEnded false, are no longer running), for at most a moment.
+    // untilEnded false, are no longer running), for at most a moment. Before
+    // a cancel the moment is longer: a reader cancelled while running may be
+    // inside malloc and die holding its lock, and on a loaded machine a
+    // reader can stay runnable for a while before it blocks on its full pipe.
     void settle(bool untilEnded) const
     {
         using namespace std::chrono;
-        const auto deadline = steady_clock::now() + milliseconds(400);
+        const auto deadline = steady_clock::now() + (untilEnded ? milliseconds(400) : milliseconds(3000));
         while (steady_clock::now() < deadline) {
             const QSet<int> now = current();
             bool waiting = false;
