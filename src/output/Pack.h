@@ -42,6 +42,7 @@ struct PackEntry {
     QList<PackReport> candidates;  // newest first, each image once
     int chosen = -1;               // index into candidates; -1 none
     bool dropped = false;          // the clerk took the line out of the pack
+    bool picked = false;           // the clerk chose among several
     QString why;                   // why there is no report ("" when there is one)
 
     State state() const;

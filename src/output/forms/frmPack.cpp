@@ -22,6 +22,7 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 namespace tarlox {
 
@@ -91,6 +92,10 @@ frmPack::frmPack(Session& session, HeatLookup lookup, QWidget* parent)
     connect(ui_->cmdView, &QPushButton::clicked, this, &frmPack::cmdView_Click);
     connect(ui_->grdLines, &QTableWidget::cellDoubleClicked, this, &frmPack::cmdView_Click);
     connect(ui_->cmdDrop, &QPushButton::clicked, this, &frmPack::cmdDrop_Click);
+    connect(ui_->grdLines, &QTableWidget::currentCellChanged, this, [this](int row) {
+        const bool dropped = row >= 0 && row < plan_.entries.size() && plan_.entries[row].dropped;
+        ui_->cmdDrop->setText(dropped ? QStringLiteral("Put &Back") : QStringLiteral("&Drop Line"));
+    });
     connect(ui_->cmdMake, &QPushButton::clicked, this, &frmPack::cmdMake_Click);
     connect(ui_->cmdCancel, &QPushButton::clicked, this, [this] {
         if (running_)
@@ -178,6 +183,7 @@ QList<PackColumn> frmPack::chosenColumns() const
 void frmPack::cmdRead_Click()
 {
     session_.traceCall(QStringLiteral("frmPack.cmdRead_Click"));
+    ui_->txtStatus->clear();
     const PackTable table = SplitPackText(ui_->txtLines->toPlainText());
     const QString header = table.header.join(QLatin1Char('\t'));
     if (header != headerText_) {
@@ -255,6 +261,10 @@ void frmPack::showPages()
         switch (e.state()) {
         case PackEntry::State::One: state = QStringLiteral("Found"); break;
         case PackEntry::State::Several:
+            if (e.picked) {
+                state = QStringLiteral("Image %1 picked of %2 reports").arg(e.report()->image).arg(e.candidates.size());
+                break;
+            }
             state = QStringLiteral("%1 reports of this heat: pick one").arg(e.candidates.size());
             colour = kSeveralColour;
             break;
@@ -276,8 +286,9 @@ void frmPack::choose(int row, int candidate)
 {
     if (row < 0 || row >= plan_.entries.size() || candidate < 0 || candidate >= plan_.entries[row].candidates.size())
         return;
-    plan_.entries[row].chosen = candidate;
     PackEntry& e = plan_.entries[row];
+    e.chosen = candidate;
+    e.picked = true;
     e.why = e.report() ? QString() : QStringLiteral("The report's file can't be read");
     showPages();
 }
@@ -354,8 +365,9 @@ void frmPack::cmdMake_Click()
     case 2: mailPack(); return;
     default: break;
     }
-    const QString target = QFileDialog::getSaveFileName(this, QStringLiteral("Save Certificate Pack"), JoinPath(session_.dataDir, PackFileName(plan_)),
-                                                        QStringLiteral("PDF files (*.pdf)"));
+    const QString suggested = JoinPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation), PackFileName(plan_));
+    const QString target =
+        QFileDialog::getSaveFileName(this, QStringLiteral("Save Certificate Pack"), suggested, QStringLiteral("PDF files (*.pdf)"));
     if (!target.isEmpty())
         MakeFile(target);
 }
