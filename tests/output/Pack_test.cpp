@@ -1,10 +1,7 @@
 #include "output/Pack.h"
 
+#include "output/PackSite.h"
 #include "data/Settings.h"
-#include "search/FindQuery.h"
-#include "store/ImageStore.h"
-#include "store/PageImage.h"
-#include "store/TiffWriter.h"
 #include "support/CliRun.h"
 #include "support/TestSite.h"
 
@@ -12,7 +9,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPainter>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -58,32 +54,8 @@ TEST(PackLinesTest, HeadersAreRecognisedInAnyOrderAndSpelling)
 
 class PackTest : public SiteTest {
 protected:
-    // A stored report of two pages, each with a black bar at mark tenths of its width.
-    qint32 report(const QString& heat, int mark)
-    {
-        s().info = InfoRecord{heat, S("P%1").arg(mark), S("PO"), S("Vend"), S("Mfg"), {}, 0};
-        s().pageSizeCode = S(" ");
-        return SaveMTR(s(), 100, [&](const QString& path) {
-            auto writer = TiffWriter::create(path);
-            for (int page = 0; page < 2 && writer; ++page) {
-                QImage image(850, 1100, QImage::Format_RGB32);
-                image.fill(Qt::white);
-                QPainter(&image).fillRect(85 * mark - 20, 400, 40, 500, Qt::black);
-                if (!writer->addPage(ToStoreMono(image.convertToFormat(QImage::Format_Mono, Qt::MonoOnly | Qt::ThresholdDither)), {100, 100}))
-                    return false;
-            }
-            return writer && writer->commit();
-        }, StoreOptions{Duplicates::AsSettings, false, {}, false}).imageNumber;
-    }
-    HeatLookup lookup()
-    {
-        return [this](const QString& heat) -> IoResult<QList<InfoRow>> {
-            FindCriteria criteria;
-            criteria.heat = heat;
-            criteria.assumeWild = false;
-            return FindReferences(s(), criteria, 100).rows;
-        };
-    }
+    qint32 report(const QString& heat, int mark) { return StorePackReport(s(), heat, mark); }
+    HeatLookup lookup() { return FindPackHeat(s()); }
 };
 
 // Pasted lines with one heat on file once, one twice, one not at all, and
