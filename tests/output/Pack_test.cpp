@@ -82,6 +82,10 @@ TEST_P(PackTest, PackOfPastedLinesReadsBack)
     ASSERT_EQ(plan->entries[1].report()->image, older);
 
     const QString pdf = site.path(S("pack.pdf"));
+    // Stopped after the first line: no file at all.
+    const IoStatus stopped = MakePack(*plan, ReadOutputSettings(s()), QDate(2026, 11, 23), pdf, {}, [](int done, int) { return done < 1; });
+    EXPECT_EQ(stopped.error(), kOutputCancelled);
+    EXPECT_TRUE(QDir(site.dir()).entryList({S("*.pdf*"), S(".*pdf*")}, QDir::Files | QDir::Hidden).isEmpty());
     ASSERT_TRUE(MakePack(*plan, ReadOutputSettings(s()), QDate(2026, 11, 23), pdf));
 
     // The cover list: one row per line with its image and pages, the missing line apart.

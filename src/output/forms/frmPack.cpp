@@ -215,8 +215,6 @@ void frmPack::showPlan()
     QTableWidget* grid = ui_->grdLines;
     grid->clearContents();
     grid->setRowCount(int(plan_.entries.size()));
-    int none = 0;
-    int several = 0;
     for (int row = 0; row < plan_.entries.size(); ++row) {
         const PackEntry& e = plan_.entries[row];
         const QStringList cells = {e.label(row), e.line.order, e.line.custPO, e.line.heat};
@@ -232,16 +230,9 @@ void frmPack::showPlan()
         } else {
             grid->setItem(row, ColImage, new QTableWidgetItem(e.candidates.isEmpty() ? QString() : CandidateText(e.candidates.first())));
         }
-        none += e.state() == PackEntry::State::None ? 1 : 0;
-        several += e.state() == PackEntry::State::Several ? 1 : 0;
     }
     showPages();
     grid->resizeColumnsToContents();
-    ui_->lblSummary->setText(plan_.entries.isEmpty() ? QString()
-                                                     : QStringLiteral("%1 lines, %2 without a certificate, %3 with several")
-                                                           .arg(plan_.entries.size())
-                                                           .arg(none)
-                                                           .arg(several));
     running(false);
 }
 
@@ -250,6 +241,9 @@ void frmPack::showPages()
 {
     const PackLayout layout = LayOutPack(plan_);
     QTableWidget* grid = ui_->grdLines;
+    int none = 0;
+    int open = 0;
+    int dropped = 0;
     for (int row = 0; row < plan_.entries.size(); ++row) {
         const PackEntry& e = plan_.entries[row];
         QString pages;
@@ -274,12 +268,22 @@ void frmPack::showPages()
             break;
         case PackEntry::State::Dropped: state = QStringLiteral("Dropped"); colour = kDroppedColour; break;
         }
+        none += e.state() == PackEntry::State::None ? 1 : 0;
+        open += e.state() == PackEntry::State::Several && !e.picked ? 1 : 0;
+        dropped += e.dropped ? 1 : 0;
         grid->setItem(row, ColPages, new QTableWidgetItem(pages));
         grid->setItem(row, ColStatus, new QTableWidgetItem(state));
         for (int c = 0; c < ColCount; ++c)
             if (QTableWidgetItem* item = grid->item(row, c))
                 item->setBackground(colour.isValid() ? QBrush(colour) : QBrush());
     }
+    ui_->lblSummary->setText(plan_.entries.isEmpty() ? QString()
+                                                     : QStringLiteral("%1 lines, %2 pages: %3 without a certificate, %4 to pick, %5 dropped")
+                                                           .arg(plan_.entries.size())
+                                                           .arg(layout.pageCount)
+                                                           .arg(none)
+                                                           .arg(open)
+                                                           .arg(dropped));
 }
 
 void frmPack::choose(int row, int candidate)
