@@ -79,6 +79,7 @@ std::unique_ptr<Command> makeFaxRemoveCommand();
 std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeAsciiCommand();
 std::unique_ptr<Command> makeUpdateCommand();
+std::unique_ptr<Command> makePackCommand();
 
 // --heat, --part, --po, --vendor and --mfg of a new report.
 QList<QCommandLineOption> IndexFieldOptions();

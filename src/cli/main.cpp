@@ -56,6 +56,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(makeListCommand());
     commands.push_back(makeAsciiCommand());
     commands.push_back(makeUpdateCommand());
+    commands.push_back(makePackCommand());
     return commands;
 }
 

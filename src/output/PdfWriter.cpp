@@ -187,7 +187,19 @@ Object Name(const char* name)
 
 // One image for each strip, stacked from the top of the page down; at the
 // page's own resolution each strip covers whole device pixels.
-void AddPage(QPDF& pdf, QPDFPageDocumentHelper& document, const G4Page& page)
+// A PDF string of Latin-1 text; what Latin-1 can't hold becomes "?".
+std::string PdfString(const QString& text)
+{
+    std::string out = "(";
+    for (const char c : text.toLatin1()) {
+        if (c == '(' || c == ')' || c == '\\')
+            out += '\\';
+        out += c;
+    }
+    return out + ")";
+}
+
+void AddPage(QPDF& pdf, QPDFPageDocumentHelper& document, const G4Page& page, const QList<PdfTextRun>& text)
 {
     const double scaleX = 72.0 / page.dpi.x;
     const double scaleY = 72.0 / page.dpi.y;
@@ -217,10 +229,23 @@ void AddPage(QPDF& pdf, QPDFPageDocumentHelper& document, const G4Page& page)
         content += "q " + Number(width) + " 0 0 " + Number(strip.rows * scaleY) + " 0 " + Number((page.height - top) * scaleY)
                    + " cm " + key + " Do Q\n";
     }
+    Object resources = Object::newDictionary({{"/XObject", images}});
+    if (!text.isEmpty()) {
+        // Render mode 3: neither filled nor stroked, as the text layer of a scan.
+        resources.replaceKey("/Font", Object::newDictionary({{"/F1", Object::newDictionary({{"/Type", Name("/Font")},
+                                                                                             {"/Subtype", Name("/Type1")},
+                                                                                             {"/BaseFont", Name("/Helvetica")},
+                                                                                             {"/Encoding", Name("/WinAnsiEncoding")}})}}));
+        content += "BT 3 Tr\n";
+        for (const PdfTextRun& run : text)
+            content += "/F1 " + Number(run.size * scaleY) + " Tf 1 0 0 1 " + Number(run.x * scaleX) + " " + Number((page.height - run.y) * scaleY)
+                       + " Tm " + PdfString(run.text) + " Tj\n";
+        content += "ET\n";
+    }
     Object pageObject = Object::newDictionary(
         {{"/Type", Name("/Page")},
          {"/MediaBox", Object::newArray({Integer(0), Integer(0), Object::newReal(Number(width)), Object::newReal(Number(height))})},
-         {"/Resources", Object::newDictionary({{"/XObject", images}})},
+         {"/Resources", resources},
          {"/Contents", pdf.newStream(content)}});
     document.addPage(QPDFPageObjectHelper(pdf.makeIndirectObject(pageObject)), false);
 }
@@ -263,6 +288,33 @@ void AddDocumentInfo(QPDF& pdf, const PdfOptions& options)
                                            {"/RegistryName", Object::newString("http://www.color.org")},
                                            {"/DestOutputProfile", profile}});
     root.replaceKey("/OutputIntents", Object::newArray({intent}));
+}
+
+// The bookmarks as one level of outline items, each opening its page whole.
+void AddOutline(QPDF& pdf, const QList<PdfBookmark>& outline)
+{
+    const std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(pdf).getAllPages();
+    Object outlines = pdf.makeIndirectObject(Object::newDictionary({{"/Type", Name("/Outlines")}}));
+    std::vector<Object> items;
+    for (const PdfBookmark& bookmark : outline) {
+        if (bookmark.page < 0 || size_t(bookmark.page) >= pages.size())
+            continue;
+        const Object page = pages[size_t(bookmark.page)].getObjectHandle();
+        items.push_back(pdf.makeIndirectObject(Object::newDictionary({{"/Title", Object::newUnicodeString(bookmark.title.toStdString())},
+                                                                      {"/Parent", outlines},
+                                                                      {"/Dest", Object::newArray({page, Name("/Fit")})}})));
+    }
+    if (items.empty())
+        return;
+    for (size_t i = 0; i + 1 < items.size(); ++i) {
+        items[i].replaceKey("/Next", items[i + 1]);
+        items[i + 1].replaceKey("/Prev", items[i]);
+    }
+    outlines.replaceKey("/First", items.front());
+    outlines.replaceKey("/Last", items.back());
+    outlines.replaceKey("/Count", Integer(int(items.size())));
+    pdf.getRoot().replaceKey("/Outlines", outlines);
+    pdf.getRoot().replaceKey("/PageMode", Name("/UseOutlines"));
 }
 
 // Writes the document to path. Image data is written as it was given; the
@@ -312,9 +364,11 @@ IoStatus WritePdf(const QString& target, const QList<PdfPage>& pages, const PdfO
             auto g4 = source.read(page);
             if (!g4)
                 return g4.failure();
-            AddPage(pdf, document, *g4);
+            AddPage(pdf, document, *g4, page.text);
         }
         AddDocumentInfo(pdf, options);
+        if (!options.outline.isEmpty())
+            AddOutline(pdf, options.outline);
         if (auto written = WriteDocument(pdf, file->workPath()); !written)
             return Failure(QStringLiteral("Can't write \"%1\": %2").arg(target, written.error()));
     } catch (const std::exception& error) {

@@ -21,21 +21,41 @@ namespace tarlox {
 // encoding) is encoded as Group 4 once. The page size is the image's size
 // at its resolution.
 
+// Text laid invisibly over a page, where the image shows it, so that the
+// page can be searched and its text copied: a line starting at x, its
+// baseline at y (pixels of the page, from the top left), size the height of
+// its letters in pixels. Written in the standard font Helvetica, Latin-1.
+struct PdfTextRun {
+    QString text;
+    double x = 0;
+    double y = 0;
+    double size = 0;
+};
+
 // One page of a PDF: a page of a TIFF file, or a page in memory.
 struct PdfPage {
     QString tiff;  // the TIFF file; empty for a page in memory
     int page = 0;  // page of the TIFF, from 0
     QImage image;  // a page in memory; grey or colour is reduced to black and white
     Dpi dpi;       // resolution of the page in memory; 0 takes the image's own
+    QList<PdfTextRun> text;  // invisible text over the page
 
-    static PdfPage fromTiff(const QString& path, int page) { return PdfPage{path, page, {}, {}}; }
-    static PdfPage fromImage(const QImage& image, Dpi dpi = {}) { return PdfPage{{}, 0, image, dpi}; }
+    static PdfPage fromTiff(const QString& path, int page) { return PdfPage{path, page, {}, {}, {}}; }
+    static PdfPage fromImage(const QImage& image, Dpi dpi = {}) { return PdfPage{{}, 0, image, dpi, {}}; }
+};
+
+// An entry of the document's outline (its bookmarks): a title and the page
+// it opens, from 0.
+struct PdfBookmark {
+    QString title;
+    int page = 0;
 };
 
 struct PdfOptions {
     bool pdfa = false;  // PDF/A-1b: XMP metadata and an sRGB output intent
     QString title;
     QDateTime created;  // creation and modification date; now when not valid
+    QList<PdfBookmark> outline;  // one level, in this order; the viewer shows it when not empty
 };
 
 // Writes the pages as a new PDF at target, replacing any file there. The

@@ -15,6 +15,7 @@
 #include "output/forms/frmEtest.h"
 #include "output/forms/frmFax.h"
 #include "output/forms/frmFaxct.h"
+#include "output/forms/frmPack.h"
 #include "output/forms/frmSelect.h"
 #include "data/Session.h"
 #include "search/FindQuery.h"
@@ -27,6 +28,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include "search/forms/frmAscii.h"
+#include "store/ImageStore.h"
 #include "search/forms/frmFind.h"
 #include "search/forms/frmList.h"
 #include "search/forms/frmUpdate.h"
@@ -202,6 +204,24 @@ FormRegistry StandardForms()
             contactForm(FormContext{session, frame}, QStringLiteral("Fax"))->show();
         });
         return fax;
+    });
+    // The pack finds its heats by the rules of Find; View opens the viewer as Select does.
+    forms.add(QStringLiteral("frmPack"), FormKind::Child, [](const FormContext& c) {
+        Session& session = c.session;
+        auto* pack = new frmPack(session, [&session](const QString& heat) -> IoResult<QList<InfoRow>> {
+            FindCriteria criteria;
+            criteria.heat = heat;
+            criteria.assumeWild = false;
+            const FindResult found = FindReferences(session, criteria, 1000);
+            if (found.problem || found.failed)
+                return Failure(QStringLiteral("The search for heat \"%1\" failed.").arg(heat));
+            return found.rows;
+        }, &c.frame);
+        QObject::connect(pack, &frmPack::viewRequested, &c.frame, [&session, &frame = c.frame](qint32 image) {
+            if (GetImage(session, image))
+                frame.ShowInstance(QStringLiteral("frmView"));
+        });
+        return pack;
     });
     dialogOf<frmAbout>(forms, QStringLiteral("frmAbout"));
     forms.add(QStringLiteral("frmSecure"), FormKind::Dialog, [](const FormContext& c) -> QWidget* {

@@ -129,6 +129,7 @@ void mdiMain::createMenus()
         {"mnuList", "&List Test Reports", "frmList"},
         {"mnuFax", "Fax &Control", "frmFaxct"},
         {"mnuAscii", "&Ascii Listing", "frmAscii"},
+        {"mnuPack", "Certificate Pac&k", "frmPack"},
     };
     const FormCommand upkeep[] = {
         {"mnuImport", "&Import Data", "frmImport"},
@@ -302,6 +303,7 @@ void mdiMain::MDIForm_Activate()
     enableForm("mnuList");
     enableForm("mnuFax", faxAvailable_);
     enableForm("mnuAscii");
+    enableForm("mnuPack");
     enableForm("mnuImport");
     enableForm("mnuImportTif");
     enableForm("mnuUpdate");

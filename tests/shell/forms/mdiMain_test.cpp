@@ -161,7 +161,7 @@ TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
             file << a->objectName();
     EXPECT_EQ(file, (QStringList{QStringLiteral("mnuOpen"), QStringLiteral("mnuScan"), QStringLiteral("mnuBatch"), QStringLiteral("mnuBarcode"),
                                  QStringLiteral("mnuFind"), QStringLiteral("mnuPrint"), QStringLiteral("mnuList"), QStringLiteral("mnuFax"),
-                                 QStringLiteral("mnuAscii"), QStringLiteral("mnuImport"), QStringLiteral("mnuImportTif"), QStringLiteral("mnuUpdate"),
+                                 QStringLiteral("mnuAscii"), QStringLiteral("mnuPack"), QStringLiteral("mnuImport"), QStringLiteral("mnuImportTif"), QStringLiteral("mnuUpdate"),
                                  QStringLiteral("mnuRepair"), QStringLiteral("mnuSrvSetup"), QStringLiteral("mnuSetup"), QStringLiteral("mnuExit")}));
 }
 
