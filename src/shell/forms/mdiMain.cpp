@@ -275,10 +275,10 @@ void mdiMain::addQuickFind()
 {
     quickFind_ = new QLineEdit(toolbar_);
     quickFind_->setObjectName(QStringLiteral("txtQuickFind"));
-    quickFind_->setPlaceholderText(tr("Heat # (Ctrl+F)"));
-    quickFind_->setToolTip(tr("Quick find: type or scan a heat number and press Enter"));
+    quickFind_->setPlaceholderText(tr("Heat #"));
+    quickFind_->setToolTip(tr("Quick find: type or scan a heat number and press Enter (Ctrl+F or F3 comes here)"));
     quickFind_->setClearButtonEnabled(true);
-    quickFind_->setMaximumWidth(quickFind_->fontMetrics().horizontalAdvance(QLatin1Char('W')) * 14);
+    quickFind_->setFixedWidth(quickFind_->fontMetrics().horizontalAdvance(QStringLiteral("H0000000000")) + 36);
     connect(quickFind_, &QLineEdit::returnPressed, this, [this] { QuickFind(quickFind_->text()); });
     // The shortcuts work from every window of the program, children included.
     QAction* focus = new QAction(tr("Quick Find"), this);
@@ -676,7 +676,9 @@ QSize mdiMain::chrome() const
 QSize mdiMain::stripSize() const
 {
     const QSize least = minimumSizeHint();
-    return QSize(std::max(TwipsToPixels(StripWidthTwips), least.width()), least.height());
+    // Wide enough for every button and the quick find box, none in the toolbar's overflow.
+    const int toolbar = toolbar_->isVisibleTo(this) ? toolbar_->sizeHint().width() : 0;
+    return QSize(std::max({TwipsToPixels(StripWidthTwips), least.width(), toolbar}), least.height());
 }
 
 void mdiMain::ChildLoad(QMdiSubWindow* child)

@@ -151,7 +151,7 @@ protected:
 TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
 {
     EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
-    EXPECT_EQ(frame->width(), TwipsToPixels(StripWidthTwips));
+    EXPECT_EQ(frame->width(), std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()));
     // Title, menus, toolbar and status bar, and no room for children.
     EXPECT_EQ(frame->height(), frame->menuBar()->height() + frame->toolbar()->height() + frame->statusBar()->height());
     EXPECT_TRUE(frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty());
