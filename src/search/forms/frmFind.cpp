@@ -247,8 +247,11 @@ void frmFind::cmdFind_Click()
                          ui->txtImgNum->text(), ui->txtPath->text(), ui->txtFrom->text(), ui->txtTo->text(), std::nullopt});
 }
 
-void frmFind::ShowFound(const FindCriteria& criteria)
+bool frmFind::ShowFound(const FindCriteria& criteria)
 {
+    // A change under way is finished or cancelled by the person first.
+    if (!ui->cmdFind->isEnabled())
+        return false;
     const QList<std::pair<QLineEdit*, QString>> boxes{{ui->txtHeat, criteria.heat},       {ui->txtPart, criteria.part},
                                                       {ui->txtPO, criteria.po},           {ui->txtVend, criteria.vend},
                                                       {ui->txtMfg, criteria.mfg},         {ui->txtImgNum, criteria.imageNumber},
@@ -257,6 +260,7 @@ void frmFind::ShowFound(const FindCriteria& criteria)
     for (const auto& [box, text] : boxes)
         box->setText(text);
     runFind(criteria);
+    return true;
 }
 
 void frmFind::runFind(FindCriteria criteria)

@@ -58,7 +58,8 @@ public:
 
     // Fills the criteria boxes and finds with criteria as they are (their
     // AssumeWild included): the quick find hands its heat over this way.
-    void ShowFound(const FindCriteria& criteria);
+    // False, touching nothing, while a reference is being changed.
+    bool ShowFound(const FindCriteria& criteria);
 
 public slots:
     void cmdFind_Click();

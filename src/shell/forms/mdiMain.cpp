@@ -319,8 +319,8 @@ void mdiMain::QuickFind(const QString& text)
         return;
     }
     case QuickFindResult::Outcome::Several:
-        if (auto* find = qobject_cast<frmFind*>(ShowForm(QStringLiteral("frmFind"))))
-            find->ShowFound(found.criteria);
+        if (auto* find = qobject_cast<frmFind*>(ShowForm(QStringLiteral("frmFind"))); find && !find->ShowFound(found.criteria))
+            statusBar()->showMessage(tr("Heat # %1: on several reports; finish the change in Find to list them.").arg(found.heat), 15000);
         return;
     case QuickFindResult::Outcome::Nothing:
     case QuickFindResult::Outcome::Failed:
