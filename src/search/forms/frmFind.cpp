@@ -243,10 +243,30 @@ void frmFind::colour(QLineEdit* box, QPalette::ColorRole role)
 void frmFind::cmdFind_Click()
 {
     session_.traceCall(QStringLiteral("frmFind.cmdFind_Click"));
+    runFind(FindCriteria{ui->txtHeat->text(), ui->txtPart->text(), ui->txtPO->text(), ui->txtVend->text(), ui->txtMfg->text(),
+                         ui->txtImgNum->text(), ui->txtPath->text(), ui->txtFrom->text(), ui->txtTo->text(), std::nullopt});
+}
+
+bool frmFind::ShowFound(const FindCriteria& criteria)
+{
+    // A change under way is finished or cancelled by the person first.
+    if (!ui->cmdFind->isEnabled())
+        return false;
+    const QList<std::pair<QLineEdit*, QString>> boxes{{ui->txtHeat, criteria.heat},       {ui->txtPart, criteria.part},
+                                                      {ui->txtPO, criteria.po},           {ui->txtVend, criteria.vend},
+                                                      {ui->txtMfg, criteria.mfg},         {ui->txtImgNum, criteria.imageNumber},
+                                                      {ui->txtPath, criteria.path},       {ui->txtFrom, criteria.from},
+                                                      {ui->txtTo, criteria.to}};
+    for (const auto& [box, text] : boxes)
+        box->setText(text);
+    runFind(criteria);
+    return true;
+}
+
+void frmFind::runFind(FindCriteria criteria)
+{
     ClearInput();
     session_.findQuery = {};
-    FindCriteria criteria{ui->txtHeat->text(), ui->txtPart->text(), ui->txtPO->text(),   ui->txtVend->text(), ui->txtMfg->text(),
-                          ui->txtImgNum->text(), ui->txtPath->text(), ui->txtFrom->text(), ui->txtTo->text(),  std::nullopt};
     FindResult result = FindReferences(session_, criteria, findRecords_);
     if (result.problem) {
         QLineEdit* box = findChild<QLineEdit*>(result.problem.box);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/Database.h"
+#include "data/FindCriteria.h"
 #include "data/Records.h"
 #include "search/ReferenceEdit.h"
 
@@ -55,6 +56,11 @@ public:
     void GetFormSize();
     void SaveFormSize();
 
+    // Fills the criteria boxes and finds with criteria as they are (their
+    // AssumeWild included): the quick find hands its heat over this way.
+    // False, touching nothing, while a reference is being changed.
+    bool ShowFound(const FindCriteria& criteria);
+
 public slots:
     void cmdFind_Click();
     void cmdSelect_Click();
@@ -76,6 +82,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void runFind(FindCriteria criteria);
     void SetData();
     void ClearInput();
     void ChangeOn();

@@ -5,6 +5,7 @@
 #include "shell/StampFile.h"
 #include "shell/SystemSettings.h"
 #include "shell/forms/TagBinder.h"
+#include "search/QuickFind.h"
 #include "base/ErrorReport.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
@@ -84,7 +85,7 @@ frmInfo::frmInfo(Session& session, QWidget* parent)
                 dpi->setText(clamped);
         });
     }
-    for (QWidget* w : std::initializer_list<QWidget*>{ui_->cboDrvMap, ui_->txtTmpDir, ui_->txtDefaultPages, ui_->txtAuthorizationStamp,
+    for (QWidget* w : std::initializer_list<QWidget*>{ui_->cboDrvMap, ui_->txtTmpDir, ui_->txtDefaultPages, ui_->txtAuthorizationStamp, ui_->txtQuickFindPattern,
                                                       ui_->txtFontSize, ui_->txtBright})
         w->installEventFilter(this);
     ui_->txtFaxCvr->installEventFilter(this);
@@ -269,6 +270,17 @@ bool frmInfo::txtDefaultPages_Validate()
     return false;
 }
 
+bool frmInfo::txtQuickFindPattern_Validate()
+{
+    const QString problem = QuickFindPatternProblem(ui_->txtQuickFindPattern->text());
+    if (problem.isEmpty())
+        return true;
+    session_.prompter().ask(QStringLiteral("Quick Find Tag Pattern"), QStringLiteral("Invalid pattern: ") + problem, Buttons::Ok,
+                            Icon::Exclamation);
+    keepFocus(ui_->txtQuickFindPattern);
+    return false;
+}
+
 bool frmInfo::txtAuthorizationStamp_Validate()
 {
     const QString file = ui_->txtAuthorizationStamp->text();
@@ -313,6 +325,8 @@ bool frmInfo::eventFilter(QObject* watched, QEvent* event)
                 txtDefaultPages_Validate();
             else if (watched == ui_->txtAuthorizationStamp)
                 txtAuthorizationStamp_Validate();
+            else if (watched == ui_->txtQuickFindPattern)
+                txtQuickFindPattern_Validate();
             else if (watched == ui_->txtFontSize)
                 txtFontSize_LostFocus();
             else if (watched == ui_->txtBright)
@@ -350,7 +364,8 @@ bool frmInfo::validateAll()
     validating_ = true;
     txtFontSize_LostFocus();
     txtBright_LostFocus();
-    const bool ok = cboDrvMap_LostFocus() && txtTmpDir_Validate() && txtDefaultPages_Validate() && txtAuthorizationStamp_Validate();
+    const bool ok = cboDrvMap_LostFocus() && txtTmpDir_Validate() && txtDefaultPages_Validate() && txtAuthorizationStamp_Validate()
+        && txtQuickFindPattern_Validate();
     validating_ = false;
     return ok;
 }

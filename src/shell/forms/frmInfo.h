@@ -44,6 +44,7 @@ public:
     bool txtTmpDir_Validate();
     bool txtDefaultPages_Validate();
     bool txtAuthorizationStamp_Validate();
+    bool txtQuickFindPattern_Validate();
     void txtFontSize_LostFocus();
     void txtBright_LostFocus();
 

@@ -18,6 +18,9 @@
 #include "store/SaneDevices.h"
 #include "output/FaxSettings.h"
 #include "output/FaxTask.h"
+#include "output/SelectImage.h"
+#include "search/QuickFind.h"
+#include "search/forms/frmFind.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -28,7 +31,9 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QHash>
+#include <QLineEdit>
 #include <QScreen>
+#include <QStatusBar>
 #include <QToolBar>
 
 namespace tarlox {
@@ -74,6 +79,8 @@ mdiMain::mdiMain(Session& session, FormRegistry forms, QWidget* parent)
 
     createMenus();
     createToolbar();
+    statusBar()->setObjectName(QStringLiteral("sbrMain"));
+    statusBar()->setSizeGripEnabled(false);
     connect(area_, &QMdiArea::subWindowActivated, this, &mdiMain::updateViewerButtons);
     MDIForm_Activate();
     resize(stripSize());
@@ -262,6 +269,65 @@ void mdiMain::createToolbar()
     addButton(QStringLiteral("View"), tr("Magnify picture."), QStringLiteral("view.svg"));
     buttons_[QStringLiteral("View")].command->setCheckable(true);
     buttons_.insert(separator->objectName(), Button{separator, separator});
+    addQuickFind();
+}
+
+void mdiMain::addQuickFind()
+{
+    quickFind_ = new QLineEdit(toolbar_);
+    quickFind_->setObjectName(QStringLiteral("txtQuickFind"));
+    quickFind_->setPlaceholderText(tr("Heat #"));
+    quickFind_->setToolTip(tr("Quick find: type or scan a heat number and press Enter (Ctrl+F or F3 comes here)"));
+    quickFind_->setClearButtonEnabled(true);
+    quickFind_->setFixedWidth(quickFind_->fontMetrics().horizontalAdvance(QStringLiteral("H0000000000")) + 36);
+    connect(quickFind_, &QLineEdit::returnPressed, this, [this] { QuickFind(quickFind_->text()); });
+    // The shortcuts work from every window of the program, children included.
+    QAction* focus = new QAction(tr("Quick Find"), this);
+    focus->setObjectName(QStringLiteral("QuickFind"));
+    focus->setShortcuts({QKeySequence(QKeySequence::Find), QKeySequence(Qt::Key_F3)});
+    focus->setShortcutContext(Qt::ApplicationShortcut);
+    connect(focus, &QAction::triggered, this, &mdiMain::FocusQuickFind);
+    addAction(focus);
+    QAction* placement = toolbar_->addWidget(quickFind_);
+    buttons_.insert(focus->objectName(), Button{focus, placement});
+}
+
+void mdiMain::FocusQuickFind()
+{
+    if (!quickFind_->isVisible())
+        return;
+    activateWindow();
+    quickFind_->setFocus(Qt::ShortcutFocusReason);
+    quickFind_->selectAll();
+}
+
+void mdiMain::QuickFind(const QString& text)
+{
+    session_.traceCall(QStringLiteral("QuickFind"), {text});
+    statusBar()->clearMessage();
+    const QuickFindResult found = tarlox::QuickFind(session_, text);
+    // The next scan replaces what is in the box.
+    quickFind_->selectAll();
+    switch (found.outcome) {
+    case QuickFindResult::Outcome::One: {
+        // As Select's View does: the image in hand, then a viewer on it.
+        const auto image = LocateImage(session_, found.imageNumber);
+        if (!image)
+            return;
+        session_.currentImage = image->number;
+        session_.imageFilePath = image->filePath;
+        ShowInstance(QStringLiteral("frmView"));
+        return;
+    }
+    case QuickFindResult::Outcome::Several:
+        if (auto* find = qobject_cast<frmFind*>(ShowForm(QStringLiteral("frmFind"))); find && !find->ShowFound(found.criteria))
+            statusBar()->showMessage(tr("Heat # %1: on several reports; finish the change in Find to list them.").arg(found.heat), 15000);
+        return;
+    case QuickFindResult::Outcome::Nothing:
+    case QuickFindResult::Outcome::Failed:
+        statusBar()->showMessage(found.statusText(), 15000);
+        return;
+    }
 }
 
 QAction* mdiMain::menuEntry(const QString& name) const
@@ -299,6 +365,10 @@ void mdiMain::MDIForm_Activate()
     enableForm("mnuBatch");
     enableForm("mnuBarcode");
     enableForm("mnuFind");
+    // The quick find lists in Find, and goes with it.
+    const Button& quick = buttons_[QStringLiteral("QuickFind")];
+    quick.command->setEnabled(offered(QStringLiteral("mnuFind")));
+    quick.placement->setVisible(quick.command->isEnabled());
     enableForm("mnuPrint");
     enableForm("mnuList");
     enableForm("mnuFax", faxAvailable_);
@@ -362,6 +432,9 @@ void mdiMain::updateViewerButtons()
 {
     mergeChildMenus();
     const bool viewer = dynamic_cast<ViewerCommands*>(activeForm()) != nullptr;
+    // The pressed button follows the viewer's tool, however it changes.
+    if (QWidget* form = activeForm(); viewer && form->metaObject()->indexOfSignal("activeToolChanged(QString)") >= 0)
+        connect(form, ActiveToolChangedSignal, this, SLOT(showActiveTool()), Qt::UniqueConnection);
     for (const QString& key : ViewerKeys) {
         const Button& b = buttons_[key];
         b.command->setEnabled(viewer);
@@ -598,13 +671,16 @@ QSize mdiMain::chrome() const
     if (toolbar_->isVisibleTo(this))
         top = std::max(top, toolbar_->geometry().bottom() + 1);
     const int frame = 2 * area_->frameWidth();
-    return QSize(frame, top + frame);
+    const int bottom = statusBar()->isVisibleTo(this) ? statusBar()->sizeHint().height() : 0;
+    return QSize(frame, top + frame + bottom);
 }
 
 QSize mdiMain::stripSize() const
 {
     const QSize least = minimumSizeHint();
-    return QSize(std::max(TwipsToPixels(StripWidthTwips), least.width()), least.height());
+    // Wide enough for every button and the quick find box, none in the toolbar's overflow.
+    const int toolbar = toolbar_->isVisibleTo(this) ? toolbar_->sizeHint().width() : 0;
+    return QSize(std::max({TwipsToPixels(StripWidthTwips), least.width(), toolbar}), least.height());
 }
 
 void mdiMain::ChildLoad(QMdiSubWindow* child)

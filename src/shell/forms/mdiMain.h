@@ -9,6 +9,7 @@
 #include <QPointer>
 
 class QAction;
+class QLineEdit;
 class QMdiArea;
 class QMdiSubWindow;
 class QToolBar;
@@ -72,6 +73,15 @@ public:
     QAction* toolbarButton(const QString& key) const;
     QToolBar* toolbar() const { return toolbar_; }
 
+    // The quick find box "txtQuickFind" in tlbMain; Ctrl+F and F3 put the
+    // cursor there from anywhere in the program.
+    QLineEdit* quickFindBox() const { return quickFind_; }
+    void FocusQuickFind();
+    // Looks for the heat in text (a scanned tag code is trimmed by the
+    // site's pattern): one report opens in a viewer, several are listed in
+    // Find, none is said in the status bar.
+    void QuickFind(const QString& text);
+
     // The form of the active child window, and the one that was active at
     // the last toolbar click (the drawing dialogs work on that one).
     QWidget* activeForm() const;
@@ -97,6 +107,9 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
+private slots:
+    void showActiveTool();
+
 private:
     void mergeChildMenus();
     void restoreFramePlace();
@@ -115,7 +128,7 @@ private:
     void toolbarClick(const QString& key);
     void toolbarDropDown(const QString& key, const QString& dialog);
     void updateViewerButtons();
-    void showActiveTool();
+    void addQuickFind();
     void fitToolbar();
     void scannerFound(bool present);
     void faxDevicesFound(int devices, const QString& error);
@@ -130,6 +143,7 @@ private:
     FormRegistry forms_;
     QMdiArea* area_;
     QToolBar* toolbar_ = nullptr;
+    QLineEdit* quickFind_ = nullptr;
     QHash<QString, QAction*> entries_;
     QHash<QString, Button> buttons_;
     QHash<QString, QString> entryForms_;      // menu entry -> form class

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QString>
 
 namespace tarlox {
@@ -18,6 +19,13 @@ public:
     // The tool the mouse draws with now: "Rectangle", "Stamp", "Line", or
     // "View" for magnifying; the frame shows that button pressed.
     virtual QString activeTool() const { return QStringLiteral("View"); }
+    // A signal in the form that implements it: sent with activeTool() each
+    // time the tool changes, by a command or by the viewer itself (a placed
+    // stamp ends the stamp tool), so the frame's pressed button follows.
+    virtual void activeToolChanged(const QString& tool) { Q_UNUSED(tool); }
 };
+
+// The signal's signature for the frame's connect().
+inline const char* const ActiveToolChangedSignal = SIGNAL(activeToolChanged(QString));
 
 }  // namespace tarlox

@@ -232,6 +232,11 @@ void frmView::refresh()
     pageOf_->setText(QStringLiteral("of %1").arg(pages));
     applying_ = false;
     view_->Refresh();
+    // Every change of the drawing mode ends in a refresh.
+    if (const QString tool = activeTool(); tool != shownTool_) {
+        shownTool_ = tool;
+        emit activeToolChanged(tool);
+    }
 }
 
 void frmView::processEvents()

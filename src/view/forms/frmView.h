@@ -79,6 +79,8 @@ signals:
     void windowCommand(const QString& name);
     // The viewer has closed (after the save question).
     void closed();
+    // ViewerCommands: the tool changed ("Rectangle", "Stamp", "Line", "View").
+    void activeToolChanged(const QString& tool) override;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -115,6 +117,7 @@ private:
     bool firstPaint_ = true;
     bool unloaded_ = false;
     bool applying_ = false;
+    QString shownTool_ = QStringLiteral("View");
 };
 
 }  // namespace tarlox

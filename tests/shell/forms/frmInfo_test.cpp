@@ -346,7 +346,7 @@ TEST_F(Settings, EveryTagNamesItsKey)
 {
     frmInfo screen(site.session());
     const QList<QWidget*> bound = screen.binder()->boundControls();
-    EXPECT_EQ(bound.size(), 66);
+    EXPECT_EQ(bound.size(), 67);
     for (QWidget* w : bound) {
         const QString tag = w->property("tag").toString();
         EXPECT_FALSE(GetTag(tag, QStringLiteral("Item")).isEmpty()) << w->objectName().toStdString();

@@ -25,6 +25,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
@@ -150,9 +151,9 @@ protected:
 TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
 {
     EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
-    EXPECT_EQ(frame->width(), TwipsToPixels(StripWidthTwips));
-    // Title, menus and toolbar, and no room for children.
-    EXPECT_EQ(frame->height(), frame->menuBar()->height() + frame->toolbar()->height());
+    EXPECT_EQ(frame->width(), std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()));
+    // Title, menus, toolbar and status bar, and no room for children.
+    EXPECT_EQ(frame->height(), frame->menuBar()->height() + frame->toolbar()->height() + frame->statusBar()->height());
     EXPECT_TRUE(frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty());
     // The File menu's commands stand in their order.
     QStringList file;
