@@ -134,14 +134,16 @@ private:
     bool kept_ = false;
 };
 
-// Images gathered into groups so that their files reach the disk together:
-// each file is copied under a work name beside its target, and when the
-// group is full (or the run ends) one flush of the file system makes all of
-// them durable, then they are renamed into place, their directories
-// flushed, and only then are the rows added (for an import, all in one
-// transaction; when that fails, image by image). An image still goes in
-// whole or not at all: one whose rows fail loses its files again, and when
-// the flush fails the whole group is taken away and each image reported.
+// Images gathered into groups so that their files reach the disk together.
+// When the group is full (or the run ends) its files are copied under work
+// names beside their targets, one flush of the file system makes all of
+// them durable, they are renamed into place and their directories flushed,
+// all in one piece of work off the calling thread; only then are the rows
+// added (for an import, all in one transaction; when that fails, image by
+// image). An image still goes in whole or not at all: one whose rows fail
+// loses its files again; a copy that fails (a full disk) ends the run after
+// the images before it, and when the flush fails the whole group is taken
+// away and each image reported.
 class ImageGroup {
 public:
     static constexpr int MaxImages = 64;
@@ -156,17 +158,11 @@ public:
     {
     }
 
-    // Copies a file of the image being gathered. After a failure the caller
-    // ends the run; the image's copies go with the group.
-    IoStatus copy(const QString& source, const QString& target)
+    // A file of the image being gathered, copied when the group is put in place.
+    void copy(const QString& source, const QString& target)
     {
-        std::optional<IoResult<FileReplacement>> work;
-        RunOffThread([&] { work.emplace(BeginCopy(source, target)); });
-        if (!*work)
-            return work->failure();  // the image's other copies go with the group
+        current_.copies << std::pair{source, target};
         current_.bytes += QFileInfo(source).size();
-        current_.files.push_back(std::move(*work).value());
-        return {};
     }
     // Closes the image being gathered; the group is put in place when it is full.
     void add(const QString& label, Rows rows)
@@ -183,8 +179,8 @@ public:
     bool holds(const QString& target) const
     {
         for (const Image& image : images_)
-            for (const FileReplacement& file : image.files)
-                if (samePath(file.target(), target))
+            for (const auto& copy : image.copies)
+                if (samePath(copy.second, target))
                     return true;
         return false;
     }
@@ -199,46 +195,20 @@ public:
         bytes_ = 0;
         if (images.empty())
             return true;
-        QStringList directories;
-        for (const Image& image : images)
-            for (const FileReplacement& file : image.files)
-                if (const QString dir = QFileInfo(file.target()).absolutePath(); !directories.contains(dir))
-                    directories << dir;
-        bool durable = true;
-        RunOffThread([&] {
-            for (const QString& dir : std::as_const(directories))
-                if (!SyncFileSystem(dir))
-                    durable = false;
-            if (!durable) {  // no syncfs here: each file on its own
-                durable = true;
-                for (const Image& image : images)
-                    for (const FileReplacement& file : image.files)
-                        durable = durable && SyncFile(file.workPath());
-            }
-        });
-        if (!durable) {
-            const QString error = QStringLiteral("the copies could not be flushed to the disk: ") + qt_error_string(errno);
+        QString copyError, flushError;
+        RunOffThread([&] { putInPlace(images, copyError, flushError); });
+        if (!flushError.isEmpty()) {
             for (const Image& image : images)
-                run_.skip(image.label + QStringLiteral(": ") + error);
-            run_.copyFailed(error);
+                run_.skip(image.label + QStringLiteral(": ") + flushError);
+            run_.copyFailed(flushError);
             return false;  // the work files go with images
         }
-        for (Image& image : images) {
-            for (FileReplacement& file : image.files) {
-                const bool existed = file.replacesExisting();
-                if (IoStatus placed = file.commitFlushed(existing_); !placed) {
-                    image.error = placed.error();
-                    break;
-                }
-                if (!existed)
-                    image.placed << file.target();
-            }
-        }
-        for (const QString& dir : std::as_const(directories))
-            SyncDirectory(dir);
+        // The images from a failed copy on are left out.
+        while (!images.empty() && !images.back().copied)
+            images.pop_back();
 
         bool together = false;
-        if (oneTransaction_) {
+        if (oneTransaction_ && !images.empty()) {
             DataOp op(run_.s, QStringLiteral("ImportImages"));
             together = op.transaction([&] {
                 for (Image& image : images)
@@ -260,8 +230,9 @@ public:
                 QFile::remove(path);
             run_.skip(image.label + QStringLiteral(": ") + (image.error.isEmpty() ? after : image.error));
         }
-        if (!after.isEmpty()) {
-            run_.copyFailed(after);
+        const QString stop = !copyError.isEmpty() ? copyError : after;
+        if (!stop.isEmpty()) {
+            run_.copyFailed(stop);
             return false;
         }
         return true;
@@ -270,12 +241,64 @@ public:
 private:
     struct Image {
         QString label;
-        std::vector<FileReplacement> files;
-        QStringList placed;
+        QList<std::pair<QString, QString>> copies;  // source, target
         qint64 bytes = 0;
         Rows rows;
+        bool copied = false;
+        std::vector<FileReplacement> files;
+        QStringList placed;  // new files under their names
         QString error;
     };
+
+    // Copies, flushes and renames; runs off the calling thread.
+    void putInPlace(std::vector<Image>& images, QString& copyError, QString& flushError) const
+    {
+        QStringList directories;
+        for (Image& image : images) {
+            for (const auto& [source, target] : std::as_const(image.copies)) {
+                IoResult<FileReplacement> work = BeginCopy(source, target);
+                if (!work) {
+                    copyError = work.error();
+                    break;
+                }
+                image.files.push_back(std::move(work).value());
+                if (const QString dir = QFileInfo(target).absolutePath(); !directories.contains(dir))
+                    directories << dir;
+            }
+            if (!copyError.isEmpty()) {
+                image.files.clear();
+                break;
+            }
+            image.copied = true;
+        }
+        bool durable = true;
+        for (const QString& dir : std::as_const(directories))
+            durable = SyncFileSystem(dir) && durable;
+        if (!durable) {  // no syncfs here: each file on its own
+            durable = true;
+            for (const Image& image : images)
+                for (const FileReplacement& file : image.files)
+                    durable = durable && SyncFile(file.workPath());
+        }
+        if (!durable) {
+            flushError = QStringLiteral("the copies could not be flushed to the disk: ") + qt_error_string(errno);
+            return;
+        }
+        for (Image& image : images) {
+            for (FileReplacement& file : image.files) {
+                const bool existed = file.replacesExisting();
+                if (IoStatus placed = file.commitFlushed(existing_); !placed) {
+                    image.error = placed.error();
+                    break;
+                }
+                if (!existed)
+                    image.placed << file.target();
+            }
+        }
+        for (const QString& dir : std::as_const(directories))
+            SyncDirectory(dir);
+    }
+
     Run& run_;
     FileReplacement::Existing existing_;
     bool oneTransaction_;
@@ -415,13 +438,10 @@ ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const Expo
         }
         const QString target = JoinPath(directory, name);
         if (!samePath(source, target)) {
-            if (IoStatus copied = group.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = OriginalPathOf(source);
             if (!options.excludeOriginals && QFileInfo::exists(original))
-                (void)group.copy(original, JoinPath(directory, sixDigitName(QStringLiteral("OR"), number)));
+                group.copy(original, JoinPath(directory, sixDigitName(QStringLiteral("OR"), number)));
         }
         ExportedImage image{number, s.image.entryDate, s.image.size, s.image.type, referencesOf(s, number)};
         group.add(name, [&lines, image](DataOp*) {
@@ -499,15 +519,10 @@ ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const Exc
             continue;
         }
         if (!inPlace) {
-            if (IoStatus copied = group.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = OriginalPathOf(source);
-            if (QFileInfo::exists(original) && !group.copy(original, OriginalPathOf(target))) {
-                run.copyFailed(QStringLiteral("Can't copy ") + original);
-                break;
-            }
+            if (QFileInfo::exists(original))
+                group.copy(original, OriginalPathOf(target));
         }
         const ImageRecord record{qint32(number), dataDir, volume, image.entryDate, image.size, image.type};
         group.add(label, [&s, record, infos = image.infos](DataOp* op) {
@@ -586,15 +601,10 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
             tenths = int(std::lround(page->height * 10.0 / page->dpi.y));
         const QDateTime date = QFileInfo(source).lastModified();
         if (!inPlace) {
-            if (IoStatus copied = group.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = dir.filePath(sixDigitName(QStringLiteral("OR"), number));
-            if (QFileInfo::exists(original) && !group.copy(original, OriginalPathOf(target))) {
-                run.copyFailed(QStringLiteral("Can't copy ") + original);
-                break;
-            }
+            if (QFileInfo::exists(original))
+                group.copy(original, OriginalPathOf(target));
         }
         const ImageRecord record{number, dataDir, volume, date, PageSizeForLength(tenths), QStringLiteral("4")};
         QList<ExportedInfo> infos;
