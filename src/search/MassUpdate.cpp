@@ -178,8 +178,8 @@ TagRewriteSummary RewriteImageTags(Session& s, const QList<qint32>& images, cons
         QString file = JoinPath(s.image.path, name);
         if (!QFileInfo::exists(file) && QFileInfo::exists(JoinPath(s.dataDir, name)))
             file = JoinPath(s.dataDir, name);  // a stale path
-        // Oldest reference first, as they were entered.
-        std::reverse(rows.begin(), rows.end());
+        // Oldest reference first; those entered together as they came.
+        std::stable_sort(rows.begin(), rows.end(), [](const InfoRow& x, const InfoRow& y) { return x.entryDate < y.entryDate; });
         QStringList heats, parts;
         for (const InfoRow& row : std::as_const(rows)) {
             heats << row.heat.trimmed();

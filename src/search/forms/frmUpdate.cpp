@@ -46,6 +46,7 @@ frmUpdate::frmUpdate(Session& session, QWidget* parent) : QWidget(parent), sessi
         ui->grdInput->setColumnWidth(c, TwipsToPixels(width > 0 ? width : DefaultWidths[c]));
     }
     ui->grdInput->horizontalHeader()->setStretchLastSection(true);
+    ui->prgUpdate->hide();  // shown while an update runs
     ClearGrid();
 
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmUpdate::cmdAdd_Click);
@@ -233,8 +234,7 @@ void frmUpdate::cmdUpdate_Click()
     for (QWidget* control : {static_cast<QWidget*>(ui->cmdCheck), static_cast<QWidget*>(ui->cmdUpdate), static_cast<QWidget*>(ui->chkRewriteTags)})
         control->setEnabled(true);
     running_ = false;
-    ui->prgUpdate->setTextVisible(false);
-    ui->prgUpdate->setValue(0);
+    ui->prgUpdate->hide();
     if (!outcome) {
         ui->lblTouch->clear();
         session_.prompter().ask(ProgramTitle(), outcome.refusal, Buttons::Ok, Icon::Exclamation);
@@ -260,6 +260,7 @@ void frmUpdate::cmdUpdate_Click()
 
 bool frmUpdate::going(int done, int total, const QString& text)
 {
+    ui->prgUpdate->show();
     ui->prgUpdate->setTextVisible(true);
     ui->prgUpdate->setFormat(QStringLiteral("%v of %m"));
     ui->prgUpdate->setRange(0, std::max(total, 1));
