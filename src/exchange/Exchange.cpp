@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 #include <cmath>
 #include <optional>
@@ -163,6 +164,7 @@ public:
     {
         current_.copies << std::pair{source, target};
         current_.bytes += QFileInfo(source).size();
+        targets_.insert(target.toCaseFolded());
     }
     // Closes the image being gathered; the group is put in place when it is full.
     void add(const QString& label, Rows rows)
@@ -175,15 +177,9 @@ public:
         if (int(images_.size()) >= MaxImages || bytes_ >= MaxBytes)
             flush();
     }
-    // Whether an image of the group goes to target.
-    bool holds(const QString& target) const
-    {
-        for (const Image& image : images_)
-            for (const auto& copy : image.copies)
-                if (samePath(copy.second, target))
-                    return true;
-        return false;
-    }
+    // Whether an image of the group goes to target (by name; another name
+    // of the same file is caught when the files are put in place).
+    bool holds(const QString& target) const { return targets_.contains(target.toCaseFolded()); }
     // After the rows of a whole group were added (the export file written):
     // an error takes the group away again and ends the run.
     std::function<QString()> afterRows;
@@ -193,6 +189,7 @@ public:
     {
         std::vector<Image> images = std::exchange(images_, {});
         bytes_ = 0;
+        targets_.clear();
         if (images.empty())
             return true;
         QString copyError, flushError;
@@ -304,6 +301,7 @@ private:
     bool oneTransaction_;
     Image current_;
     std::vector<Image> images_;
+    QSet<QString> targets_;
     qint64 bytes_ = 0;
 };
 
