@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "cli/Criteria.h"
 #include "cli/Values.h"
 
 #include "data/Session.h"
@@ -14,45 +15,6 @@
 namespace tarlox::cli {
 
 namespace {
-
-// The criteria of find, for the commands that work on a found set.
-QList<QCommandLineOption> criteriaOptions()
-{
-    const QString value = QStringLiteral("VALUE");
-    const QString lists = QStringLiteral(", with * and ? wild cards and comma lists");
-    return {
-        {QStringLiteral("heat"), QStringLiteral("heat number") + lists, value},
-        {QStringLiteral("part"), QStringLiteral("part number") + lists, value},
-        {QStringLiteral("po"), QStringLiteral("purchase order") + lists, value},
-        {QStringLiteral("vendor"), QStringLiteral("vendor") + lists, value},
-        {QStringLiteral("mfg"), QStringLiteral("manufacturer") + lists, value},
-        {QStringLiteral("image"), QStringLiteral("image number") + lists, value},
-        {QStringLiteral("path"), QStringLiteral("stored path") + lists, value},
-        {QStringLiteral("from"), QStringLiteral("entered on or after DATE (month/day/year or yyyy-mm-dd)"), QStringLiteral("DATE")},
-        {QStringLiteral("to"), QStringLiteral("entered on or before DATE, through its whole day"), QStringLiteral("DATE")},
-    };
-}
-
-QString readCriteria(const QCommandLineParser& p, FindCriteria& c)
-{
-    c.heat = p.value(QStringLiteral("heat"));
-    c.part = p.value(QStringLiteral("part"));
-    c.po = p.value(QStringLiteral("po"));
-    c.vend = p.value(QStringLiteral("vendor"));
-    c.mfg = p.value(QStringLiteral("mfg"));
-    c.imageNumber = p.value(QStringLiteral("image"));
-    c.path = p.value(QStringLiteral("path"));
-    for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &c.from}, std::pair{QStringLiteral("to"), &c.to}}) {
-        const QString text = p.value(option);
-        if (text.trimmed().isEmpty())
-            continue;
-        const Parsed<QDate> day = DateValue(QStringLiteral("--") + option, text);
-        if (!day)
-            return day.error;
-        *date = day.value.toString(Qt::ISODate);
-    }
-    return {};
-}
 
 // The images of the found set, or the exit code of a failure.
 std::variant<QList<qint32>, int> foundSet(Session& s, FindCriteria& criteria)
@@ -120,7 +82,7 @@ std::unique_ptr<Command> exportCommand()
     return std::make_unique<ExchangeCommand>(
         QStringLiteral("export"), QStringLiteral("copy the images of a find and their rows to an export directory (TARLOX.EXP)"),
         QStringLiteral("DIR"),
-        criteriaOptions()
+        FindCriteriaOptions()
             + QList<QCommandLineOption>{{QStringLiteral("exclude-originals"), QStringLiteral("leave the Originals (OR files) out")},
                                         {QStringLiteral("append"), QStringLiteral("add to a TARLOX.EXP that is there")},
                                         {QStringLiteral("overwrite"), QStringLiteral("empty a TARLOX.EXP that is there")}},
@@ -135,7 +97,7 @@ std::unique_ptr<Command> exportCommand()
             if (!st->options.append && !st->overwrite
                 && QFileInfo::exists(QDir(st->options.directory).filePath(QString::fromUtf16(kExportFileName))))
                 return QStringLiteral("the export file already exists: give --append or --overwrite");
-            return readCriteria(p, st->criteria);
+            return ReadFindCriteria(p, st->criteria);
         },
         [st](Session& s) {
             const auto images = foundSet(s, st->criteria);
@@ -202,14 +164,14 @@ std::unique_ptr<Command> moveCommand()
     auto st = std::make_shared<State>();
     return std::make_unique<ExchangeCommand>(
         QStringLiteral("move"), QStringLiteral("move the images of a find to another directory, or relink their rows"), QStringLiteral("DIR"),
-        criteriaOptions()
+        FindCriteriaOptions()
             + QList<QCommandLineOption>{{QStringLiteral("relink"), QStringLiteral("rewrite the rows only, for files already in DIR")}},
         [st](const QCommandLineParser& p) -> QString {
             if (QString error = oneDirectory(p, st->options.target); !error.isEmpty())
                 return error;
             st->options.target = QFileInfo(st->options.target).absoluteFilePath();
             st->options.relink = p.isSet(QStringLiteral("relink"));
-            return readCriteria(p, st->criteria);
+            return ReadFindCriteria(p, st->criteria);
         },
         [st](Session& s) {
             const auto images = foundSet(s, st->criteria);
@@ -225,11 +187,11 @@ std::unique_ptr<Command> deleteCommand()
     auto criteria = std::make_shared<FindCriteria>();
     return std::make_unique<ExchangeCommand>(
         QStringLiteral("delete"), QStringLiteral("delete the images of a find: files, Originals and all their rows"), QString(),
-        criteriaOptions() + QList<QCommandLineOption>{{QStringLiteral("yes"), QStringLiteral("confirm the delete (required)")}},
+        FindCriteriaOptions() + QList<QCommandLineOption>{{QStringLiteral("yes"), QStringLiteral("confirm the delete (required)")}},
         [criteria](const QCommandLineParser& p) -> QString {
             if (!p.positionalArguments().isEmpty())
                 return QStringLiteral("unexpected argument ") + p.positionalArguments().first();
-            if (QString error = readCriteria(p, *criteria); !error.isEmpty())
+            if (QString error = ReadFindCriteria(p, *criteria); !error.isEmpty())
                 return error;
             if (criteria->isEmpty())
                 return QStringLiteral("give at least one criterion; delete never takes every image");

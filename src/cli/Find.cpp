@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "cli/Criteria.h"
 #include "cli/Values.h"
 
 #include "data/ImageData.h"
@@ -35,43 +36,18 @@ public:
 
     QList<QCommandLineOption> options() const override
     {
-        const QString value = QStringLiteral("VALUE");
-        const QString lists = QStringLiteral(", with * and ? wild cards and comma lists");
-        return {
-            {QStringLiteral("heat"), QStringLiteral("heat number") + lists, value},
-            {QStringLiteral("part"), QStringLiteral("part number") + lists, value},
-            {QStringLiteral("po"), QStringLiteral("purchase order") + lists, value},
-            {QStringLiteral("vendor"), QStringLiteral("vendor") + lists, value},
-            {QStringLiteral("mfg"), QStringLiteral("manufacturer") + lists, value},
-            {QStringLiteral("image"), QStringLiteral("image number") + lists, value},
-            {QStringLiteral("path"), QStringLiteral("stored path") + lists, value},
-            {QStringLiteral("from"), QStringLiteral("entered on or after DATE (month/day/year or yyyy-mm-dd)"), QStringLiteral("DATE")},
-            {QStringLiteral("to"), QStringLiteral("entered on or before DATE, through its whole day"), QStringLiteral("DATE")},
-            {QStringLiteral("limit"), QStringLiteral("show at most N rows (default: FindRecords of the settings, else 100)"), QStringLiteral("N")},
-            {QStringLiteral("format"), QStringLiteral("text (default), csv or json"), QStringLiteral("FORMAT")},
-        };
+        QList<QCommandLineOption> options = FindCriteriaOptions();
+        options << QCommandLineOption{QStringLiteral("limit"), QStringLiteral("show at most N rows (default: FindRecords of the settings, else 100)"), QStringLiteral("N")}
+                << QCommandLineOption{QStringLiteral("format"), QStringLiteral("text (default), csv or json"), QStringLiteral("FORMAT")};
+        return options;
     }
 
     QString read(const QCommandLineParser& p) override
     {
         if (!p.positionalArguments().isEmpty())
             return QStringLiteral("unexpected argument ") + p.positionalArguments().first();
-        criteria_.heat = p.value(QStringLiteral("heat"));
-        criteria_.part = p.value(QStringLiteral("part"));
-        criteria_.po = p.value(QStringLiteral("po"));
-        criteria_.vend = p.value(QStringLiteral("vendor"));
-        criteria_.mfg = p.value(QStringLiteral("mfg"));
-        criteria_.imageNumber = p.value(QStringLiteral("image"));
-        criteria_.path = p.value(QStringLiteral("path"));
-        for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &criteria_.from}, std::pair{QStringLiteral("to"), &criteria_.to}}) {
-            const QString text = p.value(option);
-            if (text.trimmed().isEmpty())
-                continue;
-            const Parsed<QDate> day = DateValue(QStringLiteral("--") + option, text);
-            if (!day)
-                return day.error;
-            *date = day.value.toString(Qt::ISODate);
-        }
+        if (const QString error = ReadFindCriteria(p, criteria_); !error.isEmpty())
+            return error;
         if (p.isSet(QStringLiteral("limit"))) {
             const Parsed<int> limit = IntegerValue(QStringLiteral("--limit"), p.value(QStringLiteral("limit")), 1);
             if (!limit)

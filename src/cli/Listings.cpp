@@ -158,7 +158,9 @@ public:
         return {{QStringLiteral("pair"), QStringLiteral("change OLD to NEW: --pair OLD NEW; repeat for more, applied in order"), QStringLiteral("OLD NEW")},
                 {QStringLiteral("csv"), QStringLiteral("read the pairs from FILE: old and new value after each other, comma-separated"),
                  QStringLiteral("FILE")},
-                {QStringLiteral("check"), QStringLiteral("only print for each pair the references and images with the old value and those with the new")}};
+                {QStringLiteral("check"), QStringLiteral("only print for each pair the references and images with the old value and those with the new")},
+                {QStringLiteral("rewrite-tags"),
+                 QStringLiteral("afterwards write the changed references into the heat/part/P/O/vendor/manufacturer tags of the image files they touched")}};
     }
 
     QString read(const QCommandLineParser& p) override
@@ -177,6 +179,7 @@ public:
         for (qsizetype i = 0; i < olds.size(); ++i)
             pairs_ << UpdatePair{olds[i], args[i]};
         check_ = p.isSet(QStringLiteral("check"));
+        rewriteTags_ = p.isSet(QStringLiteral("rewrite-tags"));
         return {};
     }
 
@@ -200,12 +203,19 @@ public:
                               .arg((*counts)[i].newRows));
             return Success;
         }
+        const QList<qint32> touched = rewriteTags_ ? ImagesOfPairs(s, field_, pairs_) : QList<qint32>();
         const UpdateOutcome outcome = UpdatePairs(s, field_, pairs_);
         if (!outcome)
             return fail(outcome.refusal);
         for (qsizetype i = 0; i < pairs_.size(); ++i)
             printLine(QStringLiteral("\"%1\" -> \"%2\": %3 references changed").arg(pairs_[i].oldValue, pairs_[i].newValue).arg(outcome.changed[i]));
-        return Success;
+        if (!rewriteTags_)
+            return Success;
+        const TagRewriteSummary tags = RewriteImageTags(s, touched);
+        printLine(QStringLiteral("%1 of %2 image files given the new tags, %3 skipped").arg(tags.done).arg(tags.total).arg(tags.skipped.size()));
+        for (const QString& line : tags.skipped)
+            printLine(QStringLiteral("  skipped: ") + line);
+        return tags.skipped.isEmpty() ? Success : Failure;
     }
 
 private:
@@ -213,6 +223,7 @@ private:
     QList<UpdatePair> pairs_;
     QString csv_;
     bool check_ = false;
+    bool rewriteTags_ = false;
 };
 
 }  // namespace

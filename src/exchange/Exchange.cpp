@@ -13,13 +13,17 @@
 #include "store/FileReplacement.h"
 #include "store/ImageFiles.h"
 #include "store/OffThread.h"
+#include "store/DurableWrite.h"
 #include "store/TiffReader.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 #include <cmath>
+#include <optional>
+#include <vector>
 
 namespace tarlox {
 
@@ -131,6 +135,176 @@ private:
     bool kept_ = false;
 };
 
+// Images gathered into groups so that their files reach the disk together.
+// When the group is full (or the run ends) its files are copied under work
+// names beside their targets, one flush of the file system makes all of
+// them durable, they are renamed into place and their directories flushed,
+// all in one piece of work off the calling thread; only then are the rows
+// added (for an import, all in one transaction; when that fails, image by
+// image). An image still goes in whole or not at all: one whose rows fail
+// loses its files again; a copy that fails (a full disk) ends the run after
+// the images before it, and when the flush fails the whole group is taken
+// away and each image reported.
+class ImageGroup {
+public:
+    static constexpr int MaxImages = 64;
+    static constexpr qint64 MaxBytes = qint64(64) << 20;
+
+    // Adds an image's rows, within op's transaction when op is given; the
+    // error, empty when they were added.
+    using Rows = std::function<QString(DataOp* op)>;
+
+    ImageGroup(Run& run, FileReplacement::Existing existing, bool oneTransaction)
+        : run_(run), existing_(existing), oneTransaction_(oneTransaction)
+    {
+    }
+
+    // A file of the image being gathered, copied when the group is put in place.
+    void copy(const QString& source, const QString& target)
+    {
+        current_.copies << std::pair{source, target};
+        current_.bytes += QFileInfo(source).size();
+        targets_.insert(target.toCaseFolded());
+    }
+    // Closes the image being gathered; the group is put in place when it is full.
+    void add(const QString& label, Rows rows)
+    {
+        current_.label = label;
+        current_.rows = std::move(rows);
+        bytes_ += current_.bytes;
+        images_.push_back(std::move(current_));
+        current_ = Image{};
+        if (int(images_.size()) >= MaxImages || bytes_ >= MaxBytes)
+            flush();
+    }
+    // Whether an image of the group goes to target (by name; another name
+    // of the same file is caught when the files are put in place).
+    bool holds(const QString& target) const { return targets_.contains(target.toCaseFolded()); }
+    // After the rows of a whole group were added (the export file written):
+    // an error takes the group away again and ends the run.
+    std::function<QString()> afterRows;
+
+    // Puts the group in place. False when the run has to end.
+    bool flush()
+    {
+        std::vector<Image> images = std::exchange(images_, {});
+        bytes_ = 0;
+        targets_.clear();
+        if (images.empty())
+            return true;
+        QString copyError, flushError;
+        RunOffThread([&] { putInPlace(images, copyError, flushError); });
+        if (!flushError.isEmpty()) {
+            for (const Image& image : images)
+                run_.skip(image.label + QStringLiteral(": ") + flushError);
+            run_.copyFailed(flushError);
+            return false;  // the work files go with images
+        }
+        // The images from a failed copy on are left out.
+        while (!images.empty() && !images.back().copied)
+            images.pop_back();
+
+        bool together = false;
+        if (oneTransaction_ && !images.empty()) {
+            DataOp op(run_.s, QStringLiteral("ImportImages"));
+            together = op.transaction([&] {
+                for (Image& image : images)
+                    if (image.error.isEmpty() && !image.rows(&op).isEmpty())
+                        return false;
+                return true;
+            });
+        }
+        for (Image& image : images)
+            if (image.error.isEmpty() && !together)
+                image.error = image.rows(nullptr);
+        const QString after = afterRows ? afterRows() : QString();
+        for (Image& image : images) {
+            if (image.error.isEmpty() && after.isEmpty()) {
+                run_.finished();
+                continue;
+            }
+            for (const QString& path : std::as_const(image.placed))
+                QFile::remove(path);
+            run_.skip(image.label + QStringLiteral(": ") + (image.error.isEmpty() ? after : image.error));
+        }
+        const QString stop = !copyError.isEmpty() ? copyError : after;
+        if (!stop.isEmpty()) {
+            run_.copyFailed(stop);
+            return false;
+        }
+        return true;
+    }
+
+private:
+    struct Image {
+        QString label;
+        QList<std::pair<QString, QString>> copies;  // source, target
+        qint64 bytes = 0;
+        Rows rows;
+        bool copied = false;
+        std::vector<FileReplacement> files;
+        QStringList placed;  // new files under their names
+        QString error;
+    };
+
+    // Copies, flushes and renames; runs off the calling thread.
+    void putInPlace(std::vector<Image>& images, QString& copyError, QString& flushError) const
+    {
+        QStringList directories;
+        for (Image& image : images) {
+            for (const auto& [source, target] : std::as_const(image.copies)) {
+                IoResult<FileReplacement> work = BeginCopy(source, target);
+                if (!work) {
+                    copyError = work.error();
+                    break;
+                }
+                image.files.push_back(std::move(work).value());
+                if (const QString dir = QFileInfo(target).absolutePath(); !directories.contains(dir))
+                    directories << dir;
+            }
+            if (!copyError.isEmpty()) {
+                image.files.clear();
+                break;
+            }
+            image.copied = true;
+        }
+        bool durable = true;
+        for (const QString& dir : std::as_const(directories))
+            durable = SyncFileSystem(dir) && durable;
+        if (!durable) {  // no syncfs here: each file on its own
+            durable = true;
+            for (const Image& image : images)
+                for (const FileReplacement& file : image.files)
+                    durable = durable && SyncFile(file.workPath());
+        }
+        if (!durable) {
+            flushError = QStringLiteral("the copies could not be flushed to the disk: ") + qt_error_string(errno);
+            return;
+        }
+        for (Image& image : images) {
+            for (FileReplacement& file : image.files) {
+                const bool existed = file.replacesExisting();
+                if (IoStatus placed = file.commitFlushed(existing_); !placed) {
+                    image.error = placed.error();
+                    break;
+                }
+                if (!existed)
+                    image.placed << file.target();
+            }
+        }
+        for (const QString& dir : std::as_const(directories))
+            SyncDirectory(dir);
+    }
+
+    Run& run_;
+    FileReplacement::Existing existing_;
+    bool oneTransaction_;
+    Image current_;
+    std::vector<Image> images_;
+    QSet<QString> targets_;
+    qint64 bytes_ = 0;
+};
+
 // The file of an image row: in its stored directory, else (a stale path)
 // in the data directory.
 QString imageFileOf(Session& s, const QString& name)
@@ -153,11 +327,12 @@ QList<ExportedInfo> referencesOf(Session& s, qint32 number)
     return infos;
 }
 
-// Adds the Images row in session.image and the references in one transaction.
-bool addRows(Session& s, const QList<ExportedInfo>& infos, QString& error)
+// Adds the Images row in session.image and its references: within op's
+// transaction, or in one of their own. The error, empty when they were added.
+QString addRows(Session& s, const QList<ExportedInfo>& infos, DataOp* within)
 {
-    DataOp op(s, QStringLiteral("ImportImage"), {QString::number(s.image.imageNumber)});
-    const bool ok = op.transaction([&] {
+    QString error;
+    const auto body = [&](DataOp& op) {
         if (!AddImage(s, true)) {
             error = s.image.errorText;
             return false;
@@ -171,10 +346,15 @@ bool addRows(Session& s, const QList<ExportedInfo>& infos, QString& error)
             }
         }
         return true;
-    });
-    if (!ok && error.isEmpty())
+    };
+    if (within)
+        return body(*within) ? QString() : error.isEmpty() ? QStringLiteral("the rows could not be added") : error;
+    DataOp op(s, QStringLiteral("ImportImage"), {QString::number(s.image.imageNumber)});
+    if (op.transaction([&] { return body(op); }))
+        return {};
+    if (error.isEmpty())
         error = op.failure().text.isEmpty() ? QStringLiteral("the rows could not be added") : op.failure().text;
-    return ok;
+    return error;
 }
 
 // Whether an image number is in use here: a row, or a file in the data directory.
@@ -234,6 +414,12 @@ ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const Expo
         return run.summary;
     }
     ConnectionScope connection(s.db());
+    ImageGroup group(run, FileReplacement::Existing::Replace, false);
+    QList<ExportedImage> lines;
+    group.afterRows = [&]() -> QString {
+        IoStatus written = writer->write(std::exchange(lines, {}));
+        return written ? QString() : written.error();
+    };
     for (const qint32 number : images) {
         const QString name = ImageFileNameFor(number);
         if (!run.next(name))
@@ -248,25 +434,22 @@ ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const Expo
                 break;
             continue;
         }
-        PlacedFiles placed;
         const QString target = JoinPath(directory, name);
         if (!samePath(source, target)) {
-            if (IoStatus copied = placed.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = OriginalPathOf(source);
             if (!options.excludeOriginals && QFileInfo::exists(original))
-                (void)placed.copy(original, JoinPath(directory, sixDigitName(QStringLiteral("OR"), number)));
+                group.copy(original, JoinPath(directory, sixDigitName(QStringLiteral("OR"), number)));
         }
-        const ExportedImage image{number, s.image.entryDate, s.image.size, s.image.type, referencesOf(s, number)};
-        if (IoStatus written = writer->write(image); !written) {
-            run.copyFailed(written.error());
+        ExportedImage image{number, s.image.entryDate, s.image.size, s.image.type, referencesOf(s, number)};
+        group.add(name, [&lines, image](DataOp*) {
+            lines << image;
+            return QString();
+        });
+        if (!run.summary.stopped.isEmpty())
             break;
-        }
-        placed.keep();
-        run.finished();
     }
+    group.flush();
     return run.summary;
 }
 
@@ -292,6 +475,7 @@ ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const Exc
     ConnectionScope connection(s.db());
     GetInfoFieldLengths(s);
     const QString volume = GetVolumeName(dataDir);
+    ImageGroup group(run, FileReplacement::Existing::Keep, true);
     for (const auto& entry : std::as_const(entries)) {
         if (const auto* lines = std::get_if<SkippedLines>(&entry)) {
             run.summary.skipped << QStringLiteral("lines %1-%2 of the export file: %3").arg(lines->firstLine).arg(lines->lastLine).arg(lines->reason);
@@ -328,31 +512,25 @@ ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const Exc
         }
         const QString target = JoinPath(dataDir, ImageFileNameFor(number));
         const bool inPlace = samePath(source, target);
-        if ((inPlace && ReadImage(s, qint32(number))) || (!inPlace && numberTaken(s, qint32(number), dataDir))) {
+        if ((inPlace && ReadImage(s, qint32(number))) || (!inPlace && (numberTaken(s, qint32(number), dataDir) || group.holds(target)))) {
             run.skip(label + QStringLiteral(": number %1 is taken here").arg(number));
             continue;
         }
-        PlacedFiles placed;
         if (!inPlace) {
-            if (IoStatus copied = placed.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = OriginalPathOf(source);
-            if (QFileInfo::exists(original) && !placed.copy(original, OriginalPathOf(target))) {
-                run.copyFailed(QStringLiteral("Can't copy ") + original);
-                break;
-            }
+            if (QFileInfo::exists(original))
+                group.copy(original, OriginalPathOf(target));
         }
-        s.image = ImageRecord{qint32(number), dataDir, volume, image.entryDate, image.size, image.type};
-        QString error;
-        if (!addRows(s, image.infos, error)) {
-            run.skip(label + QStringLiteral(": ") + error);
-            continue;
-        }
-        placed.keep();
-        run.finished();
+        const ImageRecord record{qint32(number), dataDir, volume, image.entryDate, image.size, image.type};
+        group.add(label, [&s, record, infos = image.infos](DataOp* op) {
+            s.image = record;
+            return addRows(s, infos, op);
+        });
+        if (!run.summary.stopped.isEmpty())
+            break;
     }
+    group.flush();
     return run.summary;
 }
 
@@ -380,6 +558,7 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
     ConnectionScope connection(s.db());
     GetInfoFieldLengths(s);
     const QString volume = GetVolumeName(dataDir);
+    ImageGroup group(run, FileReplacement::Existing::Keep, true);
     for (const QString& name : std::as_const(names)) {
         const QString source = dir.filePath(name);
         if (!run.next(source))
@@ -411,7 +590,7 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
         }
         const QString target = JoinPath(dataDir, ImageFileNameFor(number));
         const bool inPlace = samePath(source, target);
-        if ((inPlace && ReadImage(s, number)) || (!inPlace && numberTaken(s, number, dataDir))) {
+        if ((inPlace && ReadImage(s, number)) || (!inPlace && (numberTaken(s, number, dataDir) || group.holds(target)))) {
             run.skip(name + QStringLiteral(": number %1 is taken here").arg(number));
             continue;
         }
@@ -419,30 +598,24 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
         if (auto page = tiff->pageInfo(0); page && page->dpi.y > 0)
             tenths = int(std::lround(page->height * 10.0 / page->dpi.y));
         const QDateTime date = QFileInfo(source).lastModified();
-        PlacedFiles placed;
         if (!inPlace) {
-            if (IoStatus copied = placed.copy(source, target); !copied) {
-                run.copyFailed(copied.error());
-                break;
-            }
+            group.copy(source, target);
             const QString original = dir.filePath(sixDigitName(QStringLiteral("OR"), number));
-            if (QFileInfo::exists(original) && !placed.copy(original, OriginalPathOf(target))) {
-                run.copyFailed(QStringLiteral("Can't copy ") + original);
-                break;
-            }
+            if (QFileInfo::exists(original))
+                group.copy(original, OriginalPathOf(target));
         }
-        s.image = ImageRecord{number, dataDir, volume, date, PageSizeForLength(tenths), QStringLiteral("4")};
+        const ImageRecord record{number, dataDir, volume, date, PageSizeForLength(tenths), QStringLiteral("4")};
         QList<ExportedInfo> infos;
         for (qsizetype i = 0; i < heats.size(); ++i)
             infos << ExportedInfo{heats[i], parts[i], tags.purchaseOrder, tags.vendor, tags.manufacturer, date};
-        QString error;
-        if (!addRows(s, infos, error)) {
-            run.skip(name + QStringLiteral(": ") + error);
-            continue;
-        }
-        placed.keep();
-        run.finished();
+        group.add(name, [&s, record, infos](DataOp* op) {
+            s.image = record;
+            return addRows(s, infos, op);
+        });
+        if (!run.summary.stopped.isEmpty())
+            break;
     }
+    group.flush();
     return run.summary;
 }
 

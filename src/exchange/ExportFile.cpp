@@ -203,9 +203,11 @@ IoResult<ExportFileWriter> ExportFileWriter::open(const QString& path, Existing 
     return writer;
 }
 
-IoStatus ExportFileWriter::write(const ExportedImage& image)
+IoStatus ExportFileWriter::write(const QList<ExportedImage>& images)
 {
-    const QByteArray lines = exportLines(image);
+    QByteArray lines;
+    for (const ExportedImage& image : images)
+        lines += exportLines(image);
     if (!WriteAll(fd_, lines.constData(), lines.size()) || ::fsync(fd_) != 0) {
         const int error = errno;
         if (::ftruncate(fd_, size_) != 0) {

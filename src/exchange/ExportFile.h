@@ -56,8 +56,8 @@ struct SkippedLines {
     QString reason;
 };
 
-// Writes the export file one image at a time. Each image reaches the disk
-// before write() returns, and a write that fails is cut off again, so the
+// Writes the export file a group of images at a time. The group reaches the
+// disk before write() returns, and a write that fails is cut off again, so the
 // file always holds whole images only.
 class ExportFileWriter {
 public:
@@ -73,7 +73,8 @@ public:
     ExportFileWriter(ExportFileWriter&& other) noexcept;
     ~ExportFileWriter();
 
-    IoStatus write(const ExportedImage& image);
+    IoStatus write(const ExportedImage& image) { return write(QList<ExportedImage>{image}); }
+    IoStatus write(const QList<ExportedImage>& images);
 
 private:
     ExportFileWriter(QString path, int fd, qint64 size);

@@ -517,7 +517,8 @@ QString PaintListing(Session& session, const ListingRequest& request, QPagedPain
     return {};
 }
 
-QString WriteListingPdf(Session& session, const ListingRequest& request, const QString& path, qint64* pages)
+QString WriteListingPdf(Session& session, const ListingRequest& request, const QString& path, qint64* pages,
+                        const std::function<bool(int)>& progress)
 {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
@@ -529,9 +530,9 @@ QString WriteListingPdf(Session& session, const ListingRequest& request, const Q
     writer.setTitle(ListingTitle(request.sort, ReadListingTitles(session)));
     writer.setCreator(QStringLiteral("Tarlox"));
     qint64 count = 0;
-    const QString error = PaintListing(session, request, writer, [&count](int page) {
+    const QString error = PaintListing(session, request, writer, [&](int page) {
         count = std::abs(page);
-        return true;
+        return !progress || progress(page);
     });
     if (!error.isEmpty()) {
         file.cancelWriting();

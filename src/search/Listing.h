@@ -190,8 +190,10 @@ QString PaintListing(Session& session, const ListingRequest& request, QPagedPain
                      const std::function<bool(int)>& progress = {});
 
 // The listing written as PDF, streamed page by page into a work file beside
-// path and put in place at the end. Empty on success, else why not.
-QString WriteListingPdf(Session& session, const ListingRequest& request, const QString& path, qint64* pages = nullptr);
+// path and put in place at the end; progress as for PaintListing (a cancel
+// leaves no file). Empty on success, else why not.
+QString WriteListingPdf(Session& session, const ListingRequest& request, const QString& path, qint64* pages = nullptr,
+                        const std::function<bool(int)>& progress = {});
 
 // The references of a selection as CSV (RFC 4180, UTF-8, a header row), in
 // listing order; written beside path and put in place. Empty on success.

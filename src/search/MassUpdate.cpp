@@ -7,9 +7,18 @@
 #include "data/InfoData.h"
 #include "data/Session.h"
 #include "data/Settings.h"
+#include "base/FileTools.h"
+#include "data/Database.h"
+#include "data/ImageData.h"
+#include "store/ImageFiles.h"
+#include "store/OffThread.h"
 #include "store/TagText.h"
+#include "store/TiffWriter.h"
 
 #include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
 
 namespace tarlox {
 
@@ -75,7 +84,8 @@ std::optional<QList<PairCounts>> CountPairs(Session& session, UpdateField field,
     return counts;
 }
 
-UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs)
+UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs,
+                          const std::function<bool(qsizetype pair)>& going)
 {
     UpdateOutcome outcome;
     if (!GetInfoFieldLengths(session)) {
@@ -98,9 +108,14 @@ UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<Updat
     DataOp op(session, QStringLiteral("CheckCount"), {UpdateColumn(field)});
     const QString sql = QStringLiteral("UPDATE %1 SET %2 = ? WHERE %2 = ?").arg(q("Info"), q(UpdateColumn(field)));
     qsizetype failedPair = -1;
+    bool cancelled = false;
     const bool committed = op.transaction([&] {
         outcome.changed.clear();
         for (qsizetype i = 0; i < pairs.size(); ++i) {
+            if (going && !going(i)) {
+                cancelled = true;
+                return false;
+            }
             op.step(QStringLiteral("Pair %1: %2 to %3").arg(i + 1).arg(pairs[i].oldValue, pairs[i].newValue));
             auto done = op.exec(sql, {storedValue(field, pairs[i].newValue), pairs[i].oldValue});
             if (!done) {
@@ -113,12 +128,75 @@ UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<Updat
     });
     if (!committed) {
         outcome.changed.clear();
-        outcome.refusal = failedPair >= 0 ? QStringLiteral("Pair %1 (\"%2\" to \"%3\") failed: %4. Nothing was changed.")
+        outcome.refusal = cancelled       ? QStringLiteral("Cancelled. Nothing was changed.")
+                          : failedPair >= 0 ? QStringLiteral("Pair %1 (\"%2\" to \"%3\") failed: %4. Nothing was changed.")
                                                 .arg(failedPair + 1)
                                                 .arg(pairs[failedPair].oldValue, pairs[failedPair].newValue, op.failure().text)
                                           : QStringLiteral("The update failed: %1. Nothing was changed.").arg(op.failure().text);
     }
     return outcome;
+}
+
+QList<qint32> ImagesOfPairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs)
+{
+    DataOp op(session, QStringLiteral("ImagesOfPairs"), {UpdateColumn(field)});
+    QStringList marks;
+    QVariantList values;
+    for (const UpdatePair& pair : pairs) {
+        marks << QStringLiteral("?");
+        values << pair.oldValue;
+    }
+    QList<qint32> images;
+    if (pairs.isEmpty())
+        return images;
+    auto rows = op.exec(QStringLiteral("SELECT DISTINCT %1 FROM %2 WHERE %3 IN (%4) ORDER BY %1")
+                            .arg(q("Image #"), q("Info"), q(UpdateColumn(field)), marks.join(QLatin1Char(','))),
+                        values);
+    while (rows && rows->next())
+        images << rows->value(0).toInt();
+    return images;
+}
+
+TagRewriteSummary RewriteImageTags(Session& s, const QList<qint32>& images, const TagRewriteProgress& progress)
+{
+    s.traceCall(QStringLiteral("RewriteImageTags"));
+    TagRewriteSummary summary;
+    summary.total = int(images.size());
+    ConnectionScope connection(s.db());
+    for (const qint32 number : images) {
+        const QString name = ImageFileNameFor(number);
+        if (progress && !progress(summary.done + int(summary.skipped.size()), summary.total, name)) {
+            summary.cancelled = true;
+            break;
+        }
+        QList<InfoRow> rows;
+        qint64 total = 0;
+        if (!ReadImage(s, number) || LoadInfo(s, SqlCondition{col("Info", "Image #") + QStringLiteral(" = ?"), {number}}, rows, 10000, total) <= 0) {
+            summary.skipped << name + QStringLiteral(": no rows");
+            continue;
+        }
+        QString file = JoinPath(s.image.path, name);
+        if (!QFileInfo::exists(file) && QFileInfo::exists(JoinPath(s.dataDir, name)))
+            file = JoinPath(s.dataDir, name);  // a stale path
+        // Oldest reference first; those entered together as they came.
+        std::stable_sort(rows.begin(), rows.end(), [](const InfoRow& x, const InfoRow& y) { return x.entryDate < y.entryDate; });
+        QStringList heats, parts;
+        for (const InfoRow& row : std::as_const(rows)) {
+            heats << row.heat.trimmed();
+            parts << row.part.trimmed();
+        }
+        const InfoRow& first = rows.front();
+        const ReportTags tags = ReportTags::forReport(heats.join(QLatin1Char(' ')), parts.join(QLatin1Char(' ')), first.po.trimmed(),
+                                                      first.vend.trimmed(), first.mfg.trimmed());
+        IoStatus written;
+        RunOffThread([&] { written = QFileInfo::exists(file) ? RewriteReportTags(file, tags) : IoStatus(Failure(file + QStringLiteral(" does not exist"))); });
+        if (!written) {
+            summary.skipped << name + QStringLiteral(": ") + written.error();
+            continue;
+        }
+        ++summary.done;
+    }
+    return summary;
 }
 
 IoResult<QList<UpdatePair>> ReadUpdatePairs(const QString& path)

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace tarlox {
@@ -52,7 +53,29 @@ struct UpdateOutcome {
 // to C carries through and a failure leaves every reference as it was. A
 // new value longer than its column is refused, with its pair named, before
 // anything changes.
-UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs);
+// going is asked before each pair (its index); false cancels the run and
+// nothing is changed.
+UpdateOutcome UpdatePairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs,
+                          const std::function<bool(qsizetype pair)>& going = {});
+
+// The images with a reference holding an old value of the pairs: asked
+// before an update, the images it touches (a chain's later steps included).
+QList<qint32> ImagesOfPairs(Session& session, UpdateField field, const QList<UpdatePair>& pairs);
+
+// Writing an image's references back into the report tags of its file
+// (heats and parts, each reference's, separated by blanks; P/O, vendor and
+// manufacturer of the first), so that a TIFF import of the file rebuilds
+// them. Each file is replaced whole, off the calling thread.
+struct TagRewriteSummary {
+    int total = 0;
+    int done = 0;
+    QStringList skipped;  // one line each: the image and why
+    bool cancelled = false;
+};
+// progress is asked before each image (done so far, all, the file); false
+// stops the run there.
+using TagRewriteProgress = std::function<bool(int done, int total, const QString& file)>;
+TagRewriteSummary RewriteImageTags(Session& session, const QList<qint32>& images, const TagRewriteProgress& progress = {});
 
 // Pairs from a comma-separated file in the export format: two fields, old
 // and new value, after each other, until the end of the file. UTF-8, or

@@ -47,4 +47,16 @@ void SyncDirectory(const QString& directory)
     syncPath(directory, O_RDONLY | O_DIRECTORY);
 }
 
+bool SyncFileSystem(const QString& path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool ok = ::syncfs(fd) == 0;
+    const int error = errno;
+    ::close(fd);
+    errno = error;
+    return ok;
+}
+
 }  // namespace tarlox

@@ -15,4 +15,9 @@ bool SyncFile(const QString& path);
 // disk. Failures are ignored: not every filesystem can.
 void SyncDirectory(const QString& directory);
 
+// Flushes everything written to the file system that holds path (one
+// syncfs), so that many files written one after another reach the disk in
+// one pass; false with errno set when it can't.
+bool SyncFileSystem(const QString& path);
+
 }  // namespace tarlox

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -147,6 +148,31 @@ IoStatus FileReplacement::commit()
     return {};
 }
 
+IoStatus FileReplacement::commitFlushed(Existing existing)
+{
+    if (done_)
+        return Failure(QStringLiteral("\"%1\" was already written.").arg(target_));
+    const QByteArray work = QFile::encodeName(work_);
+    const QByteArray target = QFile::encodeName(target_);
+    int result = 0;
+    if (existing == Existing::Replace) {
+        result = ::rename(work.constData(), target.constData());
+    } else {
+        result = ::renameat2(AT_FDCWD, work.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE);
+        // A file system without the flag: a second name, which fails on an existing target too.
+        if (result != 0 && (errno == EINVAL || errno == ENOSYS) && (result = ::link(work.constData(), target.constData())) == 0)
+            ::unlink(work.constData());
+    }
+    if (result != 0) {
+        const int error = errno;
+        discard();
+        return Failure(error == EEXIST ? QStringLiteral("\"%1\" exists already; it was left as it is.").arg(target_)
+                                       : QStringLiteral("Can't write \"%1\": %2").arg(target_, systemError(error)));
+    }
+    done_ = true;
+    return {};
+}
+
 void FileReplacement::discard()
 {
     if (done_)
@@ -169,6 +195,22 @@ IoStatus ReplaceWithCopy(const QString& source, const QString& target)
     if (!copied)
         return copied;
     return replacement->commit();
+}
+
+IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target)
+{
+    auto replacement = FileReplacement::begin(target, false);
+    if (!replacement)
+        return replacement.failure();
+    const int fd = ::open(QFile::encodeName(replacement->workPath()).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (fd < 0)
+        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(replacement->workPath(), systemError(errno)));
+    const IoStatus copied = copyInto(source, fd);
+    if (::close(fd) != 0 && copied)
+        return Failure(QStringLiteral("Can't copy \"%1\": %2").arg(source, systemError(errno)));
+    if (!copied)
+        return copied.failure();
+    return replacement;
 }
 
 IoStatus CommitWrittenFile(const QString& written, const QString& target)

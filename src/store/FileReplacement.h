@@ -29,6 +29,12 @@ public:
 
     // Makes the work file durable and renames it onto the target.
     IoStatus commit();
+    // Puts a work file in place that the caller has already made durable
+    // (several files at once, SyncFileSystem), without flushing it again.
+    // With Existing::Keep a target that exists by then is left as it is and
+    // the call fails. The caller flushes the directory (SyncDirectory).
+    enum class Existing { Replace, Keep };
+    IoStatus commitFlushed(Existing existing);
     // Removes the work file; the target is untouched.
     void discard();
 
@@ -44,6 +50,10 @@ private:
 // Copies source onto target through a replacement: target is afterwards
 // either as it was or a complete copy.
 IoStatus ReplaceWithCopy(const QString& source, const QString& target);
+
+// A replacement whose work file holds a copy of source, not yet flushed:
+// for copying many files and making them durable together.
+IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target);
 
 // Puts a file that was written completely under a name of the caller's
 // (beside target) in place of target: flushed, then one rename.

@@ -268,6 +268,20 @@ IoStatus WriteTiff(const QString& target, const QList<QImage>& pages, const std:
     return writer->commit();
 }
 
+IoStatus RewriteReportTags(const QString& path, const ReportTags& tags)
+{
+    auto reader = TiffReader::open(path);
+    if (!reader)
+        return reader.failure();
+    auto writer = TiffWriter::create(path, tags);
+    if (!writer)
+        return writer.failure();
+    for (int page = 0; page < reader->pageCount(); ++page)
+        if (auto added = writer->addPageFrom(*reader, page); !added)
+            return added;
+    return writer->commit();
+}
+
 IoStatus AppendPage(const QString& target, const QImage& page)
 {
     auto writer = TiffWriter::append(target);

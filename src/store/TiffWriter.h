@@ -65,6 +65,11 @@ private:
 // Writes pages as a new file in one go.
 IoStatus WriteTiff(const QString& target, const QList<QImage>& pages, const std::optional<ReportTags>& tags = std::nullopt);
 
+// Writes the report tags anew on the first page of an existing file, its
+// pages copied as they are stored; the file is replaced in one rename, so it
+// is afterwards either as it was or whole with the new tags.
+IoStatus RewriteReportTags(const QString& path, const ReportTags& tags);
+
 // Adds one page at the end of a file (creating it when absent).
 IoStatus AppendPage(const QString& target, const QImage& page);
 

@@ -143,17 +143,18 @@ TEST_P(ExchangeTest, ImportNeverOverwritesANumberTakenHere)
 TEST_P(ExchangeTest, BadExportFilesSkipWholeImagesAndReadOldCodePages)
 {
     // Windows-1252 as older installations wrote it; image 6 has no file; the
-    // reference of 7 has no image line.
+    // reference of 7 has no image line; image 5 comes twice (one group).
     writeFile(JoinPath(exportDir(), u"TARLOX.EXP"_s),
               "\"IMG\",5,#2004-03-09#,\"G\",\"4\"\r\n\"INF\",5,\"H\xe5\",\"P\",\"\",\"St\xe5l \x93x\x94\",\"\",#2004-03-09#\r\n"
               "\"IMG\",6,#2004-03-09#,\" \",\"4\"\r\n\"INF\",6,\"H6\",\"P6\",\"\",\"\",\"\",#2004-03-09#\r\n"
-              "\"INF\",7,\"H7\",\"P7\",\"\",\"\",\"\",#2004-03-09#\r\n");
+              "\"INF\",7,\"H7\",\"P7\",\"\",\"\",\"\",#2004-03-09#\r\n\"IMG\",5,#2004-03-10#,\"G\",\"4\"\r\n");
     writeFile(JoinPath(exportDir(), u"TR000005.TIF"_s), "five");
     const ExchangeSummary summary = ImportImages(b.session(), ImportOptions{exportDir()});
     EXPECT_EQ(summary.done, 1);
-    ASSERT_EQ(summary.skipped.size(), 2) << summary.skipped.join(u'\n').toStdString();
+    ASSERT_EQ(summary.skipped.size(), 3) << summary.skipped.join(u'\n').toStdString();
     EXPECT_TRUE(summary.skipped[0].contains(u"TR000006.TIF does not exist"_s));
     EXPECT_TRUE(summary.skipped[1].startsWith(u"lines 5-5"_s));
+    EXPECT_TRUE(summary.skipped[2].contains(u"taken here"_s));
     EXPECT_EQ(rowsOf(b.session()), (QStringList{u"5|Hå|P| |Stål “x”| |2004-03-09T00:00:00"_s, u"IMG|5|2004-03-09T00:00:00|G|4"_s}));
 }
 

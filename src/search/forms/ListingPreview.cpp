@@ -140,25 +140,41 @@ void ListingPreview::paintEvent(QPaintEvent* event)
     PaintListingPage(p, layout_, title_, titles_, *current_);
 }
 
-void ListingPreview::printListing()
+namespace {
+
+// A page painted (its number), or the end (minus the count): the box shows
+// it and serves the window; false once Cancel was pressed.
+std::function<bool(int)> progressIn(QProgressDialog& progress, const QString& verb)
 {
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setDocName(title_);
-    QPrintDialog dialog(&printer, this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    QProgressDialog progress(QStringLiteral("Printing the listing..."), QStringLiteral("&Cancel"), 0, 0, this);
     progress.setWindowModality(Qt::WindowModal);
     progress.setMinimumDuration(500);
-    const QString error = PaintListing(session_, request_, printer, [&progress](int page) {
+    return [&progress, verb](int page) {
         if (page > 0)
-            progress.setLabelText(QStringLiteral("Printing page %1...").arg(page));
+            progress.setLabelText(QStringLiteral("%1 page %2...").arg(verb).arg(page));
         QApplication::processEvents();
         return !progress.wasCanceled();
-    });
+    };
+}
+
+}  // namespace
+
+void PrintListing(Session& session, const ListingRequest& request, QWidget* parent)
+{
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(ListingTitle(request.sort, ReadListingTitles(session)));
+    QPrintDialog dialog(&printer, parent);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    QProgressDialog progress(QStringLiteral("Printing the listing..."), QStringLiteral("&Cancel"), 0, 0, parent);
+    const QString error = PaintListing(session, request, printer, progressIn(progress, QStringLiteral("Printing")));
     progress.close();
-    if (!error.isEmpty())
-        session_.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
+    if (!error.isEmpty() && !progress.wasCanceled())
+        session.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
+}
+
+void ListingPreview::printListing()
+{
+    PrintListing(session_, request_, this);
 }
 
 void ListingPreview::savePdf()
@@ -167,12 +183,10 @@ void ListingPreview::savePdf()
                                                       QStringLiteral("PDF Files (*.pdf);;All Files (*)"));
     if (path.isEmpty())
         return;
-    QString error;
-    {
-        Busy busy;
-        error = WriteListingPdf(session_, request_, path);
-    }
-    if (!error.isEmpty())
+    QProgressDialog progress(QStringLiteral("Writing the PDF..."), QStringLiteral("&Cancel"), 0, 0, this);
+    const QString error = WriteListingPdf(session_, request_, path, nullptr, progressIn(progress, QStringLiteral("Writing")));
+    progress.close();
+    if (!error.isEmpty() && !progress.wasCanceled())
         session_.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
 }
 

@@ -54,4 +54,8 @@ private:
     QWidget* bar_;
 };
 
+// Asks for a printer and prints the listing on it page by page, with a
+// progress box whose Cancel stops after the page in hand.
+void PrintListing(Session& session, const ListingRequest& request, QWidget* parent);
+
 }  // namespace tarlox

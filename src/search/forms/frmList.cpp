@@ -10,11 +10,7 @@
 #include "data/Session.h"
 #include "search/forms/ListingPreview.h"
 
-#include <QApplication>
 #include <QFocusEvent>
-#include <QPrintDialog>
-#include <QPrinter>
-#include <QProgressDialog>
 #include <QTimer>
 
 namespace tarlox {
@@ -78,23 +74,7 @@ void frmList::cmdPrint_Click()
         preview->show();
         return;
     }
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setDocName(ListingTitle(r.sort, ReadListingTitles(session_)));
-    QPrintDialog dialog(&printer, this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    QProgressDialog progress(QStringLiteral("Printing the listing..."), QStringLiteral("&Cancel"), 0, 0, this);
-    progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(500);
-    const QString error = PaintListing(session_, r, printer, [&progress](int page) {
-        if (page > 0)
-            progress.setLabelText(QStringLiteral("Printing page %1...").arg(page));
-        QApplication::processEvents();
-        return !progress.wasCanceled();
-    });
-    progress.close();
-    if (!error.isEmpty())
-        session_.prompter().ask(ProgramTitle(), error, Buttons::Ok, Icon::Exclamation);
+    PrintListing(session_, r, this);
 }
 
 int frmList::CheckDate(QLineEdit* box)

@@ -10,6 +10,8 @@
 #include "data/Session.h"
 #include "data/Settings.h"
 
+#include <QCloseEvent>
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QHeaderView>
 
@@ -44,6 +46,7 @@ frmUpdate::frmUpdate(Session& session, QWidget* parent) : QWidget(parent), sessi
         ui->grdInput->setColumnWidth(c, TwipsToPixels(width > 0 ? width : DefaultWidths[c]));
     }
     ui->grdInput->horizontalHeader()->setStretchLastSection(true);
+    ui->prgUpdate->hide();  // shown while an update runs
     ClearGrid();
 
     connect(ui->cmdAdd, &QPushButton::clicked, this, &frmUpdate::cmdAdd_Click);
@@ -51,7 +54,12 @@ frmUpdate::frmUpdate(Session& session, QWidget* parent) : QWidget(parent), sessi
     connect(ui->cmdRetrieve, &QPushButton::clicked, this, &frmUpdate::cmdRetrieve_Click);
     connect(ui->cmdCheck, &QPushButton::clicked, this, &frmUpdate::cmdCheck_Click);
     connect(ui->cmdUpdate, &QPushButton::clicked, this, &frmUpdate::cmdUpdate_Click);
-    connect(ui->cmdCancel, &QPushButton::clicked, this, [this] { FormWindowOf(this)->close(); });
+    connect(ui->cmdCancel, &QPushButton::clicked, this, [this] {
+        if (running_)
+            cancel_ = true;  // the run stops at its next step
+        else
+            FormWindowOf(this)->close();
+    });
     connect(ui->grdInput, &QTableWidget::cellClicked, this, [this](int row, int) { grdInput_Click(row); });
     connect(ui->cboField, &QComboBox::currentTextChanged, this, &frmUpdate::cboField_Change);
 }
@@ -211,17 +219,66 @@ void frmUpdate::cmdUpdate_Click()
             return;
     }
     const QList<UpdatePair> list = pairs();
-    session_.prompter().setBusy(true);
-    const UpdateOutcome outcome = UpdatePairs(session_, field_, list);
-    session_.prompter().setBusy(false);
+    const bool rewrite = ui->chkRewriteTags->isChecked();
+    running_ = true;
+    cancel_ = false;
+    for (QWidget* control : {static_cast<QWidget*>(ui->cmdCheck), static_cast<QWidget*>(ui->cmdUpdate), static_cast<QWidget*>(ui->chkRewriteTags)})
+        control->setEnabled(false);
+    const QList<qint32> touched = rewrite ? ImagesOfPairs(session_, field_, list) : QList<qint32>();
+    const UpdateOutcome outcome = UpdatePairs(session_, field_, list, [&](qsizetype pair) {
+        return going(int(pair), int(list.size()), QStringLiteral("Pair %1: %2").arg(pair + 1).arg(list[pair].oldValue));
+    });
+    TagRewriteSummary tags;
+    if (outcome && rewrite)
+        tags = RewriteImageTags(session_, touched, [this](int done, int total, const QString& file) { return going(done, total, file); });
+    for (QWidget* control : {static_cast<QWidget*>(ui->cmdCheck), static_cast<QWidget*>(ui->cmdUpdate), static_cast<QWidget*>(ui->chkRewriteTags)})
+        control->setEnabled(true);
+    running_ = false;
+    ui->prgUpdate->hide();
     if (!outcome) {
+        ui->lblTouch->clear();
         session_.prompter().ask(ProgramTitle(), outcome.refusal, Buttons::Ok, Icon::Exclamation);
         return;
     }
     qint64 changed = 0;
     for (qint64 n : outcome.changed)
         changed += n;
-    ui->lblTouch->setText(QStringLiteral("%1 references changed.").arg(changed));
+    QString text = QStringLiteral("%1 references changed.").arg(changed);
+    if (rewrite)
+        text += QStringLiteral(" %1 of %2 image files given the new tags%3.")
+                    .arg(tags.done)
+                    .arg(tags.total)
+                    .arg(tags.cancelled ? QStringLiteral(" (cancelled)") : QString());
+    ui->lblTouch->setText(text);
+    if (!tags.skipped.isEmpty()) {
+        QStringList lines = tags.skipped.mid(0, 20);
+        if (tags.skipped.size() > 20)
+            lines << QStringLiteral("...");
+        session_.prompter().ask(QStringLiteral("Tags not rewritten"), lines.join(QStringLiteral("\r\n")), Buttons::Ok, Icon::Exclamation);
+    }
+}
+
+bool frmUpdate::going(int done, int total, const QString& text)
+{
+    ui->prgUpdate->show();
+    ui->prgUpdate->setTextVisible(true);
+    ui->prgUpdate->setFormat(QStringLiteral("%v of %m"));
+    ui->prgUpdate->setRange(0, std::max(total, 1));
+    ui->prgUpdate->setValue(done);
+    ui->lblTouch->setText(text);
+    QCoreApplication::processEvents();
+    return !cancel_;
+}
+
+void frmUpdate::closeEvent(QCloseEvent* event)
+{
+    // A run in hand stops at its next step; the window closes after it.
+    if (running_) {
+        cancel_ = true;
+        event->ignore();
+        return;
+    }
+    QWidget::closeEvent(event);
 }
 
 }  // namespace tarlox

@@ -42,11 +42,17 @@ public slots:
 
 private:
     void addRow(const QString& oldValue, const QString& newValue);
+    // Shows where a long run stands and serves the window; false once the
+    // person pressed Cancel.
+    bool going(int done, int total, const QString& text);
+    void closeEvent(class QCloseEvent* event) override;
     bool firstRowBlank() const;
 
     Session& session_;
     std::unique_ptr<Ui::frmUpdate> ui;
     UpdateField field_ = UpdateField::Heat;
+    bool running_ = false;
+    bool cancel_ = false;
 };
 
 }  // namespace tarlox
