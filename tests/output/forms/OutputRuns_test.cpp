@@ -1,0 +1,112 @@
+#include "output/MessageQueue.h"
+#include "output/forms/frmEmail.h"
+#include "output/forms/frmFax.h"
+#include "output/forms/frmSelectAll.h"
+#include "data/InfoData.h"
+#include "data/Settings.h"
+#include "view/ViewerTestSupport.h"
+#include "support/FormControls.h"
+
+#include <QDir>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPrinter>
+#include <QPushButton>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace tarlox;
+using namespace tarlox::test;
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int kReports = 3;
+constexpr int kPages = 8;
+
+// Cancel pressed once a page of a run over several reports is under way:
+// the run ends early without sending or telling anything, the queues are
+// as they were and nothing is left in TempDir.
+TEST(OutputRuns, CancelBetweenPagesLeavesQueuesAndTempDirAsTheyWere)
+{
+    enum class Route { SelectAllPrint, EmailQueue, FaxQueue };
+    for (Route route : {Route::SelectAllPrint, Route::EmailQueue, Route::FaxQueue}) {
+        SCOPED_TRACE(int(route));
+        TestSite site;
+        ASSERT_TRUE(site.start());
+        Session& s = site.session();
+        PutLocal(s, section::Interface, u"AddMessage"_s, u"True"_s);  // every page is prepared
+        Queue queue;
+        for (int n = 1; n <= kReports; ++n)
+            AddFileAndMessage(queue, StoreReport(site, NumberedPages(kPages), 60 + n), u"All"_s, MessageFields{.heat = u"H%1"_s.arg(n)});
+        ASSERT_TRUE(WriteQueue(s, QueueMode::Email, queue) && WriteQueue(s, QueueMode::Fax, queue));
+        s.imageFilePath.clear();
+        for (int n = 1; n <= kReports; ++n) {  // Select All lists the references of the reports
+            s.info = InfoRecord{};
+            s.info.heat = u"H%1"_s.arg(n);
+            s.info.imageNumber = 60 + n;
+            s.info.po = s.info.vend = s.info.mfg = s.info.part = u" "_s;
+            s.info.entryDate = QDateTime(QDate(2024, 3, 5), QTime(0, 0));
+            ASSERT_TRUE(AddInfo(s, false));
+        }
+
+        QPrinter printer(QPrinter::HighResolution);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(site.path(u"printed.pdf"_s));
+        printer.setResolution(100);
+        QPointer<QDialog> form;
+        std::function<bool()> idle;
+        std::function<void()> start;
+        if (route == Route::SelectAllPrint) {
+            auto* all = new frmSelectAll(s, SqlCondition{});
+            all->usePrinter(&printer);
+            start = [all] { all->cmdPrint_Click(); };
+            idle = [all] { return !all->printing(); };
+            form = all;
+        } else if (route == Route::EmailQueue) {
+            auto* mail = new frmEmail(s);
+            child<QLineEdit>(mail, "txtToAddress")->setText(u"buyer@example.com"_s);
+            start = [mail] { mail->cmdEmail_Click(); };
+            idle = [mail] { return !mail->sending(); };
+            form = mail;
+        } else {
+            auto* fax = new frmFax(s);
+            child<QLineEdit>(fax, "txtNo")->setText(u"5552000"_s);
+            start = [fax] { fax->cmdFax_Click(); };
+            idle = [fax] { return !fax->sending(); };
+            form = fax;
+        }
+        // Pages are told as "... Page n of FILE" in the form's message line.
+        int pagesTold = 0;
+        const auto count = [&](const QString& text) { pagesTold += text.contains(u"Page "_s); };
+        for (auto* line : form->findChildren<QLineEdit*>())
+            QObject::connect(line, &QLineEdit::textChanged, count);
+        for (auto* box : form->findChildren<QPlainTextEdit*>())
+            QObject::connect(box, &QPlainTextEdit::textChanged, [box, count] { count(box->toPlainText().section(u'\n', -1)); });
+        const auto status = child<QWidget>(form, route == Route::SelectAllPrint ? "txtPrintMsg" : "txtStatus");
+        const auto shown = [status] {
+            if (auto* line = qobject_cast<QLineEdit*>(status))
+                return line->text();
+            if (auto* box = qobject_cast<QPlainTextEdit*>(status))
+                return box->toPlainText();
+            return status->property("text").toString();
+        };
+        start();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return shown().contains(u"Page "_s); }, 30000));
+        child<QPushButton>(form, "cmdCancel")->click();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull() || idle(); }, 30000));
+        if (route != Route::FaxQueue) {
+            EXPECT_LT(pagesTold, kReports * kPages) << "the run went on after Cancel";
+        }
+        EXPECT_TRUE(site.prompter().asked().isEmpty()) << "nothing was sent or failed";
+        EXPECT_EQ(ReadQueue(s, QueueMode::Email), queue);
+        EXPECT_EQ(ReadQueue(s, QueueMode::Fax), queue);
+        QTest::qWait(50);  // a worker that was stopped has removed its files
+        EXPECT_EQ(QDir(s.tempDir).entryList(QDir::Files), QStringList());
+        delete form.data();
+    }
+}
+
+}  // namespace
