@@ -133,6 +133,11 @@ QPrinter* PrintRun::printer()
 
 void PrintRun::attach(QDialog* form, QPushButton* print, QPushButton* cancel, QLineEdit* message, QProgressBar* bar)
 {
+    if (bar) {  // the buttons stay where they are when the bar shows
+        QSizePolicy policy = bar->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        bar->setSizePolicy(policy);
+    }
     connect(cancel, &QPushButton::clicked, form, [this, form] {
         if (running_)
             this->cancel();

@@ -70,12 +70,16 @@ template <class Form> void wireAnnotate(Form* form, Session& session, mdiMain& f
         const bool stepAside = form->isModal() || form->windowModality() != Qt::NonModal;
         if (stepAside)
             form->hide();
+        QMdiSubWindow* window = frame.mdiArea()->addSubWindow(viewer);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        // The viewer's window goes with it.
+        QObject::connect(viewer, &frmView::closed, window, &QWidget::close, Qt::QueuedConnection);
         QObject::connect(viewer, &frmView::closed, form, [form, stepAside] {
             if (stepAside)
                 form->show();
             form->annotationDone();
         });
-        frame.mdiArea()->addSubWindow(viewer)->show();
+        window->show();
     });
 }
 

@@ -1,14 +1,18 @@
 #include "output/MessageQueue.h"
+#include "output/forms/frmContactFM.h"
 #include "output/forms/frmEmail.h"
 #include "output/forms/frmFax.h"
 #include "output/forms/frmSelectAll.h"
+#include "data/ContactData.h"
 #include "data/InfoData.h"
 #include "data/Settings.h"
+#include "shell/forms/mdiMain.h"
 #include "view/ViewerTestSupport.h"
 #include "support/FormControls.h"
 
 #include <QDir>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPrinter>
@@ -107,6 +111,33 @@ TEST(OutputRuns, CancelBetweenPagesLeavesQueuesAndTempDirAsTheyWere)
         EXPECT_EQ(QDir(s.tempDir).entryList(QDir::Files), QStringList());
         delete form.data();
     }
+}
+
+// The fax form's Find Name opens the contact form in fax mode; the contact
+// picked there fills the fax form that opens again.
+TEST(OutputRuns, FindNameOfTheFaxFormFillsItFromTheContactPicked)
+{
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    Session& s = site.session();
+    s.contact = ContactRecord{u"Miller"_s, u"Ann"_s, u"Buyer Steel Inc"_s, u"555-0142"_s, u"ann@buyer.example"_s};
+    ASSERT_TRUE(AddContact(s, false));
+    mdiMain frame(s);
+    QPointer<frmFax> fax = qobject_cast<frmFax*>(frame.ShowForm(u"frmFax"_s));
+    ASSERT_TRUE(fax);
+    fax->cmdFind_Click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fax.isNull(); }, 5000));
+    auto* contacts = frame.findChild<frmContactFM*>();
+    ASSERT_TRUE(contacts);
+    EXPECT_EQ(contacts->contactMode(), u"Fax"_s);
+    child<QListWidget>(contacts, "lstSearch")->setCurrentRow(0);
+    contacts->lstSearch_Click();
+    contacts->cmdOK_Click();
+    fax = frame.findChild<frmFax*>();
+    ASSERT_TRUE(fax);
+    EXPECT_EQ(child<QLineEdit>(fax, "txtTo")->text(), u"Ann Miller"_s);
+    EXPECT_EQ(child<QLineEdit>(fax, "txtComp")->text(), u"Buyer Steel Inc"_s);
+    EXPECT_EQ(child<QLineEdit>(fax, "txtNo")->text(), u"555-0142"_s);
 }
 
 }  // namespace
