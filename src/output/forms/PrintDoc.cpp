@@ -76,7 +76,8 @@ IoResult<PrintFile> PreparePrintFile(const PrintSettings& settings, const PrintI
     return print;
 }
 
-IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, int from, int to, int copies, const ProgressStep& step)
+IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, int from, int to, int copies, const ProgressStep& step,
+                    QPainter* pdfPainter)
 {
     IoResult<TiffReader> reader = TiffReader::open(file);
     if (!reader)
@@ -84,7 +85,8 @@ IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, in
     const QRectF frameInches(1 / kTwipsPerInch, 1 / kTwipsPerInch, 11520 / kTwipsPerInch,
                              (frame == PrintFrame::Long ? 19440 : 15120) / kTwipsPerInch);
     const bool toFile = printer.outputFormat() == QPrinter::PdfFormat;  // one file holds every page
-    QPainter painter;
+    QPainter own;
+    QPainter& painter = toFile && pdfPainter ? *pdfPainter : own;
     for (int copy = 1; copy <= copies; ++copy) {
         for (int page = from; page <= std::min(to, reader->pageCount()); ++page) {
             if (step && !step(QStringLiteral("Printing Page %1 of %2").arg(page).arg(file)))
@@ -109,7 +111,7 @@ IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, in
                 return Failure(QStringLiteral("The print job of page %1 could not be finished.").arg(page));
         }
     }
-    if (painter.isActive() && !painter.end())
+    if (&painter == &own && painter.isActive() && !painter.end())
         return Failure(QStringLiteral("The printed file \"%1\" could not be finished.").arg(printer.outputFileName()));
     return {};
 }
@@ -242,9 +244,11 @@ void PrintRun::print()
     });
     // The printer lives as long as the job needs it, whoever owns it.
     std::shared_ptr<QPrinter> keep = printer_ ? std::shared_ptr<QPrinter>(printer_, [](QPrinter*) {}) : own_;
+    if (!pdfPainter_)
+        pdfPainter_ = std::make_shared<QPainter>();
     RunInBackground(
-        this, [keep, file = current_->path, frame = item.frame, from, to, copies, step] {
-            return PrintPages(*keep, file, frame, from, to, copies, step);
+        this, [keep, painter = pdfPainter_, file = current_->path, frame = item.frame, from, to, copies, step] {
+            return PrintPages(*keep, file, frame, from, to, copies, step, painter.get());
         },
         [this](IoStatus status) { printed(status); });
 }
@@ -265,6 +269,13 @@ void PrintRun::printed(const IoStatus& status)
 
 void PrintRun::finish(bool completed)
 {
+    if (pdfPainter_ && pdfPainter_->isActive() && !pdfPainter_->end() && completed) {
+        session_.prompter().tell(QStringLiteral("Print"),
+                                 QStringLiteral("The printed file \"%1\" could not be finished.").arg(printer()->outputFileName()),
+                                 Icon::Exclamation);
+        completed = false;
+    }
+    pdfPainter_.reset();
     if (current_) {
         RemoveTemporary(*current_);
         current_.reset();

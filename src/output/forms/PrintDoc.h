@@ -14,6 +14,7 @@
 
 class QDialog;
 class QLineEdit;
+class QPainter;
 class QPrinter;
 class QProgressBar;
 class QPushButton;
@@ -61,9 +62,11 @@ void RemoveTemporary(const PrintFile& file);
 // Pages from to to (1-based) of file, copies times: one print job per page,
 // each page stretched into the frame and turned upright when it is wider
 // than high (a PDF printer holds every page in its one file). Any thread;
-// step is called with "Printing Page n of FILE" before each page.
+// step is called with "Printing Page n of FILE" before each page. A PDF
+// printer's painter may be the caller's (open, it takes the pages of the
+// next report too; the caller ends it).
 IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, int from, int to, int copies,
-                    const ProgressStep& step = {});
+                    const ProgressStep& step = {}, QPainter* pdfPainter = nullptr);
 
 // The Print buttons of the print and select-all forms: prints reports one
 // after the other, each prepared and printed on a thread of its own while
@@ -110,6 +113,7 @@ private:
     QWidget* owner_;
     QPrinter* printer_ = nullptr;
     std::shared_ptr<QPrinter> own_;
+    std::shared_ptr<QPainter> pdfPainter_;  // one file for every report of the run
     PrintSettings settings_;
     QList<PrintItem> items_;
     qsizetype index_ = 0;
