@@ -231,7 +231,9 @@ void PrintRun::print()
     int copies = item.copies;
     int from = 1;
     int to = current_->pageCount;
-    if (owner_ && settings_.askForPrinter) {
+    // Asked for each report, but not again once a PDF file of the run is
+    // open: the reports after the first go into that file.
+    if (owner_ && settings_.askForPrinter && !(pdfPainter_ && pdfPainter_->isActive())) {
         int dialogCopies = 1;
         if (!GetPrinter(owner_, *printer(), current_->pageCount, dialogCopies, from, to)) {
             printed(IoStatus{});  // this report is left out
