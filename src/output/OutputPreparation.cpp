@@ -19,6 +19,7 @@
 #include <QImageReader>
 #include <QPainter>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -143,6 +144,10 @@ OutputSettings ReadOutputSettings(Session& s)
     if (!highDpi.trimmed().isEmpty() && Val(highDpi) > 0)
         o.highDpi = Val(highDpi);
     o.from = GetLocal(s, section::Fax, QStringLiteral("CompanyName"));
+    // The font database is filled here, on the interface thread, before a
+    // run draws text on a thread of its own.
+    if (o.addMessage || o.authorization == QLatin1String("T"))
+        MessageFontProblem();
     return o;
 }
 
@@ -165,7 +170,7 @@ int TextHeight(int pageWidth, int fontSize)
 
 QString MessageFontProblem()
 {
-    static bool found = false;  // fonts don't go away while the program runs
+    static std::atomic<bool> found = false;  // fonts don't go away while the program runs
     if (found)
         return {};
     if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))

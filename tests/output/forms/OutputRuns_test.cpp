@@ -82,26 +82,23 @@ TEST(OutputRuns, CancelBetweenPagesLeavesQueuesAndTempDirAsTheyWere)
             idle = [fax] { return !fax->sending(); };
             form = fax;
         }
-        // Pages are told as "... Page n of FILE" in the form's message line.
+        // Pages are told as "... Page n of FILE" in the form's message
+        // line; Cancel is pressed at the first (the fax form's line is a
+        // label: there at once).
         int pagesTold = 0;
-        const auto count = [&](const QString& text) { pagesTold += text.contains(u"Page "_s); };
+        const auto count = [&, form](const QString& text) {
+            if (text.contains(u"Page "_s) && ++pagesTold == 1)
+                child<QPushButton>(form, "cmdCancel")->click();
+        };
         for (auto* line : form->findChildren<QLineEdit*>())
             QObject::connect(line, &QLineEdit::textChanged, count);
         for (auto* box : form->findChildren<QPlainTextEdit*>())
             QObject::connect(box, &QPlainTextEdit::textChanged, [box, count] { count(box->toPlainText().section(u'\n', -1)); });
-        const auto status = child<QWidget>(form, route == Route::SelectAllPrint ? "txtPrintMsg" : "txtStatus");
-        const auto shown = [status] {
-            if (auto* line = qobject_cast<QLineEdit*>(status))
-                return line->text();
-            if (auto* box = qobject_cast<QPlainTextEdit*>(status))
-                return box->toPlainText();
-            return status->property("text").toString();
-        };
         start();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return shown().contains(u"Page "_s); }, 30000));
-        child<QPushButton>(form, "cmdCancel")->click();
+        if (route == Route::FaxQueue)
+            child<QPushButton>(form, "cmdCancel")->click();
         ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull() || idle(); }, 30000));
-        if (route != Route::FaxQueue) {
+        if (route == Route::SelectAllPrint) {  // the reports after the first never started
             EXPECT_LT(pagesTold, kReports * kPages) << "the run went on after Cancel";
         }
         EXPECT_TRUE(site.prompter().asked().isEmpty()) << "nothing was sent or failed";
