@@ -20,24 +20,30 @@ QString Quoted(const QString& file)
 
 IoResult<FaxPages> PrepareFaxPages(Session& session, const Queue& job, bool annotate, const ProgressStep& step)
 {
+    return PrepareFaxPages(ReadOutputSettings(session), session.now().date(), job, annotate, step);
+}
+
+IoResult<FaxPages> PrepareFaxPages(const OutputSettings& settings, const QDate& today, const Queue& job, bool annotate,
+                                   const ProgressStep& step)
+{
     bool somePages = false;
     const QString list = BuildFileList(job.files, QStringLiteral("+"), somePages);
     FaxPages pages;
     pages.files = list.split(QLatin1Char('+'), Qt::SkipEmptyParts);
-    const OutputSettings settings = ReadOutputSettings(session);
     // "S" or "T", as the authorization's one letter.
     const bool authorized = !settings.authorization.isEmpty() && QStringLiteral("ST").contains(settings.authorization.left(1));
     if (!(authorized || somePages || annotate || settings.addMessage))
         return pages;
-    auto prepared = SaveTempFiles(session, job.files, job.messages, false, step);
+    auto prepared = PrepareFiles(settings, today, false, QueueItems(job.files, job.messages), step);
     if (!prepared)
         return prepared.failure();
-    if (prepared->size() < pages.files.size()) {
-        for (const QString& file : std::as_const(*prepared))
+    if (!prepared->problems.isEmpty() || prepared->files.size() < pages.files.size()) {
+        for (const QString& file : std::as_const(prepared->files))
             QFile::remove(file);
-        return Failure(QStringLiteral("Not every test report could be prepared for the fax; nothing was sent."));
+        return Failure(QStringLiteral("Not every test report could be prepared for the fax; nothing was sent.\n\n")
+                       + prepared->problems.join(QLatin1Char('\n')));
     }
-    pages.files = *prepared;
+    pages.files = prepared->files;
     pages.staged = true;
     return pages;
 }

@@ -25,6 +25,10 @@ struct FaxPages {
     bool staged = false;
 };
 IoResult<FaxPages> PrepareFaxPages(Session& session, const Queue& job, bool annotate, const ProgressStep& step = {});
+// The same on any thread, from settings read before. A stopped run leaves
+// nothing behind and fails with kOutputCancelled.
+IoResult<FaxPages> PrepareFaxPages(const OutputSettings& settings, const QDate& today, const Queue& job, bool annotate,
+                                   const ProgressStep& step = {});
 
 // What the fax form gives.
 struct FaxRequest {

@@ -94,65 +94,49 @@ public:
     // Uploads data as a temporary file; the server's name of it.
     IoResult<QString> store(const QByteArray& data)
     {
-        auto channel = openData();
-        if (!channel)
-            return channel.failure();
-        QTcpSocket& out = **channel;
-        auto started = command(u"STOT"_s);
-        if (!started)
-            return started.failure();
-        if (started->code != 150 && started->code != 125)
-            return refused(u"STOT"_s, *started);
-        static const QRegularExpression fileName(u"FILE: (\\S+?)\\)?(\\s|$)"_s);
-        const auto match = fileName.match(started->text);
-        QDeadlineTimer deadline(qint64(server_.timeoutMs) * kTransferWaits);
-        out.write(data);
-        while (out.bytesToWrite() > 0) {
-            if (deadline.hasExpired() || !out.waitForBytesWritten(server_.timeoutMs))
-                return Failure(where() % u": upload stopped: "_s % out.errorString());
-        }
-        out.disconnectFromHost();
-        if (out.state() != QAbstractSocket::UnconnectedState)
-            out.waitForDisconnected(server_.timeoutMs);
-        auto done = reply();
+        QString name;
+        auto done = transfer(u"STOT"_s, [&](QTcpSocket& out, const Reply& started) -> IoStatus {
+            static const QRegularExpression fileName(u"FILE: (\\S+?)\\)?(\\s|$)"_s);
+            const auto match = fileName.match(started.text);
+            if (!match.hasMatch())
+                return Failure(where() % u": STOT named no file: "_s % started.text);
+            name = match.captured(1);
+            QDeadlineTimer deadline(qint64(server_.timeoutMs) * kTransferWaits);
+            out.write(data);
+            while (out.bytesToWrite() > 0) {
+                if (deadline.hasExpired() || !out.waitForBytesWritten(server_.timeoutMs))
+                    return Failure(where() % u": upload stopped: "_s % out.errorString());
+            }
+            out.disconnectFromHost();
+            if (out.state() != QAbstractSocket::UnconnectedState)
+                out.waitForDisconnected(server_.timeoutMs);
+            return {};
+        });
         if (!done)
             return done.failure();
-        if (!done->ok())
-            return refused(u"STOT"_s, *done);
-        if (!match.hasMatch())
-            return Failure(where() % u": STOT named no file: "_s % started->text);
-        return match.captured(1);
+        return name;
     }
 
     // The lines of a directory listing (LIST dir) in the formats set before.
     IoResult<QStringList> list(const QString& directory)
     {
-        auto channel = openData();
-        if (!channel)
-            return channel.failure();
-        QTcpSocket& in = **channel;
-        auto started = command(u"LIST "_s % directory);
-        if (!started)
-            return started.failure();
-        if (started->code != 150 && started->code != 125)
-            return refused(u"LIST"_s, *started);
         QByteArray data;
-        QDeadlineTimer deadline(qint64(server_.timeoutMs) * kTransferWaits);
-        for (;;) {
+        auto done = transfer(u"LIST "_s % directory, [&](QTcpSocket& in, const Reply&) -> IoStatus {
+            QDeadlineTimer deadline(qint64(server_.timeoutMs) * kTransferWaits);
+            for (;;) {
+                data += in.readAll();
+                if (in.state() == QAbstractSocket::UnconnectedState)
+                    break;
+                if (deadline.hasExpired())
+                    return Failure(where() % u": the listing of "_s % directory % u" takes too long"_s);
+                if (!in.waitForReadyRead(server_.timeoutMs) && in.state() == QAbstractSocket::ConnectedState)
+                    return Failure(where() % u": the listing of "_s % directory % u" stopped"_s);
+            }
             data += in.readAll();
-            if (in.state() == QAbstractSocket::UnconnectedState)
-                break;
-            if (deadline.hasExpired())
-                return Failure(where() % u": the listing of "_s % directory % u" takes too long"_s);
-            if (!in.waitForReadyRead(server_.timeoutMs) && in.state() == QAbstractSocket::ConnectedState)
-                return Failure(where() % u": the listing of "_s % directory % u" stopped"_s);
-        }
-        data += in.readAll();
-        auto done = reply();
+            return {};
+        });
         if (!done)
             return done.failure();
-        if (!done->ok())
-            return refused(u"LIST"_s, *done);
         QStringList lines;
         for (const auto& line : data.split('\n')) {
             auto text = QString::fromUtf8(line);
@@ -173,6 +157,29 @@ public:
 
 private:
     static QString verb(const QString& line) { return line.section(u' ', 0, 0); }
+
+    // A command over a data connection: its opening reply (150 or 125),
+    // move() on the channel, then the closing reply (2xx).
+    template <class Move>
+    IoStatus transfer(const QString& line, Move move)
+    {
+        auto channel = openData();
+        if (!channel)
+            return channel.failure();
+        auto started = command(line);
+        if (!started)
+            return started.failure();
+        if (started->code != 150 && started->code != 125)
+            return refused(verb(line), *started);
+        if (IoStatus moved = move(**channel, *started); !moved)
+            return moved;
+        auto done = reply();
+        if (!done)
+            return done.failure();
+        if (!done->ok())
+            return refused(verb(line), *done);
+        return {};
+    }
 
     bool flush()
     {
@@ -238,6 +245,26 @@ private:
     const HylafaxServer& server_;
     QTcpSocket socket_;
 };
+
+// One logged-in conversation for talk(server); a server that can't be
+// reached or refuses the log-on fails before talk.
+template <class Talk>
+auto Converse(const HylafaxServer& where, Talk talk) -> decltype(talk(std::declval<Conversation&>()))
+{
+    Conversation server(where);
+    if (auto opened = server.open(); !opened)
+        return opened.failure();
+    return talk(server);
+}
+
+// Commands that must succeed, in order; the first refusal ends them.
+IoStatus Expect(Conversation& server, const QStringList& lines)
+{
+    for (const auto& line : lines)
+        if (auto answer = server.expect(line); !answer)
+            return answer.failure();
+    return {};
+}
 
 // A quoted argument: backslash escapes the quote mark and itself.
 QString QuotedRaw(QString value)
@@ -412,110 +439,95 @@ IoResult<QString> HylafaxClient::submit(const FaxJob& job)
         return Failure(u"The fax has no number to dial."_s);
     if (job.documents.isEmpty())
         return Failure(u"The fax has no pages."_s);
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened.failure();
-
-    QStringList uploaded;
-    for (const auto& path : job.documents) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return Failure(u"Can't read "_s % path % u": "_s % file.errorString());
-        auto name = server.store(file.readAll());
-        if (!name)
-            return name.failure();
-        uploaded << *name;
-    }
-
-    auto created = server.expect(u"JNEW"_s);
-    if (!created)
-        return created.failure();
-    static const QRegularExpression jobId(u"jobid: (\\d+)"_s);
-    const auto match = jobId.match(created->text);
-    if (!match.hasMatch())
-        return Failure(server.where() % u": JNEW gave no job id: "_s % created->text);
-    const QString id = match.captured(1);
-
-    QStringList parameters = {
-        u"FROMUSER "_s % Quoted(job.fromName.isEmpty() ? server_.user : job.fromName),
-        u"DIALSTRING "_s % Quoted(job.faxNumber.trimmed()),
-        u"NOTIFY NONE"_s,
-        u"MAXTRIES "_s % QString::number(std::clamp(job.retries, 1, 255)),
-        u"LASTTIME "_s % DaysHoursMinutes(job.killMinutes),
-    };
-    const QList<std::pair<QString, QString>> texts = {
-        {u"TOUSER"_s, job.toName},          {u"TOCOMPANY"_s, job.toCompany},
-        {u"FROMCOMPANY"_s, job.fromCompany}, {u"FROMVOICE"_s, job.voiceNumber},
-        {u"FAXNUMBER"_s, job.fromFaxNumber}, {u"TSI"_s, job.stationId},
-        {u"REGARDING"_s, job.subject},      {u"COMMENTS"_s, job.message},
-        {u"JOBINFO"_s, job.jobFile},
-    };
-    for (const auto& [name, value] : texts) {
-        if (!value.isEmpty())
-            parameters << name % u' ' % Quoted(value);
-    }
-    if (job.retryInterval > 0)
-        parameters << u"RETRYTIME "_s % MinutesAndSeconds(job.retryInterval);
-    for (const auto& name : uploaded)
-        parameters << u"DOCUMENT "_s % name;
-
-    for (const auto& parameter : parameters) {
-        if (auto set = server.expect(u"JPARM "_s % parameter); !set) {
-            (void)server.command(u"JDELE "_s % id);  // the half-built job goes
-            return set.failure();
+    return Converse(server_, [&](Conversation& server) -> IoResult<QString> {
+        QStringList uploaded;
+        for (const auto& path : job.documents) {
+            QFile file(path);
+            if (!file.open(QIODevice::ReadOnly))
+                return Failure(u"Can't read "_s % path % u": "_s % file.errorString());
+            auto name = server.store(file.readAll());
+            if (!name)
+                return name.failure();
+            uploaded << *name;
         }
-    }
-    if (auto submitted = server.expect(u"JSUBM "_s % id); !submitted) {
-        (void)server.command(u"JDELE "_s % id);
-        return submitted.failure();
-    }
-    return id;
+
+        auto created = server.expect(u"JNEW"_s);
+        if (!created)
+            return created.failure();
+        static const QRegularExpression jobId(u"jobid: (\\d+)"_s);
+        const auto match = jobId.match(created->text);
+        if (!match.hasMatch())
+            return Failure(server.where() % u": JNEW gave no job id: "_s % created->text);
+        const QString id = match.captured(1);
+
+        QStringList lines = {
+            u"FROMUSER "_s % Quoted(job.fromName.isEmpty() ? server_.user : job.fromName),
+            u"DIALSTRING "_s % Quoted(job.faxNumber.trimmed()),
+            u"NOTIFY NONE"_s,
+            u"MAXTRIES "_s % QString::number(std::clamp(job.retries, 1, 255)),
+            u"LASTTIME "_s % DaysHoursMinutes(job.killMinutes),
+        };
+        const QList<std::pair<QString, QString>> texts = {
+            {u"TOUSER"_s, job.toName},          {u"TOCOMPANY"_s, job.toCompany},
+            {u"FROMCOMPANY"_s, job.fromCompany}, {u"FROMVOICE"_s, job.voiceNumber},
+            {u"FAXNUMBER"_s, job.fromFaxNumber}, {u"TSI"_s, job.stationId},
+            {u"REGARDING"_s, job.subject},      {u"COMMENTS"_s, job.message},
+            {u"JOBINFO"_s, job.jobFile},
+        };
+        for (const auto& [name, value] : texts) {
+            if (!value.isEmpty())
+                lines << name % u' ' % Quoted(value);
+        }
+        if (job.retryInterval > 0)
+            lines << u"RETRYTIME "_s % MinutesAndSeconds(job.retryInterval);
+        for (const auto& name : uploaded)
+            lines << u"DOCUMENT "_s % name;
+        for (auto& line : lines)
+            line.prepend(u"JPARM "_s);
+        if (auto built = Expect(server, lines << u"JSUBM "_s % id); !built) {
+            (void)server.command(u"JDELE "_s % id);  // the half-built job goes
+            return built.failure();
+        }
+        return id;
+    });
 }
 
 IoResult<QList<FaxJobInfo>> HylafaxClient::listJobs(FaxState view)
 {
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened.failure();
-    if (auto format = server.expect(u"JOBFMT "_s % QuotedRaw(kJobFormat)); !format)
-        return format.failure();
-    const bool done = view == FaxState::Sent || view == FaxState::Failed;
-    auto lines = server.list(done ? u"doneq"_s : u"sendq"_s);
-    if (!lines)
-        return lines.failure();
-    QList<FaxJobInfo> jobs;
-    for (const auto& line : *lines) {
-        auto job = ParseJobLine(line);
-        if (job && job->state == view)
-            jobs << *job;
-    }
-    std::sort(jobs.begin(), jobs.end(),
-              [](const FaxJobInfo& a, const FaxJobInfo& b) { return a.id.toLongLong() < b.id.toLongLong(); });
-    return jobs;
+    return Converse(server_, [&](Conversation& server) -> IoResult<QList<FaxJobInfo>> {
+        if (auto format = Expect(server, {u"JOBFMT "_s % QuotedRaw(kJobFormat)}); !format)
+            return format.failure();
+        const bool done = view == FaxState::Sent || view == FaxState::Failed;
+        auto lines = server.list(done ? u"doneq"_s : u"sendq"_s);
+        if (!lines)
+            return lines.failure();
+        QList<FaxJobInfo> jobs;
+        for (const auto& line : *lines) {
+            auto job = ParseJobLine(line);
+            if (job && job->state == view)
+                jobs << *job;
+        }
+        std::sort(jobs.begin(), jobs.end(),
+                  [](const FaxJobInfo& a, const FaxJobInfo& b) { return a.id.toLongLong() < b.id.toLongLong(); });
+        return jobs;
+    });
 }
 
 IoResult<FaxJobInfo> HylafaxClient::job(const QString& id)
 {
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened.failure();
-    if (auto current = server.expect(u"JOB "_s % id); !current)
-        return current.failure();
-    auto state = server.expect(u"JPARM"_s);
-    if (!state)
-        return state.failure();
-    return ParseJobState(id, *state);
+    return Converse(server_, [&](Conversation& server) -> IoResult<FaxJobInfo> {
+        if (auto current = Expect(server, {u"JOB "_s % id}); !current)
+            return current.failure();
+        auto state = server.expect(u"JPARM"_s);
+        if (!state)
+            return state.failure();
+        return ParseJobState(id, *state);
+    });
 }
 
 IoStatus HylafaxClient::kill(const QString& id)
 {
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened;
-    auto killed = server.expect(u"JKILL "_s % id);
-    if (!killed)
-        return killed.failure();
-    return {};
+    return Converse(server_, [&](Conversation& server) { return Expect(server, {u"JKILL "_s % id}); });
 }
 
 // A job is suspended in one conversation and changed in a second: hfaxd
@@ -524,36 +536,24 @@ IoStatus HylafaxClient::kill(const QString& id)
 // the scheduler's change may go unseen.
 IoStatus HylafaxClient::remove(const QString& id)
 {
-    {
-        Conversation server(server_);
-        if (auto opened = server.open(); !opened)
-            return opened;
-        auto suspended = server.command(u"JSUSP "_s % id);
-        if (!suspended)
-            return suspended.failure();
+    const IoStatus suspended = Converse(server_, [&](Conversation& server) -> IoStatus {
+        auto answer = server.command(u"JSUSP "_s % id);
+        if (!answer)
+            return answer.failure();
         // 504 "already done": a job of the done queue goes as it is.
-        if (!suspended->ok() && suspended->code != 504)
-            return server.refused(u"JSUSP"_s, *suspended);
-    }
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened;
-    auto deleted = server.expect(u"JDELE "_s % id);
-    if (!deleted)
-        return deleted.failure();
-    return {};
+        if (!answer->ok() && answer->code != 504)
+            return server.refused(u"JSUSP"_s, *answer);
+        return {};
+    });
+    if (!suspended)
+        return suspended;
+    return Converse(server_, [&](Conversation& server) { return Expect(server, {u"JDELE "_s % id}); });
 }
 
 IoStatus HylafaxClient::alter(const QString& id, const FaxJobChange& change)
 {
-    {
-        Conversation server(server_);
-        if (auto opened = server.open(); !opened)
-            return opened;
-        auto suspended = server.expect(u"JSUSP "_s % id);
-        if (!suspended)
-            return suspended.failure();
-    }
+    if (IoStatus suspended = Converse(server_, [&](Conversation& server) { return Expect(server, {u"JSUSP "_s % id}); }); !suspended)
+        return suspended;
     QStringList parameters;
     if (change.faxNumber)
         parameters << u"DIALSTRING "_s % Quoted(change.faxNumber->trimmed());
@@ -567,46 +567,35 @@ IoStatus HylafaxClient::alter(const QString& id, const FaxJobChange& change)
         parameters << u"TOUSER "_s % Quoted(*change.toName);
     if (change.toCompany)
         parameters << u"TOCOMPANY "_s % Quoted(*change.toCompany);
-
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened;
-    if (auto current = server.expect(u"JOB "_s % id); !current)
-        return current.failure();
-    IoStatus changed;
-    for (const auto& parameter : parameters) {
-        if (auto set = server.expect(u"JPARM "_s % parameter); !set) {
-            changed = set.failure();
-            break;
-        }
-    }
-    // The job goes back to the queue even when a change was refused.
-    auto submitted = server.expect(u"JSUBM "_s % id);
-    if (!changed)
-        return changed;
-    if (!submitted)
-        return submitted.failure();
-    return {};
+    for (auto& parameter : parameters)
+        parameter.prepend(u"JPARM "_s);
+    return Converse(server_, [&](Conversation& server) -> IoStatus {
+        if (auto current = Expect(server, {u"JOB "_s % id}); !current)
+            return current;
+        const IoStatus changed = Expect(server, parameters);
+        // The job goes back to the queue even when a change was refused.
+        const IoStatus submitted = Expect(server, {u"JSUBM "_s % id});
+        return changed ? submitted : changed;
+    });
 }
 
 IoResult<QList<FaxDevice>> HylafaxClient::devices()
 {
-    Conversation server(server_);
-    if (auto opened = server.open(); !opened)
-        return opened.failure();
-    if (auto format = server.expect(u"MDMFMT "_s % QuotedRaw(u"%m\t%n\t%z\t%s"_s)); !format)
-        return format.failure();
-    auto lines = server.list(u"status"_s);
-    if (!lines)
-        return lines.failure();
-    QList<FaxDevice> devices;
-    for (const auto& line : *lines) {
-        const auto fields = line.split(u'\t');
-        if (fields.size() < 4)
-            continue;  // the scheduler's own line
-        devices << FaxDevice{fields[0], fields[1], fields.mid(3).join(u'\t'), fields[2] == u"*"_s};
-    }
-    return devices;
+    return Converse(server_, [&](Conversation& server) -> IoResult<QList<FaxDevice>> {
+        if (auto format = Expect(server, {u"MDMFMT "_s % QuotedRaw(u"%m\t%n\t%z\t%s"_s)}); !format)
+            return format.failure();
+        auto lines = server.list(u"status"_s);
+        if (!lines)
+            return lines.failure();
+        QList<FaxDevice> devices;
+        for (const auto& line : *lines) {
+            const auto fields = line.split(u'\t');
+            if (fields.size() < 4)
+                continue;  // the scheduler's own line
+            devices << FaxDevice{fields[0], fields[1], fields.mid(3).join(u'\t'), fields[2] == u"*"_s};
+        }
+        return devices;
+    });
 }
 
 }  // namespace tarlox

@@ -5,11 +5,13 @@
 #include "data/Session.h"
 #include "data/Settings.h"
 #include "store/FileLists.h"
+#include "store/ImageFiles.h"
 #include "store/PageProcessing.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 
 #include <QFile>
+#include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -17,6 +19,7 @@
 #include <QImageReader>
 #include <QPainter>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -141,6 +144,10 @@ OutputSettings ReadOutputSettings(Session& s)
     if (!highDpi.trimmed().isEmpty() && Val(highDpi) > 0)
         o.highDpi = Val(highDpi);
     o.from = GetLocal(s, section::Fax, QStringLiteral("CompanyName"));
+    // The font database is filled here, on the interface thread, before a
+    // run draws text on a thread of its own.
+    if (o.addMessage || o.authorization == QLatin1String("T"))
+        MessageFontProblem();
     return o;
 }
 
@@ -163,7 +170,7 @@ int TextHeight(int pageWidth, int fontSize)
 
 QString MessageFontProblem()
 {
-    static bool found = false;  // fonts don't go away while the program runs
+    static std::atomic<bool> found = false;  // fonts don't go away while the program runs
     if (found)
         return {};
     if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
@@ -368,26 +375,73 @@ IoStatus WritePrepared(const QString& target, const QList<PdfPage>& pages, bool 
     return writer->commit();
 }
 
-IoResult<QString> SaveFile(Session& s, const QString& fileName, const QString& pages, int sequence, bool pdfFlag,
-                           const MessageFields& fields, const ProgressStep& step)
+QList<PrepareItem> QueueItems(const QString& files, const QString& messages)
 {
-    s.traceCall(QStringLiteral("SaveFile"), {fileName, pages, QString::number(sequence)});
-    const OutputSettings settings = ReadOutputSettings(s);
+    const QStringList names = files.split(QLatin1Char(';'));
+    const QStringList texts = QString(messages + QLatin1Char(';')).split(QLatin1Char(';'));
+    QList<PrepareItem> items;
+    for (qsizetype i = 0; 2 * i < names.size(); ++i)
+        if (!names[2 * i].isEmpty())
+            items << PrepareItem{names[2 * i], names.value(2 * i + 1), int(i + 1), ReadMessageString(texts.value(i))};
+    return items;
+}
+
+IoResult<QString> PrepareFile(const OutputSettings& settings, const QDate& today, bool pdfFlag, const PrepareItem& item,
+                              const ProgressStep& step)
+{
     const bool pdf = pdfFlag && settings.pdf;
-    const QString target = TempFileName(settings.tempDir, fileName, sequence, pdf);
-    MessageFields withSender = fields;
+    const QString target = TempFileName(settings.tempDir, item.file, item.sequence, pdf);
+    MessageFields withSender = item.fields;
     if (withSender.from.isEmpty())
         withSender.from = settings.from;
-    IoResult<QList<PdfPage>> prepared = PreparePages(fileName, pages, settings, withSender, s.now().date(), step);
+    IoResult<QList<PdfPage>> prepared = PreparePages(item.file, item.pages, settings, withSender, today, step);
     IoStatus written = prepared ? WritePrepared(target, *prepared, pdf) : IoStatus(prepared.failure());
     if (written)
         return target;
     if (written.error() == kOutputCancelled)
         return written.failure();
-    s.prompter().tell(QStringLiteral("Error"), QStringLiteral("Image file '") + target + QStringLiteral("' was not created!\r\n")
-                                                   + written.error(),
-                      Icon::Exclamation);
-    return written.failure();
+    return Failure(QStringLiteral("Image file '") + target + QStringLiteral("' was not created!\r\n") + written.error());
+}
+
+IoResult<PreparedFiles> PrepareFiles(const OutputSettings& settings, const QDate& today, bool pdfFlag,
+                                     const QList<PrepareItem>& items, const ProgressStep& step)
+{
+    PreparedFiles run;
+    for (const PrepareItem& item : items) {
+        IoResult<QString> file = PrepareFile(settings, today, pdfFlag, item, step);
+        if (file) {
+            run.files << *file;
+        } else if (file.error() == kOutputCancelled) {
+            for (const QString& name : std::as_const(run.files))
+                QFile::remove(name);
+            return file.failure();
+        } else {
+            run.problems << file.error();
+        }
+    }
+    return run;
+}
+
+IoResult<QString> AnnotatedToPdf(const QString& tiff)
+{
+    const QFileInfo info(tiff);
+    const QString target = info.dir().filePath(info.completeBaseName() + QStringLiteral(".pdf"));
+    IoResult<QList<PdfPage>> pages = PreparePages(tiff, QString(), OutputSettings{}, {}, {});
+    if (IoStatus written = pages ? WritePrepared(target, *pages, true) : IoStatus(pages.failure()); !written)
+        return written.failure();
+    QFile::remove(tiff);
+    QFile::remove(OutputOriginalPathOf(tiff));
+    return target;
+}
+
+IoResult<QString> SaveFile(Session& s, const QString& fileName, const QString& pages, int sequence, bool pdfFlag,
+                           const MessageFields& fields, const ProgressStep& step)
+{
+    s.traceCall(QStringLiteral("SaveFile"), {fileName, pages, QString::number(sequence)});
+    IoResult<QString> made = PrepareFile(ReadOutputSettings(s), s.now().date(), pdfFlag, {fileName, pages, sequence, fields}, step);
+    if (!made && made.error() != kOutputCancelled)
+        s.prompter().tell(QStringLiteral("Error"), made.error(), Icon::Exclamation);
+    return made;
 }
 
 IoResult<QStringList> SaveTempFiles(Session& s, const QString& files, const QString& messages, bool pdfFlag,
@@ -395,26 +449,13 @@ IoResult<QStringList> SaveTempFiles(Session& s, const QString& files, const QStr
 {
     s.traceCall(QStringLiteral("SaveTempFiles"), {files, messages});
     s.prompter().setBusy(true);
-    const QStringList names = files.split(QLatin1Char(';'));
-    const QStringList texts = QString(messages + QLatin1Char(';')).split(QLatin1Char(';'));
-    QStringList made;
-    for (qsizetype i = 0; 2 * i < names.size(); ++i) {
-        if (names[2 * i].isEmpty())
-            continue;
-        const QString pages = 2 * i + 1 < names.size() ? names[2 * i + 1] : QString();
-        const MessageFields fields = ReadMessageString(i < texts.size() ? texts[i] : QString());
-        IoResult<QString> file = SaveFile(s, names[2 * i], pages, int(i + 1), pdfFlag, fields, step);
-        if (file) {
-            made << *file;
-        } else if (file.error() == kOutputCancelled) {
-            for (const QString& name : made)
-                QFile::remove(name);
-            s.prompter().setBusy(false);
-            return file.failure();
-        }
-    }
+    IoResult<PreparedFiles> run = PrepareFiles(ReadOutputSettings(s), s.now().date(), pdfFlag, QueueItems(files, messages), step);
     s.prompter().setBusy(false);
-    return made;
+    if (!run)
+        return run.failure();
+    for (const QString& problem : std::as_const(run->problems))
+        s.prompter().tell(QStringLiteral("Error"), problem, Icon::Exclamation);
+    return run->files;
 }
 
 }  // namespace tarlox

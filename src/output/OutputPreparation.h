@@ -82,6 +82,38 @@ IoResult<QList<PdfPage>> PreparePages(const QString& file, const QString& pages,
 // Writes prepared pages as TIFF (Group 4) or PDF, beside the target first.
 IoStatus WritePrepared(const QString& target, const QList<PdfPage>& pages, bool pdf, const PdfOptions& options = {});
 
+// One file of a run: a stored file, its pages, its place in the run (the
+// temporary file's "_" sequence, 0 for none) and the fields on its pages.
+struct PrepareItem {
+    QString file;
+    QString pages;
+    int sequence = 0;
+    MessageFields fields;
+};
+// The items of a queue: files "path;pages;..." with one message string for
+// each path in messages, numbered from 1.
+QList<PrepareItem> QueueItems(const QString& files, const QString& messages);
+
+// The session-free half of SaveFile, for any thread: the temporary file of
+// one item, or why it could not be made.
+IoResult<QString> PrepareFile(const OutputSettings& settings, const QDate& today, bool pdfFlag, const PrepareItem& item,
+                              const ProgressStep& step = {});
+
+// The temporary files of a run, for any thread: an item that fails is left
+// out with its message in problems ("Image file '...' was not created!"
+// and the cause) and the others go on. A stopped run removes what it made
+// and fails with kOutputCancelled.
+struct PreparedFiles {
+    QStringList files;
+    QStringList problems;
+};
+IoResult<PreparedFiles> PrepareFiles(const OutputSettings& settings, const QDate& today, bool pdfFlag,
+                                     const QList<PrepareItem>& items, const ProgressStep& step = {});
+
+// An annotated temporary TIFF as PDF, beside it with ".pdf"; the TIFF and
+// its first state ("OT") go. Any thread.
+IoResult<QString> AnnotatedToPdf(const QString& tiff);
+
 // One temporary file of fileName with the chosen pages. The failure, after
 // "Image file '...' was not created!" was shown, names the cause.
 IoResult<QString> SaveFile(Session& session, const QString& fileName, const QString& pages, int sequence, bool pdfFlag,

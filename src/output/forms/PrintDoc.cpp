@@ -1,19 +1,20 @@
 #include "output/forms/PrintDoc.h"
 
 #include "base/Prompter.h"
+#include "base/forms/PrinterSetup.h"
 #include "data/Session.h"
 #include "data/Settings.h"
-#include "output/OutputPreparation.h"
 #include "store/ImageFiles.h"
 #include "store/TiffReader.h"
 
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QPainter>
-#include <QPrintDialog>
 #include <QPrinter>
-#include <QPrinterInfo>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -24,16 +25,6 @@ namespace {
 
 constexpr double kTwipsPerInch = 1440;
 
-// Removes the files it holds when the run ends, however it ends.
-struct TempFiles {
-    QStringList files;
-    ~TempFiles()
-    {
-        for (const QString& file : files)
-            QFile::remove(file);
-    }
-};
-
 bool SameDir(const QString& a, const QString& b)
 {
     return QDir::cleanPath(QDir(a).absolutePath()) == QDir::cleanPath(QDir(b).absolutePath());
@@ -41,35 +32,10 @@ bool SameDir(const QString& a, const QString& b)
 
 }  // namespace
 
-namespace output {
-
-void SetPrinter(Session& session, QPrinter& printer)
+PrintSettings ReadPrintSettings(Session& s)
 {
-    if (session.printer.isEmpty() || printer.outputFormat() != QPrinter::NativeFormat)
-        return;
-    if (!QPrinterInfo::printerInfo(session.printer).isNull())
-        printer.setPrinterName(session.printer);
+    return PrintSettings{ReadOutputSettings(s), s.dataDir, s.now().date(), GetLocalBool(s, section::Info, QStringLiteral("AskForPrinter"))};
 }
-
-bool GetPrinter(QWidget* form, QPrinter& printer, int pageCount, int& copies, int& from, int& to)
-{
-    QPrintDialog dialog(&printer, form);
-    dialog.setOption(QAbstractPrintDialog::PrintPageRange, true);
-    dialog.setMinMax(1, std::max(1, pageCount));
-    dialog.setFromTo(1, std::max(1, pageCount));
-    if (dialog.exec() != QDialog::Accepted)
-        return false;
-    copies = std::max(1, printer.copyCount());
-    printer.setCopyCount(1);
-    if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
-        from = printer.fromPage();
-        to = std::min(pageCount, printer.toPage() > 0 ? printer.toPage() : pageCount);
-    }
-    printer.setPrintRange(QPrinter::AllPages);
-    return true;
-}
-
-}  // namespace output
 
 void RemoveTemporary(const PrintFile& file)
 {
@@ -77,22 +43,22 @@ void RemoveTemporary(const PrintFile& file)
         QFile::remove(path);
 }
 
-IoResult<PrintFile> PreparePrint(Session& s, const QString& pages, const QString& fileName, bool annotate,
-                                 const MessageFields& fields, const PrintProgress& progress)
+IoResult<PrintFile> PreparePrintFile(const PrintSettings& settings, const PrintItem& item, bool annotate, const ProgressStep& step)
 {
-    PrintFile print{fileName, {}};
-    if (!s.tempDir.isEmpty() && !SameDir(s.tempDir, s.dataDir)) {
-        const QString copy = QDir(s.tempDir).filePath(QStringLiteral("TP") + fileName.right(10));
+    const OutputSettings& output = settings.output;
+    PrintFile print{item.file, {}, 0};
+    if (!output.tempDir.isEmpty() && !SameDir(output.tempDir, settings.dataDir)) {
+        const QString copy = QDir(output.tempDir).filePath(QStringLiteral("TP") + item.file.right(10));
         QFile::remove(copy);
-        if (!QFile::copy(fileName, copy))
-            return Failure(QStringLiteral("\"%1\" could not be copied to \"%2\".").arg(fileName, copy));
+        if (!QFile::copy(item.file, copy))
+            return Failure(QStringLiteral("\"%1\" could not be copied to \"%2\".").arg(item.file, copy));
         print.temporary << copy;
         print.path = copy;
     }
-    const OutputSettings settings = ReadOutputSettings(s);
-    const bool allPages = pages.trimmed().isEmpty() || pages.trimmed().compare(QLatin1String("All"), Qt::CaseInsensitive) == 0;
-    if (!settings.authorization.isEmpty() || !allPages || annotate || settings.addMessage) {
-        IoResult<QString> made = SaveFile(s, print.path, pages, 0, false, fields, progress);
+    const QString pages = item.pages.trimmed();
+    const bool allPages = pages.isEmpty() || pages.compare(QLatin1String("All"), Qt::CaseInsensitive) == 0;
+    if (!output.authorization.isEmpty() || !allPages || annotate || output.addMessage) {
+        IoResult<QString> made = PrepareFile(output, settings.today, false, {print.path, item.pages, 0, item.fields}, step);
         if (!made) {
             RemoveTemporary(print);
             return made.failure();
@@ -101,33 +67,29 @@ IoResult<PrintFile> PreparePrint(Session& s, const QString& pages, const QString
         print.temporary << *made << OutputOriginalPathOf(*made);
         print.path = *made;
     }
+    IoResult<TiffReader> reader = TiffReader::open(print.path);
+    if (!reader) {
+        RemoveTemporary(print);
+        return reader.failure();
+    }
+    print.pageCount = reader->pageCount();
     return print;
 }
 
-IoStatus PrintPrepared(Session& s, QPrinter& printer, const PrintFile& print, PrintFrame frame, QWidget* dialogOwner,
-                       const PrintProgress& progress, bool keepTemporary)
+IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, int from, int to, int copies, const ProgressStep& step,
+                    QPainter* pdfPainter)
 {
-    TempFiles temp;
-    if (!keepTemporary)
-        temp.files = print.temporary;
-    output::SetPrinter(s, printer);
-    const QString& file = print.path;
     IoResult<TiffReader> reader = TiffReader::open(file);
     if (!reader)
         return reader.failure();
-    int copies = 1;
-    int from = 1;
-    int to = reader->pageCount();
-    if (dialogOwner && GetLocalBool(s, section::Info, QStringLiteral("AskForPrinter")))
-        output::GetPrinter(dialogOwner, printer, reader->pageCount(), copies, from, to);
-
     const QRectF frameInches(1 / kTwipsPerInch, 1 / kTwipsPerInch, 11520 / kTwipsPerInch,
                              (frame == PrintFrame::Long ? 19440 : 15120) / kTwipsPerInch);
     const bool toFile = printer.outputFormat() == QPrinter::PdfFormat;  // one file holds every page
-    QPainter painter;
+    QPainter own;
+    QPainter& painter = toFile && pdfPainter ? *pdfPainter : own;
     for (int copy = 1; copy <= copies; ++copy) {
-        for (int page = from; page <= to; ++page) {
-            if (progress && !progress(QStringLiteral("Printing Page %1 of %2").arg(page).arg(file)))
+        for (int page = from; page <= std::min(to, reader->pageCount()); ++page) {
+            if (step && !step(QStringLiteral("Printing Page %1 of %2").arg(page).arg(file)))
                 return Failure(kOutputCancelled);
             IoResult<QImage> image = reader->readPage(page - 1);
             if (!image)
@@ -149,19 +111,181 @@ IoStatus PrintPrepared(Session& s, QPrinter& printer, const PrintFile& print, Pr
                 return Failure(QStringLiteral("The print job of page %1 could not be finished.").arg(page));
         }
     }
-    if (painter.isActive() && !painter.end())
+    if (&painter == &own && painter.isActive() && !painter.end())
         return Failure(QStringLiteral("The printed file \"%1\" could not be finished.").arg(printer.outputFileName()));
     return {};
 }
 
-IoStatus PrintDoc(Session& s, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
-                  const MessageFields& fields, QWidget* dialogOwner, const PrintProgress& progress)
+PrintRun::PrintRun(Session& session, QWidget* owner) : QObject(owner), session_(session), owner_(owner) {}
+
+PrintRun::~PrintRun()
 {
-    s.traceCall(QStringLiteral("PrintDoc"), {pages, fileName});
-    IoResult<PrintFile> prepared = PreparePrint(s, pages, fileName, ReadOutputSettings(s).annotate, fields, progress);
-    if (!prepared)
-        return prepared.failure();
-    return PrintPrepared(s, printer, *prepared, frame, dialogOwner, progress);
+    if (current_)
+        RemoveTemporary(*current_);
+}
+
+QPrinter* PrintRun::printer()
+{
+    if (printer_)
+        return printer_;
+    if (!own_)
+        own_ = std::make_shared<QPrinter>(QPrinter::HighResolution);
+    return own_.get();
+}
+
+void PrintRun::attach(QDialog* form, QPushButton* print, QPushButton* cancel, QLineEdit* message, QProgressBar* bar)
+{
+    if (bar) {  // the buttons stay where they are when the bar shows
+        QSizePolicy policy = bar->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        bar->setSizePolicy(policy);
+    }
+    connect(cancel, &QPushButton::clicked, form, [this, form] {
+        if (running_)
+            this->cancel();
+        else
+            form->close();
+    });
+    connect(this, &PrintRun::progress, form, [this, print, message, bar](const QString& doing, int done, int total) {
+        print->setEnabled(!running_);
+        message->setText(doing);
+        if (bar) {
+            bar->setRange(0, total);
+            bar->setValue(done);
+            bar->setVisible(running_);
+        }
+    });
+    connect(this, &PrintRun::finished, form, &QWidget::close, Qt::QueuedConnection);
+}
+
+void PrintRun::start(const QList<PrintItem>& items, bool annotate)
+{
+    if (running_)
+        return;
+    session_.traceCall(QStringLiteral("PrintDoc"), {QString::number(items.size())});
+    settings_ = ReadPrintSettings(session_);
+    SetPrinter(session_, *printer());
+    items_ = items;
+    index_ = 0;
+    annotate_ = annotate;
+    running_ = true;
+    stop_ = NewStopFlag();
+    next();
+}
+
+void PrintRun::cancel()
+{
+    *stop_ = true;
+    if (waiting_)  // nothing is under way: the run ends here
+        finish(false);
+}
+
+void PrintRun::next()
+{
+    if (*stop_ || index_ >= items_.size()) {
+        finish(!*stop_);
+        return;
+    }
+    emit progress(QString(), int(index_), int(items_.size()));
+    const ProgressStep step = RelayedStep(this, stop_, [this](const QString& doing) {
+        emit progress(doing, int(index_), int(items_.size()));
+    });
+    RunInBackground(
+        this, [settings = settings_, item = items_[index_], annotate = annotate_, step] { return PreparePrintFile(settings, item, annotate, step); },
+        [this](IoResult<PrintFile> file) { prepared(std::move(file)); });
+}
+
+void PrintRun::prepared(IoResult<PrintFile> file)
+{
+    if (!file) {
+        if (file.error() != kOutputCancelled)
+            session_.prompter().tell(QStringLiteral("Print"), file.error(), Icon::Exclamation);
+        finish(false);
+        return;
+    }
+    current_ = *file;
+    if (*stop_) {
+        finish(false);
+        return;
+    }
+    if (annotate_) {
+        waiting_ = true;
+        emit progress(QStringLiteral("Annotate the pages; closing the viewer prints them."), int(index_), int(items_.size()));
+        emit annotateRequested(current_->path);
+        return;
+    }
+    print();
+}
+
+void PrintRun::annotationDone()
+{
+    if (!waiting_)
+        return;
+    waiting_ = false;
+    print();
+}
+
+void PrintRun::print()
+{
+    const PrintItem& item = items_[index_];
+    int copies = item.copies;
+    int from = 1;
+    int to = current_->pageCount;
+    // Asked for each report, but not again once a PDF file of the run is
+    // open: the reports after the first go into that file.
+    if (owner_ && settings_.askForPrinter && !(pdfPainter_ && pdfPainter_->isActive())) {
+        int dialogCopies = 1;
+        if (!GetPrinter(owner_, *printer(), current_->pageCount, dialogCopies, from, to)) {
+            printed(IoStatus{});  // this report is left out
+            return;
+        }
+        copies *= dialogCopies;
+    }
+    const ProgressStep step = RelayedStep(this, stop_, [this](const QString& doing) {
+        emit progress(doing, int(index_), int(items_.size()));
+    });
+    // The printer lives as long as the job needs it, whoever owns it.
+    std::shared_ptr<QPrinter> keep = printer_ ? std::shared_ptr<QPrinter>(printer_, [](QPrinter*) {}) : own_;
+    if (!pdfPainter_)
+        pdfPainter_ = std::make_shared<QPainter>();
+    RunInBackground(
+        this, [keep, painter = pdfPainter_, file = current_->path, frame = item.frame, from, to, copies, step] {
+            return PrintPages(*keep, file, frame, from, to, copies, step, painter.get());
+        },
+        [this](IoStatus status) { printed(status); });
+}
+
+void PrintRun::printed(const IoStatus& status)
+{
+    RemoveTemporary(*current_);
+    current_.reset();
+    if (!status) {
+        if (status.error() != kOutputCancelled)
+            session_.prompter().tell(QStringLiteral("Print"), status.error(), Icon::Exclamation);
+        finish(false);
+        return;
+    }
+    ++index_;
+    next();
+}
+
+void PrintRun::finish(bool completed)
+{
+    if (pdfPainter_ && pdfPainter_->isActive() && !pdfPainter_->end() && completed) {
+        session_.prompter().tell(QStringLiteral("Print"),
+                                 QStringLiteral("The printed file \"%1\" could not be finished.").arg(printer()->outputFileName()),
+                                 Icon::Exclamation);
+        completed = false;
+    }
+    pdfPainter_.reset();
+    if (current_) {
+        RemoveTemporary(*current_);
+        current_.reset();
+    }
+    waiting_ = false;
+    running_ = false;
+    emit progress(QString(), int(index_), int(items_.size()));
+    emit finished(completed);
 }
 
 MessageFields SetMessageFields(const QWidget* form)

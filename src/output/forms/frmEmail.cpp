@@ -3,6 +3,7 @@
 #include "output/EmailSend.h"
 #include "output/MailSettings.h"
 #include "output/OutputPreparation.h"
+#include "output/forms/AnnotateFiles.h"
 #include "output/forms/SendWithStatus.h"
 
 #include "base/Prompter.h"
@@ -12,8 +13,8 @@
 #include "ui_frmEmail.h"
 
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QFile>
+#include <QMetaMethod>
 #include <QRegularExpression>
 #include <QTimer>
 
@@ -22,7 +23,7 @@ namespace tarlox {
 namespace {
 
 const QString kAnnotate = QStringLiteral("Annotate");
-const QString kPdf = QStringLiteral("PDF");
+const QString kPdf = QStringLiteral("PDF");  // the check boxes' first state
 
 struct Binding {
     QLineEdit* Ui::frmEmail::*box;
@@ -59,7 +60,7 @@ QStringList StoredFiles(const QString& files)
 }  // namespace
 
 frmEmail::frmEmail(Session& session, QWidget* parent)
-    : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmEmail>())
+    : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmEmail>()), annotating_(new AnnotateFiles(this))
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -87,12 +88,8 @@ frmEmail::frmEmail(Session& session, QWidget* parent)
     connect(ui_->cmdQueue, &QPushButton::clicked, this, &frmEmail::cmdQueue_Click);
     connect(ui_->cmdClear, &QPushButton::clicked, this, &frmEmail::cmdClear_Click);
     connect(ui_->cmdFind, &QPushButton::clicked, this, &frmEmail::cmdFind_Click);
-    connect(ui_->cmdCancel, &QPushButton::clicked, this, [this] {
-        if (sending_)
-            cancelled_ = true;  // the preparation stops between pages
-        else
-            close();
-    });
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmEmail::cmdCancel_Click);
+    connect(annotating_, &AnnotateFiles::annotateRequested, this, &frmEmail::annotateRequested);
     ui_->cmdEmail->setDefault(true);
 }
 
@@ -165,10 +162,24 @@ void frmEmail::cmdFind_Click()
     close();
 }
 
+void frmEmail::cmdCancel_Click()
+{
+    if (!sending_) {
+        close();
+        return;
+    }
+    *stop_ = true;  // the preparation stops between pages
+    if (annotating_->waiting()) {
+        annotating_->cancel();
+        stopped(std::exchange(prepared_, {}));
+    }
+}
+
 void frmEmail::busy(bool on)
 {
     sending_ = on;
-    cancelled_ = false;
+    if (on)
+        stop_ = NewStopFlag();
     for (QPushButton* b : {ui_->cmdEmail, ui_->cmdQueue, ui_->cmdClear, ui_->cmdFind})
         b->setEnabled(!on && (b != ui_->cmdQueue || imageCurrent()));
     session_.prompter().setBusy(on);
@@ -207,55 +218,113 @@ void frmEmail::cmdEmail_Click()
     AddImageToQueue(sending);
     busy(true);
 
-    // The check boxes hold for this send only: the preparation reads the
-    // settings, which get their stored values back afterwards.
-    const QString storedAnnotate = GetLocal(session_, section::Info, kAnnotate);
-    const QString storedPdf = GetLocal(session_, section::Info, kPdf);
-    PutLocal(session_, section::Info, kAnnotate, BoolToIni(ui_->chkAnnotate->isChecked()));
-    PutLocal(session_, section::Info, kPdf, BoolToIni(ui_->chkPDF->isChecked()));
-    const bool throughTemp = !GetLocal(session_, section::Info, QStringLiteral("Authorization")).trimmed().isEmpty()
-                             || SomePages(sending.files) || ui_->chkAnnotate->isChecked() || ui_->chkPDF->isChecked()
-                             || GetLocalBool(session_, section::Interface, QStringLiteral("AddMessage"));
-    bool silent = false;
-    QStringList files;
-    QString error;
-    if (throughTemp) {
-        silent = true;
-        ui_->txtStatus->setPlainText(QStringLiteral("Preparing the attachments"));
-        IoResult<QStringList> prepared = SaveTempFiles(session_, sending.files, sending.messages, true, [this](const QString& doing) {
-            ui_->txtStatus->appendPlainText(doing);
-            QCoreApplication::processEvents();
-            return !cancelled_;
-        });
-        if (prepared)
-            files = *prepared;
-        else
-            error = prepared.error();
-    } else {
-        files = StoredFiles(sending.files);
+    // The check boxes hold for this send only.
+    OutputSettings settings = ReadOutputSettings(session_);
+    settings.annotate = ui_->chkAnnotate->isChecked();
+    settings.pdf = ui_->chkPDF->isChecked();
+    const bool throughTemp =
+        !settings.authorization.isEmpty() || SomePages(sending.files) || settings.annotate || settings.pdf || settings.addMessage;
+    if (!throughTemp) {
+        send(StoredFiles(sending.files), false);
+        return;
     }
-    PutLocal(session_, section::Info, kAnnotate, storedAnnotate);
-    PutLocal(session_, section::Info, kPdf, storedPdf);
+    // The attachments are prepared on a thread of their own; Cancel stops
+    // between pages, and the queue stays as it was.
+    ui_->txtStatus->setPlainText(QStringLiteral("Preparing the attachments"));
+    const ProgressStep step = RelayedStep(this, stop_, [this](const QString& doing) { ui_->txtStatus->appendPlainText(doing); });
+    const bool annotate = settings.annotate && isSignalConnected(QMetaMethod::fromSignal(&frmEmail::annotateRequested));
+    RunInBackground(
+        this,
+        // Annotating works on TIFF; the PDF is made afterwards.
+        [settings, annotate, today = session_.now().date(), items = QueueItems(sending.files, sending.messages), step] {
+            return PrepareFiles(settings, today, !annotate, items, step);
+        },
+        [this, annotate, settings](IoResult<PreparedFiles> run) {
+            if (!run) {
+                if (run.error() == kOutputCancelled)
+                    stopped({});
+                else
+                    finishSend({}, true, run.error());
+                return;
+            }
+            for (const QString& problem : std::as_const(run->problems))
+                session_.prompter().tell(QStringLiteral("Error"), problem, Icon::Exclamation);
+            if (*stop_) {
+                stopped(run->files);
+                return;
+            }
+            if (!annotate) {
+                send(run->files, true);
+                return;
+            }
+            prepared_ = run->files;
+            ui_->txtStatus->setPlainText(QStringLiteral("Annotate the attachments; closing the viewer sends them."));
+            annotating_->start(run->files, [this, pdf = settings.pdf] {
+                const QStringList files = std::exchange(prepared_, {});
+                if (!pdf) {
+                    send(files, true);
+                    return;
+                }
+                RunInBackground(
+                    this,
+                    [files] {
+                        IoResult<QStringList> made = QStringList();
+                        for (const QString& file : files) {
+                            IoResult<QString> pdf = AnnotatedToPdf(file);
+                            if (!pdf)
+                                return IoResult<QStringList>(pdf.failure());
+                            made->append(*pdf);
+                        }
+                        return made;
+                    },
+                    [this, files](IoResult<QStringList> made) {
+                        if (made)
+                            send(*made, true);
+                        else
+                            finishSend(files, true, made.error());
+                    });
+            });
+        });
+}
 
+void frmEmail::annotationDone()
+{
+    annotating_->annotationDone();
+}
+
+void frmEmail::stopped(const QStringList& prepared)
+{
+    for (const QString& file : prepared)
+        QFile::remove(file);
+    busy(false);
+    ui_->txtStatus->setPlainText(QueueLine(queue_.files));
+}
+
+void frmEmail::send(const QStringList& files, bool throughTemp)
+{
+    const bool client = EmailThroughClient(session_);
+    bool silent = throughTemp;
     MailMessage message{ui_->txtFromAddress->text().trimmed(), ui_->txtFrom->text(), ui_->txtToAddress->text().trimmed(),
                         ui_->txtTo->text(), ui_->txtSubject->text(), ui_->txtMessage->toPlainText(), files};
-    if (error.isEmpty()) {
-        ui_->txtStatus->clear();
-        if (client) {
-            error = UseClient(message, silent);
-            if (error.isEmpty())
-                ui_->txtStatus->setPlainText(QStringLiteral("The mail program was opened with the message."));
-        } else {
-            error = SendWithStatus(EmailServerSettings(session_), message, ui_->txtStatus).error;
-        }
+    ui_->txtStatus->clear();
+    QString error;
+    if (client) {
+        error = UseClient(message, silent);
+        if (error.isEmpty())
+            ui_->txtStatus->setPlainText(QStringLiteral("The mail program was opened with the message."));
+    } else {
+        error = SendWithStatus(EmailServerSettings(session_), message, ui_->txtStatus).error;
     }
     // The mail client reads its attachments later: temporary files stay
     // for it, and the sweep of the temporary directory takes them.
-    if (throughTemp && !client)
-        for (const QString& file : files)
-            QFile::remove(file);
-    busy(false);
+    finishSend(throughTemp && !client ? files : QStringList(), false, error);
+}
 
+void frmEmail::finishSend(const QStringList& remove, bool preparing, const QString& error)
+{
+    for (const QString& file : remove)
+        QFile::remove(file);
+    busy(false);
     Form_Unload();
     if (error.isEmpty()) {
         ClearQueue(session_, QueueMode::Email);
@@ -269,10 +338,10 @@ void frmEmail::cmdEmail_Click()
     AddImageToQueue(kept);
     WriteQueue(session_, QueueMode::Email, kept);
     queue_ = kept;
-    QString text = QStringLiteral("Your attempt to send mail failed for the following reason: \n") + error;
+    QString text = (preparing ? QString() : QStringLiteral("Your attempt to send mail failed for the following reason: \n")) + error;
     if (!kept.isEmpty())
         text += QStringLiteral("\n\n") + QueueLine(kept.files) + QStringLiteral(". The queue is kept for another try.");
-    prompter.tell(QStringLiteral("Email"), text, Icon::Exclamation);
+    session_.prompter().tell(QStringLiteral("Email"), text, Icon::Exclamation);
     close();
 }
 
@@ -285,7 +354,7 @@ void frmEmail::Form_Unload()
 void frmEmail::closeEvent(QCloseEvent* event)
 {
     if (sending_) {
-        cancelled_ = true;
+        cmdCancel_Click();
         event->ignore();
         return;
     }

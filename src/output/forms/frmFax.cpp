@@ -4,12 +4,12 @@
 #include "data/Session.h"
 #include "data/Settings.h"
 #include "output/FaxTask.h"
+#include "output/forms/AnnotateFiles.h"
 #include "output/HylafaxClient.h"
 #include "store/FileLists.h"
 #include "ui_frmFax.h"
 
-#include <QCoreApplication>
-
+#include <QMetaMethod>
 #include <QCloseEvent>
 #include <QFocusEvent>
 #include <QTimer>
@@ -28,7 +28,8 @@ fax::KeyReader FaxKeys(Session& s)
 
 }  // namespace
 
-frmFax::frmFax(Session& session, QWidget* parent) : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmFax>())
+frmFax::frmFax(Session& session, QWidget* parent)
+    : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmFax>()), annotating_(new AnnotateFiles(this))
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -36,7 +37,8 @@ frmFax::frmFax(Session& session, QWidget* parent) : QDialog(parent), session_(se
     connect(ui_->cmdQueue, &QPushButton::clicked, this, &frmFax::cmdQueue_Click);
     connect(ui_->cmdClear, &QPushButton::clicked, this, &frmFax::cmdClear_Click);
     connect(ui_->cmdFind, &QPushButton::clicked, this, &frmFax::cmdFind_Click);
-    connect(ui_->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
+    connect(ui_->cmdCancel, &QPushButton::clicked, this, &frmFax::cmdCancel_Click);
+    connect(annotating_, &AnnotateFiles::annotateRequested, this, &frmFax::annotateRequested);
     ui_->txtPages->installEventFilter(this);
     ui_->cmdFax->setDefault(true);
     Form_Load();
@@ -207,27 +209,70 @@ void frmFax::cmdFax_Click()
     for (QPushButton* b : {ui_->cmdFax, ui_->cmdQueue, ui_->cmdClear, ui_->cmdFind})
         b->setEnabled(false);
     setCursor(Qt::BusyCursor);
-    // The pages are prepared here, a page at a time with the window alive;
-    // the server is spoken to on a thread of its own.
+    // The pages are prepared and the server is spoken to on threads of
+    // their own; Cancel stops the preparation between pages.
+    preparing_ = true;
+    stop_ = NewStopFlag();
     ui_->txtStatus->setText(QStringLiteral("Preparing the pages..."));
-    auto pages = PrepareFaxPages(session_, job, ui_->chkAnnotate->isChecked(), [](const QString&) {
-        QCoreApplication::processEvents();
-        return true;
-    });
-    if (!pages) {
-        finishSend(pages.failure(), false, {});
+    const bool annotate = ui_->chkAnnotate->isChecked() && isSignalConnected(QMetaMethod::fromSignal(&frmFax::annotateRequested));
+    const ProgressStep step = RelayedStep(this, stop_, [this](const QString& doing) { ui_->txtStatus->setText(doing); });
+    RunInBackground(
+        this,
+        [settings = ReadOutputSettings(session_), today = session_.now().date(), job, annotate, step] {
+            return PrepareFaxPages(settings, today, job, annotate, step);
+        },
+        [this, request, withQueue, annotate, where = *server](IoResult<FaxPages> pages) mutable {
+            preparing_ = false;
+            if (!pages) {
+                finishSend(pages.failure(), false, {});
+                return;
+            }
+            if (*stop_) {
+                finishSend(Failure(kOutputCancelled), false, *pages);
+                return;
+            }
+            request.pageFiles = pages->files;
+            const auto submit = [this, request, withQueue, where, staged = *pages] {
+                const fax::Sender sender = fax::SenderSettings(FaxKeys(session_), session_.programDir);
+                ui_->txtStatus->setText(QStringLiteral("Handing the fax to the fax server..."));
+                RunFaxTask(
+                    this,
+                    [where, request, sender, tempDir = session_.tempDir, today = session_.now().date()] {
+                        HylafaxClient engine(where);
+                        return SendFax(engine, request, sender, tempDir, today);
+                    },
+                    [this, withQueue, staged](IoResult<SentFax> result) { finishSend(result, withQueue, staged); });
+            };
+            if (annotate && pages->staged) {
+                pending_ = *pages;
+                ui_->txtStatus->setText(QStringLiteral("Annotate the pages; closing the viewer sends them."));
+                annotating_->start(pages->files, [this, submit] {
+                    pending_.reset();
+                    submit();
+                });
+                return;
+            }
+            submit();
+        });
+}
+
+void frmFax::annotationDone()
+{
+    annotating_->annotationDone();
+}
+
+void frmFax::cmdCancel_Click()
+{
+    if (!sending_) {
+        close();
         return;
     }
-    request.pageFiles = pages->files;
-    const fax::Sender sender = fax::SenderSettings(FaxKeys(session_), session_.programDir);
-    ui_->txtStatus->setText(QStringLiteral("Handing the fax to the fax server..."));
-    RunFaxTask(
-        this,
-        [where = *server, request, sender, tempDir = session_.tempDir, today = session_.now().date()] {
-            HylafaxClient engine(where);
-            return SendFax(engine, request, sender, tempDir, today);
-        },
-        [this, withQueue, staged = *pages](IoResult<SentFax> result) { finishSend(result, withQueue, staged); });
+    *stop_ = true;
+    if (annotating_->waiting()) {  // nothing is under way: the send ends here
+        annotating_->cancel();
+        const FaxPages pages = *std::exchange(pending_, std::nullopt);
+        finishSend(Failure(kOutputCancelled), false, pages);
+    }
 }
 
 void frmFax::finishSend(const IoResult<SentFax>& result, bool clearQueue, const FaxPages& pages)
@@ -239,6 +284,13 @@ void frmFax::finishSend(const IoResult<SentFax>& result, bool clearQueue, const 
         DeleteTempFiles(session_, pages.files.join(QLatin1Char('+')), QStringLiteral("+"));
     if (!result) {
         // The queue stays as it was; the person may try again.
+        if (result.error() == kOutputCancelled) {
+            for (QPushButton* b : {ui_->cmdFax, ui_->cmdClear, ui_->cmdFind})
+                b->setEnabled(true);
+            ui_->cmdQueue->setEnabled(!session_.imageFilePath.isEmpty());
+            ui_->txtStatus->setText(QueueLine(queuedFiles()));
+            return;
+        }
         for (QPushButton* b : {ui_->cmdFax, ui_->cmdClear, ui_->cmdFind})
             b->setEnabled(true);
         ui_->cmdQueue->setEnabled(!session_.imageFilePath.isEmpty());
@@ -272,6 +324,9 @@ void frmFax::closeEvent(QCloseEvent* event)
 {
     // Held while the job is on its way, and three seconds after a send so
     // that the person sees the job's number; then it closes by itself.
+    // A preparation is stopped first.
+    if (preparing_ || annotating_->waiting())
+        cmdCancel_Click();
     const qint64 since = sentAt_ ? sentAt_->elapsed() : HoldMs;
     if (sending_ || since < HoldMs) {
         event->ignore();

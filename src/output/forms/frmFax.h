@@ -1,5 +1,6 @@
 #pragma once
 
+#include "output/BackgroundTask.h"
 #include "output/FaxSend.h"
 #include "output/FaxSettings.h"
 
@@ -15,6 +16,7 @@ class frmFax;
 
 namespace tarlox {
 
+class AnnotateFiles;
 class Session;
 
 // Fax Test Report: sends the image in hand and the fax queue as one fax job
@@ -41,14 +43,22 @@ public:
     void cmdClear_Click();
     void cmdFind_Click();
     void cmdFax_Click();
-    // A send is on its way to the server.
+    // Cancel: stops a preparation between pages, else closes the form.
+    void cmdCancel_Click();
+    // A send is being prepared or on its way to the server.
     bool sending() const { return sending_; }
+    // The person has closed the viewer of annotateRequested: the next file
+    // is offered, or the fax goes.
+    void annotationDone();
 
 signals:
     // The job reached the server (jobId) or did not (error).
     void sent(const QString& jobId, const QString& error);
     // The contact form should open in fax mode; this form has closed.
     void findNameRequested();
+    // With "Annotate" checked each prepared file should open in a viewer in
+    // annotate mode before the fax goes. Without a receiver it goes at once.
+    void annotateRequested(const QString& file);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -64,7 +74,11 @@ private:
     Session& session_;
     std::unique_ptr<Ui::frmFax> ui_;
     Queue queue_;
+    AnnotateFiles* annotating_;
+    std::optional<FaxPages> pending_;  // waiting for their annotation
+    StopFlag stop_ = NewStopFlag();
     bool sending_ = false;
+    bool preparing_ = false;
     bool validating_ = false;
     std::optional<QElapsedTimer> sentAt_;
 };

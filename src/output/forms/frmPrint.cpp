@@ -3,31 +3,23 @@
 #include "base/Prompter.h"
 #include "data/Session.h"
 #include "data/Settings.h"
-#include "output/OutputPreparation.h"
 #include "output/forms/PrintDoc.h"
 #include "ui_frmPrint.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QMetaMethod>
-#include <QPrinter>
 
 namespace tarlox {
 
 frmPrint::frmPrint(Session& session, QWidget* parent)
-    : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmPrint>())
+    : QDialog(parent), session_(session), ui_(std::make_unique<Ui::frmPrint>()), run_(new PrintRun(session, this))
 {
     ui_->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     ui_->cmdPrint->setDefault(true);
     connect(ui_->cmdPrint, &QPushButton::clicked, this, &frmPrint::PrintImage);
-    // Cancel stops a run between pages, else closes the form.
-    connect(ui_->cmdCancel, &QPushButton::clicked, this, [this] {
-        if (running_)
-            stop_ = true;
-        else
-            close();
-    });
+    run_->attach(this, ui_->cmdPrint, ui_->cmdCancel, ui_->txtPrintMsg, nullptr);
+    connect(run_, &PrintRun::annotateRequested, this, &frmPrint::annotateRequested);
     connect(ui_->txtPages, &QLineEdit::editingFinished, this, [this] { ValidatePagesBox(session_, ui_->txtPages); });
 }
 
@@ -36,14 +28,10 @@ frmPrint::~frmPrint() = default;
 void frmPrint::closeEvent(QCloseEvent* event)
 {
     // A run in progress is stopped first; the form closes when it has ended.
-    if (running_) {
-        stop_ = true;
+    if (run_->running()) {
+        run_->cancel();
         event->ignore();
         return;
-    }
-    if (pending_) {  // closed while the file waited for its annotation
-        RemoveTemporary(*pending_);
-        pending_.reset();
     }
     QDialog::closeEvent(event);
 }
@@ -108,70 +96,14 @@ void frmPrint::PrintImage()
         // "Reduce to fit" keeps the standard frame; "as is" takes the long one.
         frame = answer == Answer::Yes ? PrintFrame::Standard : PrintFrame::Long;
     }
-    running_ = true;
-    stop_ = false;
-    ui_->cmdPrint->setEnabled(false);
-    const bool annotate = ui_->chkAnnotate->isChecked();
-    IoResult<PrintFile> prepared = PreparePrint(session_, ui_->txtPages->text(), session_.imageFilePath, annotate, fields,
-                                                [this](const QString& doing) {
-                                                    ui_->txtPrintMsg->setText(doing);
-                                                    QApplication::processEvents();
-                                                    return !stop_;
-                                                });
-    running_ = false;
-    if (!prepared) {
-        if (prepared.error() != kOutputCancelled)
-            session_.prompter().tell(QStringLiteral("Print"), prepared.error(), Icon::Exclamation);
-        close();
-        return;
-    }
-    pending_ = *prepared;
-    frame_ = frame;
-    copies_ = copies;
-    if (annotate && isSignalConnected(QMetaMethod::fromSignal(&frmPrint::annotateRequested))) {
-        ui_->txtPrintMsg->setText(QStringLiteral("Annotate the pages; closing the viewer prints them."));
-        emit annotateRequested(pending_->path);
-        return;
-    }
-    printPending();
+    // Without a viewer to annotate in, the file prints at once.
+    const bool annotate = ui_->chkAnnotate->isChecked() && isSignalConnected(QMetaMethod::fromSignal(&frmPrint::annotateRequested));
+    run_->start({PrintItem{session_.imageFilePath, ui_->txtPages->text(), fields, frame, copies}}, annotate);
 }
 
 void frmPrint::annotationDone()
 {
-    if (pending_ && !running_)
-        printPending();
-}
-
-void frmPrint::printPending()
-{
-    std::unique_ptr<QPrinter> own;
-    QPrinter* printer = printer_;
-    if (!printer) {
-        own = std::make_unique<QPrinter>(QPrinter::HighResolution);
-        printer = own.get();
-    }
-    running_ = true;
-    stop_ = false;
-    const PrintProgress progress = [&](const QString& doing) {
-        ui_->txtPrintMsg->setText(doing);
-        QApplication::processEvents();
-        return !stop_;
-    };
-    const PrintFile file = *pending_;
-    for (int copy = 1; copy <= copies_ && !stop_; ++copy) {
-        const IoStatus printed = PrintPrepared(session_, *printer, file, frame_, this, progress, true);
-        if (!printed) {
-            if (printed.error() != kOutputCancelled)
-                session_.prompter().tell(QStringLiteral("Print"), printed.error(), Icon::Exclamation);
-            break;
-        }
-    }
-    RemoveTemporary(file);
-    pending_.reset();
-    ui_->txtPrintMsg->clear();
-    running_ = false;
-    ui_->cmdPrint->setEnabled(true);
-    close();
+    run_->annotationDone();
 }
 
 }  // namespace tarlox

@@ -5,7 +5,6 @@
 #include <QDialog>
 
 #include <memory>
-#include <optional>
 
 class QPrinter;
 
@@ -28,10 +27,10 @@ public:
     // Keeps the page size code and lays the form out; prints at once and
     // returns false when there is nothing to ask, else shows the form.
     bool StartPrint(const QString& size);
-    // Reads the form and prints; the form closes.
+    // Reads the form and starts printing; the form closes when it has printed.
     void PrintImage();
     // A printer of the caller's instead of the system's (tests print to PDF).
-    void usePrinter(QPrinter* printer) { printer_ = printer; }
+    void usePrinter(QPrinter* printer) { run_->usePrinter(printer); }
     // The row layout: hidden rows take no room. True when nothing is left to ask.
     bool FormatWindow();
 
@@ -50,15 +49,7 @@ private:
     Session& session_;
     std::unique_ptr<Ui::frmPrint> ui_;
     QString size_;
-    QPrinter* printer_ = nullptr;
-    bool running_ = false;
-    bool stop_ = false;
-    // A prepared file waiting for its annotation, and how to print it.
-    std::optional<PrintFile> pending_;
-    PrintFrame frame_ = PrintFrame::Standard;
-    int copies_ = 1;
-
-    void printPending();
+    PrintRun* run_;
 
 protected:
     void closeEvent(QCloseEvent* event) override;

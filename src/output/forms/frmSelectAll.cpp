@@ -11,10 +11,9 @@
 #include "store/ImageStore.h"
 #include "ui_frmSelectAll.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
-#include <QPrinter>
+#include <QMetaMethod>
 #include <QSet>
 
 namespace tarlox {
@@ -24,7 +23,7 @@ const QString kGridSizes = QStringLiteral("frmSelectAll_GridSizes");
 }
 
 frmSelectAll::frmSelectAll(Session& s, const SqlCondition& found, QWidget* parent)
-    : QDialog(parent), session_(s), ui_(std::make_unique<Ui::frmSelectAll>())
+    : QDialog(parent), session_(s), ui_(std::make_unique<Ui::frmSelectAll>()), run_(new PrintRun(s, this))
 {
     s.traceCall(QStringLiteral("frmSelectAll.Form_Load"));
     ui_->setupUi(this);
@@ -67,12 +66,8 @@ frmSelectAll::frmSelectAll(Session& s, const SqlCondition& found, QWidget* paren
     connect(ui_->cmdPrint, &QPushButton::clicked, this, &frmSelectAll::cmdPrint_Click);
     connect(ui_->cmdEmail, &QPushButton::clicked, this, &frmSelectAll::cmdEmail_Click);
     connect(ui_->cmdFax, &QPushButton::clicked, this, &frmSelectAll::cmdFax_Click);
-    connect(ui_->cmdCancel, &QPushButton::clicked, this, [this] {
-        if (running_)
-            stop_ = true;
-        else
-            close();
-    });
+    run_->attach(this, ui_->cmdPrint, ui_->cmdCancel, ui_->txtPrintMsg, ui_->prgRun);
+    connect(run_, &PrintRun::annotateRequested, this, &frmSelectAll::annotateRequested);
     connect(ui_->txtPages, &QLineEdit::editingFinished, this, [this] { ValidatePagesBox(session_, ui_->txtPages); });
     resize(760, 560);
 }
@@ -85,10 +80,25 @@ void frmSelectAll::setSendForms(bool email, bool fax)
     ui_->cmdFax->setVisible(fax);
 }
 
+void frmSelectAll::usePrinter(QPrinter* printer)
+{
+    run_->usePrinter(printer);
+}
+
+bool frmSelectAll::printing() const
+{
+    return run_->running();
+}
+
+void frmSelectAll::annotationDone()
+{
+    run_->annotationDone();
+}
+
 void frmSelectAll::closeEvent(QCloseEvent* event)
 {
-    if (running_) {
-        stop_ = true;
+    if (run_->running()) {
+        run_->cancel();
         event->ignore();
         return;
     }
@@ -155,7 +165,6 @@ void frmSelectAll::GetImages()
         const qint32 number = item ? IntVal(item->text().mid(2)) : 0;
         if (number > 0 && GetImage(session_, number))
             paths_[r] = session_.imageFilePath;
-        QApplication::processEvents();
     }
 }
 
@@ -169,9 +178,8 @@ void frmSelectAll::cmdPrint_Click()
         session_.prompter().tell(QStringLiteral("Select All"), problem, Icon::Exclamation);
         return;
     }
-    running_ = true;
-    stop_ = false;
-    ui_->cmdPrint->setEnabled(false);
+    if (run_->running())
+        return;
     GetImages();
     // One print per image per copy, whatever the number of rows that name it.
     QList<int> rows;
@@ -181,46 +189,18 @@ void frmSelectAll::cmdPrint_Click()
             seen.insert(paths_[r]);
             rows << r;
         }
-    const int copies = ui_->txtCopies->value();
-    ui_->prgRun->setRange(0, int(rows.size()) * copies);
-    ui_->prgRun->setValue(0);
-    ui_->prgRun->show();
-    std::unique_ptr<QPrinter> own;
-    QPrinter* printer = printer_;
-    if (!printer) {
-        own = std::make_unique<QPrinter>(QPrinter::HighResolution);
-        printer = own.get();
-    }
-    const PrintProgress progress = [this](const QString& doing) {
-        ui_->txtPrintMsg->setText(doing);
-        QApplication::processEvents();
-        return !stop_;
-    };
-    for (int copy = 1; copy <= copies && !stop_; ++copy) {
-        for (int r : rows) {
+    QList<PrintItem> items;
+    for (int copy = 1; copy <= ui_->txtCopies->value(); ++copy)
+        for (int r : std::as_const(rows)) {
             MessageFields fields = typed;
             const auto cell = [&](int c) { return ui_->grdImages->item(r, c) ? ui_->grdImages->item(r, c)->text() : QString(); };
             fields.heat = ui_->chkPrintHeat->isChecked() ? cell(0) : QString();
             fields.part = ui_->chkPrintPart->isChecked() ? cell(1) : QString();
-            const IoStatus printed =
-                PrintDoc(session_, *printer, ui_->txtPages->text(), paths_[r], PrintFrame::Standard, fields, this, progress);
-            if (!printed) {
-                if (printed.error() != kOutputCancelled)
-                    session_.prompter().tell(QStringLiteral("Select All"), printed.error(), Icon::Exclamation);
-                stop_ = true;
-            }
-            if (stop_)
-                break;
-            ui_->prgRun->setValue(ui_->prgRun->value() + 1);
+            items << PrintItem{paths_[r], ui_->txtPages->text(), fields, PrintFrame::Standard, 1};
         }
-    }
-    running_ = false;
-    ui_->prgRun->hide();
-    ui_->layMain->setStretch(0, 1);  // the grid takes the room
-    ui_->txtPrintMsg->clear();
-    ui_->cmdPrint->setEnabled(true);
     session_.imageFilePath.clear();
-    close();
+    // Without a viewer to annotate in, the files print at once.
+    run_->start(items, ui_->chkAnnotate->isChecked() && isSignalConnected(QMetaMethod::fromSignal(&frmSelectAll::annotateRequested)));
 }
 
 void frmSelectAll::queueFor(bool email)

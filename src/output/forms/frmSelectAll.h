@@ -15,6 +15,7 @@ class frmSelectAll;
 
 namespace tarlox {
 
+class PrintRun;
 class Session;
 
 // Select All: the references of the last find in a grid, every row chosen at
@@ -29,7 +30,7 @@ public:
     Ui::frmSelectAll* ui() const { return ui_.get(); }
     // Shows E-mail and Fax once the program has those forms.
     void setSendForms(bool email, bool fax);
-    void usePrinter(QPrinter* printer) { printer_ = printer; }
+    void usePrinter(QPrinter* printer);
 
     bool isSelected(int row) const;
     void grdImages_Click(int row);
@@ -38,10 +39,17 @@ public:
     void cmdPrint_Click();
     void cmdEmail_Click();
     void cmdFax_Click();
+    // The person has closed the viewer of annotateRequested: the file prints.
+    void annotationDone();
+    bool printing() const;
 
 signals:
     void emailRequested();
     void faxRequested();
+    // With "Annotate" checked each prepared file should open in a viewer in
+    // annotate mode; it prints on annotationDone(). Without a receiver the
+    // files print at once.
+    void annotateRequested(const QString& file);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -54,9 +62,7 @@ private:
     Session& session_;
     std::unique_ptr<Ui::frmSelectAll> ui_;
     QStringList paths_;
-    QPrinter* printer_ = nullptr;
-    bool running_ = false;
-    bool stop_ = false;
+    PrintRun* run_;
 };
 
 }  // namespace tarlox

@@ -47,6 +47,7 @@ namespace tarlox {
 namespace {
 
 template <class Form> void wireSendForms(Form* form, mdiMain& frame);
+template <class Form> void wireAnnotate(Form* form, Session& session, mdiMain& frame);
 
 // Find's Select: the image's facts, and from there a viewer in the frame.
 void openSelect(Session& session, mdiMain& frame, qint32 number)
@@ -58,14 +59,29 @@ void openSelect(Session& session, mdiMain& frame, qint32 number)
     QObject::connect(select, &frmSelect::viewRequested, &frame, [&frame](qint32) { frame.ShowInstance(QStringLiteral("frmView")); });
     QObject::connect(select, &frmSelect::rescanRequested, &frame, [&frame](qint32) { frame.ShowForm(QStringLiteral("frmRescn")); });
     wireSendForms(select, frame);
-    // Annotation before printing: a viewer in annotate mode on the prepared
-    // file; the print form goes on when the viewer has closed.
-    QObject::connect(select, &frmSelect::printFormOpened, &frame, [&session, &frame](frmPrint* print) {
-        QObject::connect(print, &frmPrint::annotateRequested, &frame, [&session, &frame, print](const QString& file) {
-            frmView* viewer = frmView::Annotate(session, file, &frame);
-            QObject::connect(viewer, &frmView::closed, print, &frmPrint::annotationDone);
-            frame.mdiArea()->addSubWindow(viewer)->show();
+    QObject::connect(select, &frmSelect::printFormOpened, &frame, [&session, &frame](frmPrint* print) { wireAnnotate(print, session, frame); });
+}
+
+// Annotation before a file leaves: a viewer in annotate mode on the
+// prepared file; the form goes on when the viewer has closed. A modal form
+// steps aside meanwhile, so that the viewer can be used.
+template <class Form> void wireAnnotate(Form* form, Session& session, mdiMain& frame)
+{
+    QObject::connect(form, &Form::annotateRequested, &frame, [&session, &frame, form](const QString& file) {
+        frmView* viewer = frmView::Annotate(session, file, &frame);
+        const bool stepAside = form->isModal() || form->windowModality() != Qt::NonModal;
+        if (stepAside)
+            form->hide();
+        QMdiSubWindow* window = frame.mdiArea()->addSubWindow(viewer);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        // The viewer's window goes with it.
+        QObject::connect(viewer, &frmView::closed, window, &QWidget::close, Qt::QueuedConnection);
+        QObject::connect(viewer, &frmView::closed, form, [form, stepAside] {
+            if (stepAside)
+                form->show();
+            form->annotationDone();
         });
+        window->show();
     });
 }
 
@@ -90,6 +106,7 @@ void openSelectAll(Session& session, mdiMain& frame)
         return;
     auto* form = new frmSelectAll(session, *found, &frame);
     wireSendForms(form, frame);
+    wireAnnotate(form, session, frame);
     form->show();
 }
 
@@ -191,6 +208,7 @@ FormRegistry StandardForms()
     forms.add(QStringLiteral("frmEtest"), FormKind::Dialog, [](const FormContext& c) { return new frmEtest(c.session, &c.frame); });
     forms.add(QStringLiteral("frmEmail"), FormKind::Dialog, [](const FormContext& c) {
         auto* mail = new frmEmail(c.session, &c.frame);
+        wireAnnotate(mail, c.session, c.frame);
         QObject::connect(mail, &frmEmail::findRequested, &c.frame, [&frame = c.frame] { frame.ShowForm(QStringLiteral("frmContactFM")); });
         return mail;
     });
@@ -200,6 +218,7 @@ FormRegistry StandardForms()
     });
     forms.add(QStringLiteral("frmFax"), FormKind::Dialog, [](const FormContext& c) {
         auto* fax = new frmFax(c.session, &c.frame);
+        wireAnnotate(fax, c.session, c.frame);
         QObject::connect(fax, &frmFax::findNameRequested, &c.frame, [&session = c.session, &frame = c.frame] {
             contactForm(FormContext{session, frame}, QStringLiteral("Fax"))->show();
         });

@@ -13,9 +13,11 @@
 #include <QLineEdit>
 #include <QPrinter>
 #include <QProcess>
+#include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -90,8 +92,15 @@ protected:
             return nullptr;
         EXPECT_TRUE(child<QPushButton>(select, "cmdPrint")->isVisible());
         select->usePrinter(&printer);
-        return select->cmdPrint_Click();
+        QPointer<frmPrint> opened;
+        QObject::connect(select, &frmSelect::printFormOpened, [&](frmPrint* form) { opened = form; });
+        frmPrint* shown = select->cmdPrint_Click();
+        if (!shown)
+            settle(opened);
+        return shown;
     }
+    // Printing runs in the background; the form closes when it has ended.
+    template <class Form> static void settle(const QPointer<Form>& form) { ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull(); }, 20000)); }
     bool tempIsEmpty() { return QDir(site.session().tempDir).entryList(QDir::Files).isEmpty(); }
 
     TestSite site;
@@ -127,6 +136,7 @@ TEST_P(PrintingTest, PrintsAtOnceWhenNothingIsAskedElseAsksForPagesAndMessage)
     EXPECT_FALSE(QFile::exists(pdf()));
     child<QLineEdit>(form, "txtHeat")->setText(QStringLiteral("H-4711"));
     form->PrintImage();
+    settle(QPointer(form));
     const QList<Sheet> sheets = printed();
     ASSERT_EQ(sheets.size(), 2);
     EXPECT_TRUE(sheets[0].topBand && sheets[1].topBand);
@@ -140,9 +150,11 @@ TEST_P(PrintingTest, PrintsAtOnceWhenNothingIsAskedElseAsksForPagesAndMessage)
     QString annotated;
     QObject::connect(form, &frmPrint::annotateRequested, [&](const QString& file) { annotated = file; });
     form->PrintImage();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !annotated.isEmpty(); }, 20000));
     ASSERT_TRUE(QFile::exists(annotated));
     EXPECT_FALSE(QFile::exists(pdf()));
     form->annotationDone();
+    settle(QPointer(form));
     EXPECT_EQ(printed().size(), 3);
     EXPECT_TRUE(tempIsEmpty());
 }
@@ -215,9 +227,11 @@ TEST_P(PrintingTest, SelectAllPrintsEachImageOnceAndQueuesForLater)
     frmSelectAll form(site.session(), all);
     form.usePrinter(&printer);
     form.UnselectAll();
+    form.grdImages_Click(0);
     form.grdImages_Click(2);
     form.cmdPrint_Click();
-    ASSERT_EQ(printed().size(), 1);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !form.printing(); }, 20000));
+    ASSERT_EQ(printed().size(), 2);  // both reports in the one file
     EXPECT_TRUE(printed()[0].topBand);
     EXPECT_TRUE(tempIsEmpty());
 }

@@ -12,6 +12,9 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 
+#include <QPointer>
+#include <QTest>
+
 #include <gtest/gtest.h>
 
 using namespace tarlox;
@@ -58,6 +61,14 @@ protected:
     }
     QString queued() { return ReadIniValue(site.localIni(), u"Info"_s, u"EmailFiles"_s).value; }
 
+    // The attachments are prepared in the background; the form closes when the send has ended.
+    static void sendAndWait(frmEmail* form)
+    {
+        QPointer<frmEmail> sending(form);
+        form->cmdEmail_Click();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return sending.isNull() || !sending->sending(); }, 20000));
+    }
+
     TestSite site;
     SmtpTestServer server{{}};
     QStringList paths;
@@ -93,7 +104,7 @@ TEST_P(EmailForm, QueueSendsTogetherAndOnlyASuccessfulSendClearsIt)
     PutLocal(site.session(), u"Email"_s, u"ServerPort"_s, u"1"_s);
     site.prompter().clear();
     site.prompter().answer(Answer::Yes);
-    form->cmdEmail_Click();
+    sendAndWait(form);
     EXPECT_EQ(site.prompter().titles(), (QStringList{u"Email Queued Images?"_s, u"Email"_s}));
     EXPECT_TRUE(site.prompter().textOf(u"Email"_s).startsWith(u"Your attempt to send mail failed for the following reason: \ncan't connect"_s))
         << site.prompter().textOf(u"Email"_s).toStdString();
@@ -105,7 +116,7 @@ TEST_P(EmailForm, QueueSendsTogetherAndOnlyASuccessfulSendClearsIt)
     PutLocal(site.session(), u"Email"_s, u"ServerPort"_s, port);
     form = open(0);
     site.prompter().clear();
-    form->cmdEmail_Click();
+    sendAndWait(form);
     EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(u',').toStdString();
     EXPECT_EQ(queued(), QString());
     ASSERT_EQ(server.messages().size(), 1);
