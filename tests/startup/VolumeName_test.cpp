@@ -87,13 +87,4 @@ TEST_F(VolumeNameTest, NetworkMountsAreNamedByTheirSource)
     EXPECT_NE(fitted, FitVolumeName(longSource + QStringLiteral("2")));
 }
 
-TEST_F(VolumeNameTest, TheMachinesOwnMountsGiveStableShortNames)
-{
-    const QString a = GetVolumeName(at(QStringLiteral("mnt/a/MTR")));
-    EXPECT_EQ(a, GetVolumeName(at(QStringLiteral("mnt/ab/MTR/not yet"))));
-    EXPECT_LE(a.size(), 32);
-    EXPECT_FALSE(MountPointOf(at(QStringLiteral("mnt/a"))).isEmpty());
-    EXPECT_EQ(GetVolumeName(QString()), QString());
-}
-
 }  // namespace
