@@ -148,11 +148,9 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     ASSERT_TRUE(server.createDatabase(QStringLiteral("tarlox")));
     TestSite site(Engine::Sqlite);
     site.writeSettings();
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("127.0.0.1:%1").arg(server.port()));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("postgres"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("secret"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("3"));
+    for (const auto& [key, value] : {std::pair{"DatabaseType", QStringLiteral("SQL")}, {"Server", QStringLiteral("127.0.0.1:%1").arg(server.port())},
+                                     {"UserID", QStringLiteral("postgres")}, {"Password", QStringLiteral("secret")}, {"ConnectionTimeout", QStringLiteral("3")}})
+        WriteIniValue(site.serverIni(), QStringLiteral("Data"), QLatin1String(key), value);
     // The tables exist already; then the server goes down.
     GetServerInfo(site.session());
     ASSERT_TRUE(RevUp(site.session()));
