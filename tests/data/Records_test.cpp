@@ -17,11 +17,21 @@ class RecordsTest : public SiteTest {};
 
 }  // namespace
 
-TEST_P(RecordsTest, ReadOptionsStatuses)
+TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
 {
     ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(s().options.status, 0);
     EXPECT_EQ(s().options.version, s().programVersion);
+    // A blank company name is stored as one space.
+    s().options.companyName = QString();
+    s().options.nextName = 1234;
+    s().options.clientOptions = 5;
+    ASSERT_TRUE(UpdateOptions(s()));
+    s().options = {};
+    ASSERT_TRUE(ReadOptions(s()));
+    EXPECT_EQ(s().options.companyName, QStringLiteral(" "));
+    EXPECT_EQ(s().options.nextName, 1234);
+    EXPECT_EQ(s().options.clientOptions, 5);
 
     // An empty table: false, status 1, the defaults, NextName from the server file.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Options\"")));
@@ -43,19 +53,6 @@ TEST_P(RecordsTest, ReadOptionsStatuses)
     EXPECT_FALSE(ReadOptions(s()));
     EXPECT_TRUE(s().options.status != 0 && s().options.status != 1 && s().options.status != 999);
     EXPECT_FALSE(s().options.statusText.isEmpty());
-}
-
-TEST_P(RecordsTest, UpdateOptionsStoresBlankCompanyAndRoundTrips)
-{
-    s().options.companyName = QString();
-    s().options.nextName = 1234;
-    s().options.clientOptions = 5;
-    ASSERT_TRUE(UpdateOptions(s()));
-    s().options = {};
-    ASSERT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(s().options.companyName, QStringLiteral(" "));
-    EXPECT_EQ(s().options.nextName, 1234);
-    EXPECT_EQ(s().options.clientOptions, 5);
 }
 
 TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
@@ -134,19 +131,6 @@ TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessAScopeKeepsItOpen)
     }
     EXPECT_FALSE(s().db().isOpen());
     EXPECT_EQ(s().db().opensSoFar(), before + 3);
-}
-
-TEST_P(RecordsTest, TransactionsAreAllOrNothing)
-{
-    DataOp op(s(), QStringLiteral("test"));
-    const QString insert = QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\", \"First Name\", \"Company Name\") VALUES (?, ?, ?)");
-    const bool committed = op.transaction([&] {
-        return op.exec(insert, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}).has_value()
-            && op.exec(insert, {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}, DataOp::OnError::Quiet).has_value();
-    });
-    EXPECT_FALSE(committed);
-    EXPECT_TRUE(op.failure().duplicateKey);
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Contacts\"")), 0);
 }
 
 TARLOX_ON_BOTH_ENGINES(RecordsTest);

@@ -31,15 +31,3 @@ TEST(FileTools, FileExistsWithWildCardsDirectoriesAndNames)
     KillFile(dir.filePath(QStringLiteral("never there")));
     EXPECT_FALSE(FileExists(dir.filePath(QStringLiteral("OR000001.TIF"))));
 }
-
-TEST(FileTools, PathsJoinWithOneSeparator)
-{
-    EXPECT_EQ(JoinPath(QStringLiteral("/srv/mtr"), QStringLiteral("TR000001.TIF")), QStringLiteral("/srv/mtr/TR000001.TIF"));
-    EXPECT_EQ(JoinPath(QStringLiteral("/srv/mtr/"), QStringLiteral("TR000001.TIF")), QStringLiteral("/srv/mtr/TR000001.TIF"));
-    EXPECT_EQ(WithTrailingSeparator(QStringLiteral("/a")), QStringLiteral("/a/"));
-    EXPECT_EQ(WithTrailingSeparator(QStringLiteral("/a/")), QStringLiteral("/a/"));
-    const QString name = RetrieveComputerName();
-    EXPECT_FALSE(name.isEmpty());
-    EXPECT_LE(name.size(), 32);
-    EXPECT_EQ(name, RetrieveComputerName());
-}

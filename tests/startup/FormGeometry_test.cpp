@@ -47,12 +47,14 @@ TEST(LayoutTag, MinimumSizeOfTheFormsTag)
 
 class FormGeometryFile : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(dir.isValid());
-        session.localIni = dir.filePath(QStringLiteral("TARLOX.INI"));
-    }
+    void SetUp() override { session.localIni = dir.filePath(QStringLiteral("TARLOX.INI")); }
     QString read(const QString& section, const QString& key) { return ReadIniValue(session.localIni, section, key).value; }
+    using Fields = std::tuple<std::optional<FormState>, std::optional<double>, std::optional<double>, std::optional<double>, std::optional<double>>;
+    Fields readBack(const QString& section, const QString& form)
+    {
+        const FormGeometry g = ReadFormGeometry(session, section, form);
+        return {g.state, g.height, g.width, g.top, g.left};
+    }
 
     QTemporaryDir dir;
     ScriptedPrompter prompter;
@@ -62,43 +64,26 @@ protected:
 TEST_F(FormGeometryFile, NormalPlaceRoundTripsUnderFormWithTheNamedKeys)
 {
     SaveFormGeometry(session, QString(), QStringLiteral("frmFind"), FormState::Normal, QRect(150, 300, 9615, 5940));
-    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindState")), QStringLiteral("0"));
-    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindHeight")), QStringLiteral("5940"));
-    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindWidth")), QStringLiteral("9615"));
-    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindTop")), QStringLiteral("300"));
-    EXPECT_EQ(read(QStringLiteral("Form"), QStringLiteral("frmFindLeft")), QStringLiteral("150"));
-
-    const FormGeometry g = ReadFormGeometry(session, QString(), QStringLiteral("frmFind"));
-    EXPECT_EQ(g.state, FormState::Normal);
-    EXPECT_EQ(g.height, 5940);
-    EXPECT_EQ(g.width, 9615);
-    EXPECT_EQ(g.top, 300);
-    EXPECT_EQ(g.left, 150);
+    const QStringList keys{QStringLiteral("State"), QStringLiteral("Height"), QStringLiteral("Width"), QStringLiteral("Top"), QStringLiteral("Left")};
+    QStringList values;
+    for (const QString& key : keys)
+        values << read(QStringLiteral("Form"), QStringLiteral("frmFind") + key);
+    EXPECT_EQ(values, (QStringList{QStringLiteral("0"), QStringLiteral("5940"), QStringLiteral("9615"), QStringLiteral("300"), QStringLiteral("150")}));
+    EXPECT_EQ(readBack(QString(), QStringLiteral("frmFind")), (Fields{FormState::Normal, 5940, 9615, 300, 150}));
 }
 
-TEST_F(FormGeometryFile, MaximizedKeepsTheLastNormalPlaceAndReadsNoMeasures)
+// Maximized keeps the last normal place and reads no measures; never saved
+// or blank keys leave the designed place.
+TEST_F(FormGeometryFile, MaximizedNeverSavedAndBlankKeysReadNoMeasures)
 {
     SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Normal, QRect(0, 0, 6000, 4000));
     SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Maximized, QRect(0, 0, 20000, 15000));
     EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchState")), QStringLiteral("2"));
     EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchWidth")), QStringLiteral("6000"));
+    EXPECT_EQ(readBack(QStringLiteral("Batch"), QStringLiteral("frmBatch")), (Fields{FormState::Maximized, {}, {}, {}, {}}));
 
-    const FormGeometry g = ReadFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"));
-    EXPECT_EQ(g.state, FormState::Maximized);
-    EXPECT_FALSE(g.width.has_value());
-    EXPECT_FALSE(g.height.has_value());
-}
-
-TEST_F(FormGeometryFile, NeverSavedOrPartlyBlankKeysLeaveTheDesignedPlace)
-{
-    FormGeometry g = ReadFormGeometry(session, QString(), QStringLiteral("frmScan"));
-    EXPECT_FALSE(g.state.has_value());
-    EXPECT_FALSE(g.height || g.width || g.top || g.left);
-
+    EXPECT_EQ(readBack(QString(), QStringLiteral("frmScan")), Fields{});
     WriteIniValue(session.localIni, QStringLiteral("Form"), QStringLiteral("frmScanWidth"), QStringLiteral(" 7200 "));
     WriteIniValue(session.localIni, QStringLiteral("Form"), QStringLiteral("frmScanHeight"), QStringLiteral("   "));
-    g = ReadFormGeometry(session, QString(), QStringLiteral("frmScan"));
-    EXPECT_FALSE(g.state.has_value());
-    EXPECT_EQ(g.width, 7200);
-    EXPECT_FALSE(g.height.has_value());
+    EXPECT_EQ(readBack(QString(), QStringLiteral("frmScan")), (Fields{{}, {}, 7200, {}, {}}));
 }

@@ -23,12 +23,12 @@ using namespace tarlox::test;
 
 namespace {
 
-QByteArray contentOf(const QString& path)
-{
-    QFile f(path);
-    f.open(QIODevice::ReadOnly);
-    return f.readAll();
-}
+// An installation with its settings and database, not yet started.
+class StartupTest : public ::testing::Test {
+protected:
+    void SetUp() override { site.create(); }
+    TestSite site;
+};
 
 // A machine that has never run Tarlox: an empty program directory.
 class FirstStartTest : public ::testing::Test {
@@ -86,20 +86,15 @@ TEST_F(FirstStartTest, ProgramDirectoryFromEnvironmentGetsOneSeparator)
     EXPECT_TRUE(DefaultProgramDirectory().endsWith(QLatin1String("/tarlox/")));
 }
 
-TEST(Startup, MissingServerFileAsksRetryUntilItAppears)
+TEST_F(StartupTest, MissingServerFileAsksRetryUntilItAppears)
 {
-    TestSite site;
-    site.create();
     const QString server = site.serverIni();
-    const QByteArray saved = contentOf(server);
+    const QByteArray saved = FileBytes(server);
     QFile::remove(server);
     int asks = 0;
     site.prompter().onAsk([&](const Prompt& p) {
-        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2) {
-            QFile f(server);
-            f.open(QIODevice::WriteOnly);
-            f.write(saved);
-        }
+        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2)
+            WriteFile(server, saved);
     });
     site.prompter().answer(Answer::Retry);
     site.prompter().answer(Answer::Retry);
@@ -112,10 +107,8 @@ TEST(Startup, MissingServerFileAsksRetryUntilItAppears)
     EXPECT_FALSE(StartSession(site.session()).ok());
 }
 
-TEST(Startup, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
+TEST_F(StartupTest, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
 {
-    TestSite site;
-    site.create();
     WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Oracle"));
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("MTR/")));
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True"));
@@ -127,35 +120,25 @@ TEST(Startup, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
     EXPECT_EQ(site.session().dataDir, site.path(QStringLiteral("MTR/2026")));
 }
 
-TEST(Startup, ANonDatabaseFileGivesClearMessagesAndStaysAsItWas)
+// A file that is no database, or none at all: the failed connection is
+// reported, nothing is created, and the file stays as it was.
+TEST_F(StartupTest, BadDatabaseFileGivesClearMessagesAndStaysAsItWas)
 {
-    TestSite site;
-    site.create();
-    const QString bogus = site.path(QStringLiteral("notes.txt"));
-    {
-        QFile f(bogus);
-        f.open(QIODevice::WriteOnly);
-        f.write("these are not the tables you are looking for\n");
+    for (const char* name : {"notes.txt", "gone/Tarlox.db"}) {
+        SCOPED_TRACE(name);
+        const QString file = site.path(QLatin1String(name));
+        const QByteArray content = QFile::exists(QFileInfo(file).path()) ? "these are not the tables you are looking for\n" : "";
+        ASSERT_TRUE(content.isEmpty() || WriteFile(file, content));
+        WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), file);
+        site.prompter().clear();
+        site.prompter().answer(Answer::Ok);      // the error report
+        site.prompter().answer(Answer::Cancel);  // the Options box
+        EXPECT_FALSE(StartSession(site.session()).ok());
+        EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("Driver=SQLite;Data Source=") + file));
+        EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")));
+        EXPECT_EQ(FileBytes(file), content);
+        EXPECT_EQ(QFileInfo::exists(file), !content.isEmpty());
     }
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), bogus);
-    site.prompter().answer(Answer::Ok);      // the error report
-    site.prompter().answer(Answer::Cancel);  // the Options box
-    EXPECT_FALSE(StartSession(site.session()).ok());
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("Driver=SQLite;Data Source=") + bogus));
-    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")));
-    EXPECT_EQ(contentOf(bogus), QByteArray("these are not the tables you are looking for\n"));
-}
-
-TEST(Startup, MissingDatabaseFileIsNotCreatedBehindTheUsersBack)
-{
-    TestSite site;
-    site.create();
-    const QString missing = site.path(QStringLiteral("gone/Tarlox.db"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), missing);
-    site.prompter().answer(Answer::Ok);
-    site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(StartSession(site.session()).ok());
-    EXPECT_FALSE(QFileInfo::exists(missing));
 }
 
 TEST(Startup, ServerDownThenBackRetryReconnects)
@@ -165,11 +148,9 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     ASSERT_TRUE(server.createDatabase(QStringLiteral("tarlox")));
     TestSite site(Engine::Sqlite);
     site.writeSettings();
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("127.0.0.1:%1").arg(server.port()));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("postgres"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("secret"));
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("3"));
+    for (const auto& [key, value] : {std::pair{"DatabaseType", QStringLiteral("SQL")}, {"Server", QStringLiteral("127.0.0.1:%1").arg(server.port())},
+                                     {"UserID", QStringLiteral("postgres")}, {"Password", QStringLiteral("secret")}, {"ConnectionTimeout", QStringLiteral("3")}})
+        WriteIniValue(site.serverIni(), QStringLiteral("Data"), QLatin1String(key), value);
     // The tables exist already; then the server goes down.
     GetServerInfo(site.session());
     ASSERT_TRUE(RevUp(site.session()));
@@ -210,15 +191,13 @@ TEST(Startup, TraceSwitchForms)
     }
 }
 
-TEST(Startup, TraceWritesMainAndEachProcedure)
+TEST_F(StartupTest, TraceWritesMainAndEachProcedure)
 {
-    TestSite site;
-    site.create();
     const QString log = site.path(QStringLiteral("trace.log"));
     StartTrace(site.session(), ParseTraceSwitch({QStringLiteral("/d=") + log}));
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Tarlox")), QStringLiteral("Now adding debug messages to ") + log);
     ASSERT_TRUE(StartSession(site.session()).ok());
-    const QStringList lines = QString::fromUtf8(contentOf(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList lines = QString::fromUtf8(FileBytes(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_FALSE(lines.isEmpty());
     EXPECT_EQ(lines.first(), QStringLiteral("Main"));
     EXPECT_TRUE(lines.contains(QLatin1String("ReadUser")));

@@ -4,15 +4,6 @@
 
 using namespace tarlox;
 
-TEST(TextTools, GetTagReadsPairsAndLastPairNeedsNoComma)
-{
-    EXPECT_EQ(GetTag(QStringLiteral("FromWidth=330,FromHeight=1980"), QStringLiteral("FromHeight")), QStringLiteral("1980"));
-    EXPECT_EQ(GetTag(QStringLiteral("Section=Email,Item=Authentication,Value=POP"), QStringLiteral("Value")), QStringLiteral("POP"));
-    EXPECT_EQ(GetTag(QStringLiteral("Section=Info"), QStringLiteral("Item")), QString());
-    // A key that is the tail of another matches it: tags avoid such keys.
-    EXPECT_EQ(GetTag(QStringLiteral("FromWidth=330"), QStringLiteral("Width")), QStringLiteral("330"));
-}
-
 TEST(TextTools, PutArgRewritesQuotesAndSemicolonsAndGetArgReadsBack)
 {
     QString args;

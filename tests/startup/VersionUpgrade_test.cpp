@@ -79,61 +79,56 @@ struct VersionSite {
 
 class NewerProgram : public ::testing::TestWithParam<Engine> {};
 
+// A newer program upgrades the data once (a short version text counts as the
+// first version); the next workstation of that version asks and writes nothing.
 TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
 {
-    VersionSite v(GetParam());
-    v.setDataVersion(QStringLiteral("6.50.0001"));
-    ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
-    EXPECT_TRUE(v.site.prompter().asked().isEmpty()) << v.site.prompter().titles().join(QLatin1Char(',')).toStdString();
-    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
-    EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("7.00.0006"));
+    for (const char* dataVersion : {"6.50.0001", "1.0"}) {
+        SCOPED_TRACE(dataVersion);
+        VersionSite v(GetParam());
+        v.setDataVersion(QLatin1String(dataVersion));
+        ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
+        EXPECT_TRUE(v.site.prompter().asked().isEmpty()) << v.site.prompter().titles().join(QLatin1Char(',')).toStdString();
+        EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
+        EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("7.00.0006"));
 
-    // The next workstation of that version: versions agree, nothing is asked or written.
-    WriteIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version"), QStringLiteral("untouched"));
-    ScriptedPrompter next;
-    Session second(next);
-    second.programDir = v.site.dir() + QLatin1Char('/');
-    second.localIni = v.site.localIni();
-    second.programVersion = QStringLiteral("7.00.0006");
-    ASSERT_TRUE(StartSession(second).ok());
-    EXPECT_TRUE(next.asked().isEmpty());
-    EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("untouched"));
-}
-
-TEST_P(NewerProgram, ShortVersionTextCountsAsTheFirstVersion)
-{
-    VersionSite v(GetParam());
-    v.setDataVersion(QStringLiteral("1.0"));
-    ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
-    EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
-    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
+        WriteIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version"), QStringLiteral("untouched"));
+        ScriptedPrompter next;
+        Session second(next);
+        second.programDir = v.site.dir() + QLatin1Char('/');
+        second.localIni = v.site.localIni();
+        second.programVersion = QStringLiteral("7.00.0006");
+        ASSERT_TRUE(StartSession(second).ok());
+        EXPECT_TRUE(next.asked().isEmpty());
+        EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("untouched"));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, NewerProgram, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
 
-TEST(OlderProgram, RevisionOnlyDifferenceNamesTheGenericUpgradeProgram)
+// An older program without an upgrade program is told the one to run (one
+// for the data's version, or the generic one when only the revision
+// differs), works on, and leaves the data's version alone.
+TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
 {
-    VersionSite v;
-    v.setDataVersion(QStringLiteral("7.00.0006"));
-    ASSERT_TRUE(v.start(QStringLiteral("7.00.0004")));
-    auto& p = v.site.prompter();
-    ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
-    EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")),
-              texts::NoUpgradeProgram.arg(QStringLiteral("7.00.0004"), QStringLiteral("7.00.0006"),
-                                          QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QStringLiteral("/TLXUpgrade.exe")));
-    EXPECT_EQ(p.asked().first().buttons, Buttons::Ok);
-    // The older program works on and leaves the data's version alone.
-    EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
-}
-
-TEST(OlderProgram, ShortVersionTextIsReadAsTheFirstVersion)
-{
-    VersionSite v;
-    v.setDataVersion(QStringLiteral("1.0"));
-    ASSERT_TRUE(v.start(QStringLiteral("0.90.0001")));
-    const QString text = v.site.prompter().textOf(QStringLiteral("Bad Version"));
-    EXPECT_TRUE(text.contains(QStringLiteral("is different than the server (1.00.0000)!"))) << text.toStdString();
-    EXPECT_TRUE(text.endsWith(QStringLiteral("/TLUg1.00.exe'"))) << text.toStdString();
+    const struct {
+        const char *dataVersion, *programVersion, *shownVersion, *upgradeProgram;
+    } rows[] = {
+        {"7.00.0006", "7.00.0004", "7.00.0006", "TLXUpgrade.exe"},
+        {"1.0", "0.90.0001", "1.00.0000", "TLUg1.00.exe"},  // a short version text is the first version
+    };
+    for (const auto& row : rows) {
+        VersionSite v;
+        v.setDataVersion(QLatin1String(row.dataVersion));
+        ASSERT_TRUE(v.start(QLatin1String(row.programVersion)));
+        auto& p = v.site.prompter();
+        ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
+        EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")),
+                  texts::NoUpgradeProgram.arg(QLatin1String(row.programVersion), QLatin1String(row.shownVersion),
+                                              QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QLatin1Char('/') + QLatin1String(row.upgradeProgram)));
+        EXPECT_EQ(p.asked().first().buttons, Buttons::Ok);
+        EXPECT_EQ(v.storedVersion(), QLatin1String(row.dataVersion));
+    }
 }
 
 // The person's answers to "Bad Version" and, where the program can't run,
@@ -177,27 +172,24 @@ TEST(VersionTexts, WithoutRevisionAndUpgradeProgramNames)
     EXPECT_EQ(VersionWithoutRevision(QStringLiteral("1.0")), QString());
 
     QTemporaryDir dir;
+    const auto place = [&](const char* name, bool executable) {
+        QFile file(dir.filePath(QLatin1String(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.setPermissions(file.permissions() | (executable ? QFile::ExeOwner : QFile::Permissions()));
+        return file.fileName();
+    };
     const QString exe = dir.filePath(QStringLiteral("TLXUpgrade.exe"));
     EXPECT_EQ(ExistingUpgradeProgram(exe), QString());
-    // A file without ".exe" counts only when it can be run.
-    QFile bare(dir.filePath(QStringLiteral("TLXUpgrade")));
-    ASSERT_TRUE(bare.open(QIODevice::WriteOnly));
-    bare.close();
+    // A file without ".exe" counts only when it can be run; the name as given wins over it.
+    const QString bare = place("TLXUpgrade", false);
     EXPECT_EQ(ExistingUpgradeProgram(exe), QString());
-    bare.setPermissions(bare.permissions() | QFile::ExeOwner);
-    EXPECT_EQ(ExistingUpgradeProgram(exe), bare.fileName());
-    // The name as given wins over the bare one.
-    QFile named(exe);
-    ASSERT_TRUE(named.open(QIODevice::WriteOnly));
-    named.close();
+    place("TLXUpgrade", true);
+    EXPECT_EQ(ExistingUpgradeProgram(exe), bare);
+    place("TLXUpgrade.exe", false);
     EXPECT_EQ(ExistingUpgradeProgram(exe), exe);
 
     // Names made for systems that ignore case are found in any case.
-    QFile lower(dir.filePath(QStringLiteral("tlug8.00")));
-    ASSERT_TRUE(lower.open(QIODevice::WriteOnly));
-    lower.close();
-    lower.setPermissions(lower.permissions() | QFile::ExeOwner);
-    EXPECT_EQ(ExistingUpgradeProgram(dir.filePath(QStringLiteral("TLUg8.00.exe"))), lower.fileName());
-    QFile::remove(bare.fileName());
+    EXPECT_EQ(ExistingUpgradeProgram(dir.filePath(QStringLiteral("TLUg8.00.exe"))), place("tlug8.00", true));
+    QFile::remove(bare);
     EXPECT_EQ(ExistingUpgradeProgram(dir.filePath(QStringLiteral("tlxupgrade.EXE"))), exe);
 }

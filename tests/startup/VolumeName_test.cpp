@@ -43,8 +43,12 @@ TEST_F(VolumeNameTest, LabelThenUuidOfTheDeviceOfTheLongestMount)
     link(QStringLiteral("disk/by-uuid/0f2c6a5e-1b7d-4c1e-9a53-8d2f1e3b4c5d"), QStringLiteral("/dev/zero"));
     const QString table = line(1, QStringLiteral("/"), QStringLiteral("ext4"), QStringLiteral("/dev/vda"))
         + line(2, at(QStringLiteral("mnt/a")), QStringLiteral("ext4"), QStringLiteral("/dev/null"))
-        + line(3, at(QStringLiteral("mnt/ab")), QStringLiteral("xfs"), QStringLiteral("/dev/zero"));
+        + line(3, at(QStringLiteral("mnt/ab")), QStringLiteral("xfs"), QStringLiteral("/dev/zero"))
+        + line(4, at(QStringLiteral("mnt/with blank")), QStringLiteral("ext4"), QStringLiteral("/dev/null"));
     EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a/MTR")), table, disk()), QStringLiteral("MTR DISK/2"));
+    // Missing paths belong to their nearest parent.
+    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/with blank/MTR/2031/TR000001.TIF")), table, disk()), QStringLiteral("MTR DISK/2"));
+    EXPECT_EQ(MountPointIn(at(QStringLiteral("mnt/with blank/none")), table), at(QStringLiteral("mnt/with blank")));
     EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a")), table, disk()), QStringLiteral("MTR DISK/2"));
     // "/mnt/a" is no prefix of "/mnt/ab"; a 36-character UUID fits the column without its dashes.
     EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/ab/MTR/TR000001.TIF")), table, disk()), QStringLiteral("0f2c6a5e1b7d4c1e9a538d2f1e3b4c5d"));
@@ -52,15 +56,6 @@ TEST_F(VolumeNameTest, LabelThenUuidOfTheDeviceOfTheLongestMount)
     // A device without a name, and no path at all.
     EXPECT_EQ(VolumeNameIn(at(QStringLiteral("disk")), table, disk()), QString());
     EXPECT_EQ(VolumeNameIn(QStringLiteral(" "), table, disk()), QString());
-}
-
-TEST_F(VolumeNameTest, MissingPathsBelongToTheirNearestParent)
-{
-    link(QStringLiteral("disk/by-label/ARCHIVE"), QStringLiteral("/dev/null"));
-    const QString table = line(1, QStringLiteral("/"), QStringLiteral("ext4"), QStringLiteral("/dev/vda"))
-        + line(2, at(QStringLiteral("mnt/with blank")), QStringLiteral("ext4"), QStringLiteral("/dev/null"));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/with blank/MTR/2031/TR000001.TIF")), table, disk()), QStringLiteral("ARCHIVE"));
-    EXPECT_EQ(MountPointIn(at(QStringLiteral("mnt/with blank/none")), table), at(QStringLiteral("mnt/with blank")));
 }
 
 TEST_F(VolumeNameTest, LaterMountsHideEarlierOnesAtTheSamePoint)
@@ -85,15 +80,6 @@ TEST_F(VolumeNameTest, NetworkMountsAreNamedByTheirSource)
     EXPECT_TRUE(fitted.startsWith(longSource.left(23)));
     EXPECT_EQ(fitted, FitVolumeName(longSource)) << "the same name at every reading";
     EXPECT_NE(fitted, FitVolumeName(longSource + QStringLiteral("2")));
-}
-
-TEST_F(VolumeNameTest, TheMachinesOwnMountsGiveStableShortNames)
-{
-    const QString a = GetVolumeName(at(QStringLiteral("mnt/a/MTR")));
-    EXPECT_EQ(a, GetVolumeName(at(QStringLiteral("mnt/ab/MTR/not yet"))));
-    EXPECT_LE(a.size(), 32);
-    EXPECT_FALSE(MountPointOf(at(QStringLiteral("mnt/a"))).isEmpty());
-    EXPECT_EQ(GetVolumeName(QString()), QString());
 }
 
 }  // namespace

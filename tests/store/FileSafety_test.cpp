@@ -84,26 +84,21 @@ TEST_F(FileSafety, FullDiskLeavesTheFileAsItWas)
 
 TEST_F(FileSafety, BadTargetsAndSourcesGiveMessagesAndNoStrayFiles)
 {
-    // No such directory.
-    auto nowhere = WriteTiff(path("missing/TR000005.TIF"), {TextPage(100, 100)});
-    ASSERT_FALSE(nowhere.ok());
-    EXPECT_TRUE(nowhere.error().contains(QStringLiteral("does not exist"))) << nowhere.error().toStdString();
-
-    // Appending to a file that is not a TIFF leaves it alone.
+    // No such directory, no pages, and a file that is not a TIFF, which is left alone.
     ASSERT_TRUE(WriteFile(path("notes.TIF"), "not an image"));
-    auto onText = AppendPage(path("notes.TIF"), TextPage(100, 100));
-    ASSERT_FALSE(onText.ok());
-    EXPECT_TRUE(onText.error().contains(QStringLiteral("notes.TIF"))) << onText.error().toStdString();
+    for (const auto& [status, says] : {std::pair{WriteTiff(path("missing/TR000005.TIF"), {TextPage(100, 100)}), "does not exist"},
+                                       {WriteTiff(path("TR000007.TIF"), {}), "No pages"},
+                                       {AppendPage(path("notes.TIF"), TextPage(100, 100)), "notes.TIF"}}) {
+        ASSERT_FALSE(status.ok()) << says;
+        EXPECT_TRUE(status.error().contains(QLatin1String(says))) << status.error().toStdString();
+    }
     EXPECT_EQ(FileBytes(path("notes.TIF")), QByteArray("not an image"));
     QFile::remove(path("notes.TIF"));
 
-    // Empty pages, a page that doesn't exist in the source, no pages at all.
+    // Empty pages, and a page that doesn't exist in the source.
     EXPECT_FALSE(AppendPage(path("TR000001.TIF"), QImage()).ok());
     EXPECT_FALSE(CopyPage(path("TR000001.TIF"), 5, path("TR000006.TIF")).ok());
     EXPECT_FALSE(CopyPage(path("nothing.TIF"), 0, path("TR000006.TIF")).ok());
-    auto none = WriteTiff(path("TR000007.TIF"), {});
-    ASSERT_FALSE(none.ok());
-    EXPECT_TRUE(none.error().contains(QStringLiteral("No pages"))) << none.error().toStdString();
 
     // A writer given up part way through keeps the pages before it out of sight too.
     {

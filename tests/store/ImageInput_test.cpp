@@ -2,6 +2,7 @@
 #include "store/PageProcessing.h"
 #include "store/TiffWriter.h"
 #include "TestPages.h"
+#include "support/TestSite.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -16,12 +17,7 @@ namespace {
 class ImageInputs : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return dir.filePath(name); }
-    void write(const QString& name, const QByteArray& bytes) const
-    {
-        QFile out(path(name));
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(bytes);
-    }
+    void write(const QString& name, const QByteArray& bytes) const { ASSERT_TRUE(WriteFile(path(name), bytes)); }
 
     QTemporaryDir dir;
 };
@@ -138,10 +134,12 @@ TEST_F(ImageInputs, UnreadableEmptyAndAbsurdFilesGiveClearMessages)
     QImage small(50, 40, QImage::Format_RGB32);
     small.fill(Qt::gray);
     ASSERT_TRUE(small.save(path("whole.png")));
-    QFile whole(path("whole.png"));
-    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
-    write(QStringLiteral("cut.png"), whole.readAll().left(60));
+    write(QStringLiteral("cut.png"), FileBytes(path("whole.png")).left(60));
     write(QStringLiteral("huge.ppm"), "P6\n20000 20000\n255\n");
+    // A PDF page of 100 x 100 inches at 200 dpi is refused before rendering.
+    QByteArray poster = LetterPdf({QRectF(0, 0, 10, 10)});
+    poster.replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]");
+    write(QStringLiteral("poster.pdf"), poster);
 
     struct Case {
         const char* name;
@@ -157,37 +155,20 @@ TEST_F(ImageInputs, UnreadableEmptyAndAbsurdFilesGiveClearMessages)
     }
 
     // These open, but their page can't be had.
-    auto cut = ImageInput::open(path("cut.png"));
-    ASSERT_TRUE(cut.ok());
-    auto cutPage = cut->page(0);
-    ASSERT_FALSE(cutPage.ok());
-    EXPECT_TRUE(cutPage.error().contains(QStringLiteral("cut.png"))) << cutPage.error().toStdString();
-
-    auto huge = ImageInput::open(path("huge.ppm"));
-    ASSERT_TRUE(huge.ok());
-    auto hugePage = huge->page(0);
-    ASSERT_FALSE(hugePage.ok());
-    EXPECT_TRUE(hugePage.error().contains(QStringLiteral("too large"))) << hugePage.error().toStdString();
-
-    // A PDF page of 100 x 100 inches at 200 dpi is refused before rendering.
-    QByteArray poster = LetterPdf({QRectF(0, 0, 10, 10)});
-    poster.replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]");
-    write(QStringLiteral("poster.pdf"), poster);
-    auto posterInput = ImageInput::open(path("poster.pdf"));
-    ASSERT_TRUE(posterInput.ok()) << posterInput.error().toStdString();
-    auto posterPage = posterInput->page(0);
-    ASSERT_FALSE(posterPage.ok());
-    EXPECT_TRUE(posterPage.error().contains(QStringLiteral("too large"))) << posterPage.error().toStdString();
+    for (const Case& c : {Case{"cut.png", "cut.png"}, Case{"huge.ppm", "too large"}, Case{"poster.pdf", "too large"}}) {
+        auto input = ImageInput::open(path(QString::fromLatin1(c.name)));
+        ASSERT_TRUE(input.ok()) << c.name << input.error().toStdString();
+        auto page = input->page(0);
+        ASSERT_FALSE(page.ok()) << c.name;
+        EXPECT_TRUE(page.error().contains(QString::fromLatin1(c.says))) << page.error().toStdString();
+    }
 
     // 1 x 1 is small, not wrong.
     QImage dot(1, 1, QImage::Format_RGB32);
     dot.fill(Qt::black);
     ASSERT_TRUE(dot.save(path("dot.png")));
-    auto dotInput = ImageInput::open(path("dot.png"));
-    ASSERT_TRUE(dotInput.ok());
-    auto dotPage = dotInput->page(0);
+    auto dotPage = ImageInput::open(path("dot.png"))->page(0);
     ASSERT_TRUE(dotPage.ok());
     auto dotMono = ReduceToBlackAndWhite(*dotPage);
-    ASSERT_TRUE(dotMono.ok());
-    ASSERT_TRUE(WriteTiff(path("dot.tif"), {*dotMono}).ok());
+    ASSERT_TRUE(dotMono.ok() && WriteTiff(path("dot.tif"), {*dotMono}).ok());
 }

@@ -21,18 +21,6 @@ namespace {
 
 const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 class ImageStoreTest : public SiteTest {
 protected:
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
@@ -60,16 +48,16 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
         s().tempFilePath = image.tempFilePath;
     };
     usePathsOf(5);
-    ASSERT_TRUE(write(s().tempFilePath, "scanned pages"));
-    ASSERT_TRUE(write(s().imageFilePath, "older file"));
+    ASSERT_TRUE(WriteFile(s().tempFilePath, "scanned pages"));
+    ASSERT_TRUE(WriteFile(s().imageFilePath, "older file"));
     ASSERT_TRUE(FromTemp(s()));
-    EXPECT_EQ(readAll(s().imageFilePath), QByteArray("scanned pages"));
+    EXPECT_EQ(FileBytes(s().imageFilePath), QByteArray("scanned pages"));
     EXPECT_TRUE(QFile::exists(s().tempFilePath)) << "the work file stays";
 
     // Nothing to copy: reported, and the file on disk is kept.
     QFile::remove(s().tempFilePath);
     EXPECT_FALSE(FromTemp(s()));
-    EXPECT_EQ(readAll(s().imageFilePath), QByteArray("scanned pages"));
+    EXPECT_EQ(FileBytes(s().imageFilePath), QByteArray("scanned pages"));
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("Procedure: FromTemp")));
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000005.TIF")});
@@ -84,7 +72,7 @@ TEST_P(ImageStoreTest, DeleteFileRemovesCopyAndOriginalWhereTheRowSays)
 {
     imageRow(9, data(), QStringLiteral(" "));
     for (const char* name : {"TR000009.TIF", "OR000009.TIF", "TR000010.TIF"})
-        ASSERT_TRUE(write(data(QLatin1String(name)), "x"));
+        ASSERT_TRUE(WriteFile(data(QLatin1String(name)), "x"));
     DeleteFile(s(), 9);
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000010.TIF")});
     // No row: nothing happens, nothing is asked.
@@ -97,7 +85,7 @@ TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
 {
     s().drvMap = QStringLiteral("F=C;/srv/tarlox=") + site.dir();
     imageRow(12, QStringLiteral("/srv/tarlox/DATA"), QStringLiteral(" "));
-    ASSERT_TRUE(write(data(QStringLiteral("TR000012.TIF")), "x"));
+    ASSERT_TRUE(WriteFile(data(QStringLiteral("TR000012.TIF")), "x"));
     ASSERT_TRUE(GetImage(s(), 12));
     EXPECT_EQ(s().imageFilePath, data(QStringLiteral("TR000012.TIF")));
     EXPECT_EQ(local("Last Image"), QStringLiteral("TR000012.TIF"));
@@ -109,16 +97,16 @@ TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
     EXPECT_EQ(prompter().asked().first().text, texts::ImageNotInDatabase);
 }
 
-TEST_P(ImageStoreTest, MissingFileOnTheRightVolumeIsGone)
+// A missing file on the right volume is gone; on another volume the
+// person is asked to put in the right one.
+TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
 {
     imageRow(14, data(), s().dataVolume);
     EXPECT_FALSE(GetImage(s(), 14));
     EXPECT_EQ(prompter().titles(), QStringList{QStringLiteral("Error")});
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageFileGone);
-}
 
-TEST_P(ImageStoreTest, MissingFileOnAnotherVolumeAsksForTheRightOne)
-{
+    prompter().clear();
     imageRow(15, data(), QStringLiteral("MTR ARCHIVE 3"));
     prompter().answer(Answer::Retry);
     prompter().answer(Answer::Cancel);
@@ -130,7 +118,7 @@ TEST_P(ImageStoreTest, MissingFileOnAnotherVolumeAsksForTheRightOne)
 
     // Retry after the operator has put the volume in finds the file.
     prompter().clear();
-    prompter().onAsk([&](const Prompt&) { write(data(QStringLiteral("TR000015.TIF")), "restored"); });
+    prompter().onAsk([&](const Prompt&) { WriteFile(data(QStringLiteral("TR000015.TIF")), "restored"); });
     prompter().answer(Answer::Retry);
     EXPECT_TRUE(GetImage(s(), 15));
     EXPECT_EQ(prompter().asked().size(), 1);
@@ -143,12 +131,12 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     QString writtenTo;
     const qint32 number = SaveMTR(s(), 300, [&](const QString& path) {
         writtenTo = path;
-        return write(path, "page one, page two");
+        return WriteFile(path, "page one, page two");
     }).imageNumber;
     ASSERT_EQ(number, 1);
     EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
     EXPECT_FALSE(QFile::exists(writtenTo));
-    EXPECT_EQ(readAll(data(QStringLiteral("TR000001.TIF"))), QByteArray("page one, page two"));
+    EXPECT_EQ(FileBytes(data(QStringLiteral("TR000001.TIF"))), QByteArray("page one, page two"));
     ASSERT_TRUE(ReadImage(s(), 1));
     EXPECT_EQ(s().image.path, s().dataDir);
     EXPECT_EQ(s().image.size, QStringLiteral("G"));
@@ -162,11 +150,11 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     entry(QStringLiteral("H3"), QStringLiteral("P3"));
     ASSERT_EQ(SaveMTR(s(), 200, [&](const QString& path) {
                   writtenTo = path;
-                  return write(path, "third");
+                  return WriteFile(path, "third");
               }).imageNumber,
               2);
     EXPECT_FALSE(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")));
-    EXPECT_EQ(readAll(data(QStringLiteral("TR000002.TIF"))), QByteArray("third"));
+    EXPECT_EQ(FileBytes(data(QStringLiteral("TR000002.TIF"))), QByteArray("third"));
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
 }
 
@@ -175,7 +163,7 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
     s().currentImage = 77;
     // Half a file and then a failure: the report's name never sees it.
-    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "half") && false; }).imageNumber, 0);
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "half") && false; }).imageNumber, 0);
     EXPECT_EQ(s().currentImage, 0);
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_EQ(prompter().asked().first().text, texts::ImageNotCreated);
@@ -203,7 +191,7 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
     ASSERT_TRUE(AddInfo(s(), false));
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
     prompter().answer(Answer::Ok);  // add anyway
-    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return write(path, "pages"); }).imageNumber, 0);
+    EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "pages"); }).imageNumber, 0);
     EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
     EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
@@ -212,21 +200,6 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
     const auto next = GetNextImage(s());
     ASSERT_TRUE(next);
     EXPECT_EQ(next->number, 2) << "the counter moves on";
-}
-
-TEST_P(ImageStoreTest, DataDirectoryWithTheYearIsMadeAtStart)
-{
-    ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True")).ok);
-    ScriptedPrompter otherPrompter;
-    auto other = site.openAnother(otherPrompter);
-    const QString year = QString::number(other->now().date().year());
-    // The year is appended as it stands: a key without a trailing separator gives "DATA2026".
-    EXPECT_EQ(other->dataDir, site.path(QStringLiteral("DATA")) + year);
-    EXPECT_TRUE(QFileInfo(other->dataDir).isDir());
-    const auto next = GetNextImage(*other);
-    ASSERT_TRUE(next);
-    EXPECT_EQ(next->filePath, site.path(QStringLiteral("DATA")) + year + QStringLiteral("/TR000001.TIF"));
-    EXPECT_TRUE(otherPrompter.asked().isEmpty());
 }
 
 TARLOX_ON_BOTH_ENGINES(ImageStoreTest);

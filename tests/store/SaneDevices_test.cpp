@@ -1,55 +1,18 @@
 #include "store/SaneDevices.h"
+#include "support/SaneTestBackend.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <QThread>
 #include <QTimer>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 using namespace tarlox;
-
-namespace {
-
-// SANE reads where its configuration is once per process.
-QTemporaryDir& saneDir()
-{
-    static QTemporaryDir dir;
-    static const bool set = qputenv("SANE_CONFIG_DIR", QFile::encodeName(dir.path()));
-    Q_UNUSED(set);
-    return dir;
-}
-
-void useBackend(const char* backend)
-{
-    QFile dll(saneDir().filePath(QStringLiteral("dll.conf")));
-    ASSERT_TRUE(dll.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    dll.write(backend);
-    dll.write("\n");
-    QFile test(saneDir().filePath(QStringLiteral("test.conf")));
-    ASSERT_TRUE(test.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    test.write("number_of_devices 2\n");
-}
-
-}  // namespace
-
-TEST(SaneDevices, ListsWhatTheBackendsFind)
-{
-    useBackend("test");
-    const QList<SaneDeviceEntry> devices = ListSaneDevices();
-    ASSERT_EQ(devices.size(), 2);
-    EXPECT_EQ(devices.first().name, QStringLiteral("test:0"));
-    EXPECT_FALSE(devices.first().vendor.isEmpty());
-    EXPECT_EQ(devices.first().entry(), devices.first().name + QStringLiteral(" (") + devices.first().description() + QLatin1Char(')'));
-    // Asked again, the backends answer again.
-    EXPECT_EQ(ListSaneDevices().size(), 2);
-}
+using namespace tarlox::test;
 
 TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
 {
-    useBackend("test");
+    UseSaneTestBackend(2);
     QCoreApplication* app = QCoreApplication::instance();
     ASSERT_NE(app, nullptr);
 
@@ -71,7 +34,9 @@ TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
     QTimer::singleShot(30000, app, &QCoreApplication::quit);
     QCoreApplication::exec();
     ASSERT_TRUE(done);
-    EXPECT_EQ(answer.size(), 2);
+    ASSERT_EQ(answer.size(), 2);
+    EXPECT_EQ(answer.first().name, QStringLiteral("test:0"));
+    EXPECT_EQ(answer.first().entry(), answer.first().name + QStringLiteral(" (") + answer.first().description() + QLatin1Char(')'));
     EXPECT_EQ(thread, QThread::currentThreadId());
     // The first probe, whose context went first, has had time to finish: it said nothing.
     QThread::msleep(200);

@@ -11,14 +11,7 @@ namespace {
 
 SaneFrameFormat format(SaneFrameFormat::Kind kind, int depth, int pixels, int bytesPerLine, int lines, bool last = true)
 {
-    SaneFrameFormat f;
-    f.kind = kind;
-    f.depth = depth;
-    f.pixelsPerLine = pixels;
-    f.bytesPerLine = bytesPerLine;
-    f.lines = lines;
-    f.lastFrame = last;
-    return f;
+    return SaneFrameFormat{kind, last, bytesPerLine, pixels, lines, depth};
 }
 
 IoResult<QImage> build(const SaneFrameFormat& f, const QByteArray& bytes, int chunk = 3)

@@ -82,40 +82,19 @@ TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
         EXPECT_EQ(FeederSource(row.sources), row.feeder) << row.sources.join(QLatin1Char('|')).toStdString();
 }
 
-// The settings as the test backend takes them: the frame in millimetres,
-// grey at one bit for two colours, the feeder as source.
-TEST(ScanCapabilities, AppliedToTheTestBackend)
+// Values are brought into the option's range before they are set (the
+// settings applied in a scan are tested through ScannerSession's pages).
+TEST(ScanCapabilities, ValuesAreSetWithinTheDevicesRange)
 {
     UseSaneTestBackend();
-    auto device = SaneDevice::open(QStringLiteral("Noname frontend-tester"));
+    auto device = SaneDevice::open(QStringLiteral("test:0"));
     ASSERT_TRUE(device.ok()) << device.error().toStdString();
     SaneDevice& d = **device;
-    EXPECT_EQ(d.name(), QStringLiteral("test:0"));
-
-    Dpi actual;
-    ASSERT_TRUE(ApplyResolution(d, 300, &actual).ok());
-    EXPECT_EQ(actual, (Dpi{300, 300}));
-    ASSERT_TRUE(ApplyFrame(d, 8.5, 14, 300).ok());
-    EXPECT_NEAR(d.value(QStringLiteral("br-x")).toDouble(), 215.9, 0.01);
-    EXPECT_NEAR(d.value(QStringLiteral("br-y")).toDouble(), 355.6, 0.01);
-    EXPECT_EQ(d.value(QStringLiteral("tl-y")).toDouble(), 0);
-    ASSERT_TRUE(ApplyBlackAndWhite(d).ok());
-    EXPECT_EQ(d.value(QStringLiteral("mode")).toString(), QStringLiteral("Gray"));
-    EXPECT_EQ(d.value(QStringLiteral("depth")).toInt(), 1);
-    ASSERT_TRUE(ApplyFeeder(d).ok());
-    EXPECT_EQ(d.value(QStringLiteral("source")).toString(), QStringLiteral("Automatic Document Feeder"));
-    EXPECT_TRUE(ApplyBrightness(d, 300).ok()) << "a device without brightness ignores it";
-    EXPECT_TRUE(ApplyDuplexOff(d).ok());
-
-    // Values are brought into the option's range before they are set.
     ASSERT_TRUE(d.setValue(QStringLiteral("resolution"), 5000).ok());
     EXPECT_EQ(d.value(QStringLiteral("resolution")).toInt(), 1200);
     EXPECT_FALSE(d.setValue(QStringLiteral("no-such-option"), 1).ok());
-
-    ASSERT_TRUE(d.setValue(QStringLiteral("resolution"), 100).ok());
-    SaneDevice::Page page = d.readPage(100, 100);
-    ASSERT_TRUE(page.result.ok()) << page.result.text.toStdString();
-    EXPECT_TRUE(IsBlackAndWhite(page.image));
-    EXPECT_NEAR(page.image.height(), 1400, 1);
-    EXPECT_NEAR(page.image.width(), 850, 1);
+    ASSERT_TRUE(ApplyBlackAndWhite(d).ok());
+    EXPECT_EQ(d.value(QStringLiteral("mode")).toString(), QStringLiteral("Gray"));
+    EXPECT_EQ(d.value(QStringLiteral("depth")).toInt(), 1);
+    EXPECT_TRUE(ApplyBrightness(d, 300).ok()) << "a device without brightness ignores it";
 }

@@ -8,13 +8,12 @@
 #include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
 
-#include <mutex>
+#include <numeric>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -23,6 +22,7 @@ namespace {
 
 const QString kScannerError = QStringLiteral("Scanner Error");
 const QString kNextPage = QStringLiteral("Scan Next Page");
+using BeforeSheet = std::function<void(SaneDevice&, int)>;
 
 // Sets one option of the test device; runs on the scanning thread.
 void setOption(SaneDevice& device, const char* name, const QVariant& value)
@@ -31,24 +31,20 @@ void setOption(SaneDevice& device, const char* name, const QVariant& value)
     EXPECT_TRUE(r.ok()) << name << ": " << r.text.toStdString();
 }
 
-struct StoredPages {
-    QList<QImage> pages;
-    QList<TiffPageInfo> infos;
-    ReportTags tags;
-};
-
-StoredPages readFile(const QString& path)
+// From the sheet numbered at on, the device answers with status.
+BeforeSheet failFrom(int at, const char* status)
 {
-    StoredPages stored;
+    return [=](SaneDevice& device, int read) {
+        if (read == at)
+            setOption(device, "read-return-value", QLatin1String(status));
+    };
+}
+
+// The pages of a TIFF file; none when there is no file.
+int pagesIn(const QString& path)
+{
     auto reader = TiffReader::open(path);
-    if (!reader)
-        return stored;
-    stored.tags = reader->tags();
-    for (int i = 0; i < reader->pageCount(); ++i) {
-        stored.pages.append(*reader->readPage(i));
-        stored.infos.append(*reader->pageInfo(i));
-    }
-    return stored;
+    return reader ? reader->pageCount() : 0;
 }
 
 qint64 blackPixels(const QImage& page)
@@ -62,10 +58,7 @@ qint64 blackPixels(const QImage& page)
 
 class ScannerSessionTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite()
-    {
-        UseSaneTestBackend(2);
-    }
+    static void SetUpTestSuite() { UseSaneTestBackend(2); }
 
     void SetUp() override
     {
@@ -86,6 +79,12 @@ protected:
         return st;
     }
     ScanProfile entryProfile() { return ScanProfile::forScanEntry(output, tags, imageFile); }
+    std::unique_ptr<ScannerSession> scanner(const ScanProfile& profile, const ScanSettings& st, BeforeSheet before = {})
+    {
+        auto made = std::make_unique<ScannerSession>(s(), profile, st);
+        made->beforeSheet = std::move(before);
+        return made;
+    }
 
     TestSite site;
     QString output;
@@ -96,149 +95,91 @@ protected:
 
 }  // namespace
 
-// Three sheets in the feeder: one Group 4 file of three pages, in order,
-// with the report's tags on the first page; the feeder's "no documents"
-// after them is the end of the stack, not an error.
-TEST_F(ScannerSessionTest, FeederRunOfThreeSheetsGivesOneGroup4File)
-{
-    ScanSettings st = settings();
-    st.useAdf = true;
-    ScannerSession scanner(s(), entryProfile(), st);
-    scanner.beforeSheet = [](SaneDevice& device, int read) {
-        if (read == 3)
-            setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_NO_DOCS"));
-    };
-    QList<int> shown;
-    QObject::connect(&scanner, &ScannerSession::pageReady, [&](const QImage& page, int number) {
-        shown.append(number);
-        EXPECT_TRUE(IsBlackAndWhite(page));
-    });
-    scanner.Scan();
-
-    EXPECT_EQ(shown, (QList<int>{1, 2, 3}));
-    EXPECT_EQ(scanner.pagesSaved(), 3);
-    EXPECT_EQ(prompter().titles(), QStringList{kNextPage}) << "asked once after the run, and nothing else";
-    const StoredPages stored = readFile(output);
-    ASSERT_EQ(stored.pages.size(), 3);
-    EXPECT_EQ(stored.infos[2].compression, 4) << "CCITT Group 4";
-    EXPECT_EQ(stored.infos[2].dpi, (Dpi{200, 200}));
-    EXPECT_NEAR(stored.infos[2].height, 2200, 1);
-    EXPECT_EQ(stored.tags, tags);
-    EXPECT_GT(blackPixels(stored.pages[1]), 0) << "the grid came through";
-    EXPECT_FALSE(QFile::exists(imageFile));
-}
-
-// A jam after two sheets: the two pages stay in the file, the jam is told
-// in the "Scanner Error" box, and the scan ends without asking for more.
-TEST_F(ScannerSessionTest, JamMidStackKeepsThePagesBeforeIt)
-{
-    ScanSettings st = settings();
-    st.useAdf = true;
-    ScannerSession scanner(s(), entryProfile(), st);
-    scanner.beforeSheet = [](SaneDevice& device, int read) {
-        if (read == 2)
-            setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_JAMMED"));
-    };
-    scanner.Scan();
-    EXPECT_EQ(readFile(output).pages.size(), 2);
-    EXPECT_EQ(prompter().titles(), QStringList{kScannerError});
-    EXPECT_EQ(prompter().textOf(kScannerError), SaneStatusText(6, QStringLiteral("test:0")));
-    EXPECT_FALSE(scanner.scanDone());
-}
-
-// Each failing status of the device becomes its own clear sentence, and
-// nothing is written.
+// Each failing status of the device becomes its own clear sentence in the
+// "Scanner Error" box; a jam in the feeder's run keeps the pages before it
+// and ends the scan without asking for more.
 TEST_F(ScannerSessionTest, DeviceStatusesBecomeTheScannerErrorBox)
 {
     const struct {
         const char* status;
         const char* words;
+        int failAt;  // sheets read before the failure, in the feeder
+        int kept;
     } rows[] = {
-        {"SANE_STATUS_JAMMED", "jammed"},
-        {"SANE_STATUS_NO_DOCS", "no document in the feeder"},
-        {"SANE_STATUS_COVER_OPEN", "cover"},
-        {"SANE_STATUS_DEVICE_BUSY", "busy"},
-        {"SANE_STATUS_IO_ERROR", "I/O error"},
-        {"SANE_STATUS_ACCESS_DENIED", "denied"},
+        {"SANE_STATUS_JAMMED", "jammed", 0, 0},
+        {"SANE_STATUS_JAMMED", "jammed", 2, 2},
+        {"SANE_STATUS_NO_DOCS", "no document in the feeder", 0, 0},
+        {"SANE_STATUS_COVER_OPEN", "cover", 0, 0},
+        {"SANE_STATUS_DEVICE_BUSY", "busy", 0, 0},
+        {"SANE_STATUS_IO_ERROR", "I/O error", 0, 0},
+        {"SANE_STATUS_ACCESS_DENIED", "denied", 0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.status);
+        ResetSaneTestDevices(2);  // the device keeps the status it was given
         prompter().clear();
-        ScannerSession scanner(s(), entryProfile(), settings());
-        scanner.beforeSheet = [&](SaneDevice& device, int) { setOption(device, "read-return-value", QLatin1String(row.status)); };
-        scanner.Scan();
+        QFile::remove(output);
+        ScanSettings st = settings();
+        st.useAdf = row.failAt > 0;
+        auto run = scanner(entryProfile(), st, failFrom(row.failAt, row.status));
+        run->Scan();
         EXPECT_EQ(prompter().titles(), QStringList{kScannerError});
         EXPECT_TRUE(prompter().textOf(kScannerError).contains(QLatin1String(row.words))) << prompter().textOf(kScannerError).toStdString();
         EXPECT_EQ(prompter().asked().first().buttons, Buttons::Ok);
-        EXPECT_FALSE(QFile::exists(output));
+        EXPECT_EQ(pagesIn(output), row.kept);
+        EXPECT_FALSE(run->scanDone());
     }
 }
 
-// A sheet shorter than the frame: the question with its exact words, No
-// as the default; Yes keeps the page as it came, No leaves nothing.
+// A sheet shorter than the frame: the question with No as the default; Yes
+// keeps the page as it came, No leaves nothing, and a rescan that ignores
+// the size does not ask.
 TEST_F(ScannerSessionTest, TooSmallPageIsAskedAbout)
 {
     const auto shortSheet = [](SaneDevice& device, int) { setOption(device, "br-y", 200.0); };  // 7.87 inches
-    {
-        prompter().answer(Answer::Yes);
-        ScannerSession scanner(s(), entryProfile(), settings());
-        scanner.beforeSheet = shortSheet;
-        scanner.Scan();
-        ASSERT_GE(prompter().asked().size(), 1);
-        const Prompt& question = prompter().asked().first();
-        EXPECT_EQ(question.title, kScannerError);
-        EXPECT_EQ(question.buttons, Buttons::YesNo);
-        EXPECT_EQ(question.defaultAnswer, Answer::No);
-        EXPECT_TRUE(question.withHelp) << "the scan entry form offers Help";
-        EXPECT_NEAR(readFile(output).infos.value(0).height, 1575, 1);
-        EXPECT_TRUE(question.text.contains(QStringLiteral("11 inches but instead was 7.87")));
-    }
+    prompter().answer(Answer::Yes);
+    scanner(entryProfile(), settings(), shortSheet)->Scan();
+    ASSERT_GE(prompter().asked().size(), 1);
+    const Prompt question = prompter().asked().first();
+    EXPECT_EQ(question.title, kScannerError);
+    EXPECT_EQ(question.buttons, Buttons::YesNo);
+    EXPECT_EQ(question.defaultAnswer, Answer::No);
+    EXPECT_TRUE(question.withHelp) << "the scan entry form offers Help";
+    EXPECT_NEAR(TiffReader::open(output)->pageInfo(0)->height, 1575, 1);
+    EXPECT_TRUE(question.text.contains(QStringLiteral("11 inches but instead was 7.87")));
+
     QFile::remove(output);
     prompter().clear();
-    {
-        ScannerSession scanner(s(), entryProfile(), settings());  // the default answer: No
-        scanner.beforeSheet = shortSheet;
-        scanner.Scan();
-        EXPECT_EQ(prompter().titles(), QStringList{kScannerError}) << "no check dialog without a page";
-        EXPECT_FALSE(QFile::exists(output));
-    }
+    scanner(entryProfile(), settings(), shortSheet)->Scan();  // the default answer: No
+    EXPECT_EQ(prompter().titles(), QStringList{kScannerError}) << "no check dialog without a page";
+    EXPECT_FALSE(QFile::exists(output));
+
     prompter().clear();
-    {
-        ScanSettings st = settings();
-        st.ignoreSize = true;
-        ScannerSession scanner(s(), ScanProfile::forRescan(output), st);
-        scanner.beforeSheet = shortSheet;
-        scanner.Scan();
-        EXPECT_EQ(prompter().titles(), QStringList{kNextPage});
-        EXPECT_EQ(readFile(output).pages.size(), 1);
-    }
+    ScanSettings st = settings();
+    st.ignoreSize = true;
+    scanner(ScanProfile::forRescan(output), st, shortSheet)->Scan();
+    EXPECT_EQ(prompter().titles(), QStringList{kNextPage});
+    EXPECT_EQ(pagesIn(output), 1);
 }
 
 // Without the feeder each pass takes one sheet; Yes scans another pass
-// with the same settings, the tags go with the first page only, and
-// Cancel removes the form's file.
+// with the same settings, and Cancel removes a rescan's target.
 TEST_F(ScannerSessionTest, CheckDialogDrivesThePasses)
 {
     for (Answer a : {Answer::Yes, Answer::Yes, Answer::No})
         prompter().answer(a);
-    {
-        ScannerSession scanner(s(), entryProfile(), settings(QStringLiteral("G")));
-        scanner.Scan();
-        EXPECT_EQ(prompter().titles(), (QStringList{kNextPage, kNextPage, kNextPage}));
-        EXPECT_EQ(prompter().asked().first().buttons, Buttons::YesNoCancel);
-        EXPECT_EQ(prompter().asked().first().defaultAnswer, Answer::No);
-    }
-    const StoredPages stored = readFile(output);
-    ASSERT_EQ(stored.pages.size(), 3);
-    EXPECT_NEAR(stored.infos[2].height, 2800, 1) << "Legal: 14 inches";
+    scanner(entryProfile(), settings(QStringLiteral("G")))->Scan();
+    EXPECT_EQ(prompter().titles(), (QStringList{kNextPage, kNextPage, kNextPage}));
+    EXPECT_EQ(prompter().asked().first().buttons, Buttons::YesNoCancel);
+    EXPECT_EQ(prompter().asked().first().defaultAnswer, Answer::No);
+    ASSERT_EQ(pagesIn(output), 3);
+    EXPECT_NEAR(TiffReader::open(output)->pageInfo(2)->height, 2800, 1) << "Legal: 14 inches";
 
-    // A rescan's target goes when the operator cancels.
     prompter().clear();
     prompter().answer(Answer::Yes);
     prompter().answer(Answer::Cancel);
     const QString target = site.path(QStringLiteral("DATA/TM000001.TIF"));
-    ScannerSession rescan(s(), ScanProfile::forRescan(target), settings());
-    rescan.Scan();
+    scanner(ScanProfile::forRescan(target), settings())->Scan();
     EXPECT_EQ(prompter().titles(), (QStringList{kNextPage, kNextPage}));
     EXPECT_FALSE(QFile::exists(target));
 }
@@ -251,10 +192,10 @@ TEST_F(ScannerSessionTest, InvertQuestionBeforeEachPage)
 {
     ScanSettings st = settings();
     st.showInvert = true;
-    ScannerSession scanner(s(), entryProfile(), st);
+    auto run = scanner(entryProfile(), st);
     qint64 shownBlack = -1;
     int asked = 0;
-    scanner.scanCheck = [&](QImage* page) {
+    run->scanCheck = [&](QImage* page) {
         ++asked;
         EXPECT_NE(page, nullptr);
         if (!page)
@@ -263,11 +204,10 @@ TEST_F(ScannerSessionTest, InvertQuestionBeforeEachPage)
         page->invertPixels();  // "Invert Scan" ticked
         return Answer::Cancel;
     };
-    scanner.Scan();
+    run->Scan();
     EXPECT_EQ(asked, 1);
-    const StoredPages stored = readFile(output);
-    ASSERT_EQ(stored.pages.size(), 1);
-    const QImage& page = stored.pages.first();
+    ASSERT_EQ(pagesIn(output), 1);
+    const QImage page = *TiffReader::open(output)->readPage(0);
     EXPECT_EQ(blackPixels(page), qint64(page.width()) * page.height() - shownBlack);
 }
 
@@ -281,9 +221,9 @@ TEST_F(ScannerSessionTest, StepLabelsOfEachForm)
     st.brightness = -250;
     for (const ScanProfile& profile : {entryProfile(), ScanProfile::forRescan(site.path(QStringLiteral("DATA/TM000001.TIF")))}) {
         QStringList steps;
-        ScannerSession scanner(s(), profile, st);
-        QObject::connect(&scanner, &ScannerSession::stepChanged, [&](const QString& step) { steps << step; });
-        scanner.Scan();
+        auto run = scanner(profile, st);
+        QObject::connect(run.get(), &ScannerSession::stepChanged, [&](const QString& step) { steps << step; });
+        run->Scan();
         EXPECT_TRUE(steps.contains(QStringLiteral("Set Brightness to -250 for test:0")));
         EXPECT_TRUE(steps.contains(QStringLiteral("Set Frame length to 11.7 for test:0")));
         EXPECT_EQ(steps.last(), QStringLiteral("Scan finished"));
@@ -301,29 +241,25 @@ TEST_F(ScannerSessionTest, DeviceChosenByNameOrDescription)
                 {"Nosuch Scanner 3000", "test:0"}, {"", "test:0"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.key);
-        prompter().clear();
         ScanSettings st = settings();
         st.device = QLatin1String(row.key);
-        ScannerSession scanner(s(), ScanProfile::forPage(), st);
         QString opened;
-        scanner.beforeSheet = [&](SaneDevice& device, int) { opened = device.name(); };
-        EXPECT_TRUE(scanner.ScanOnePage().has_value());
+        EXPECT_TRUE(scanner(ScanProfile::forPage(), st, [&](SaneDevice& device, int) { opened = device.name(); })->ScanOnePage());
         EXPECT_EQ(opened, QLatin1String(row.opened));
         EXPECT_TRUE(prompter().asked().isEmpty());
     }
 }
 
-// The viewer's one page: worked on like every page, handed back, written nowhere.
+// The viewer's one page: worked on like every page, handed back, written
+// nowhere; a failed page gives nothing back, after telling why.
 TEST_F(ScannerSessionTest, OnePageForTheViewer)
 {
     ScanSettings st = settings(QStringLiteral("A"));
     st.dpi = 300;
     st.useAdf = true;
     st.showInvert = true;
-    ScannerSession scanner(s(), ScanProfile::forPage(), st);
     int sheets = 0;
-    scanner.beforeSheet = [&](SaneDevice&, int) { ++sheets; };
-    const std::optional<QImage> page = scanner.ScanOnePage();
+    const std::optional<QImage> page = scanner(ScanProfile::forPage(), st, [&](SaneDevice&, int) { ++sheets; })->ScanOnePage();
     ASSERT_TRUE(page.has_value());
     EXPECT_EQ(sheets, 1) << "one sheet, feeder or not";
     EXPECT_EQ(DpiOf(*page), (Dpi{300, 300}));
@@ -331,10 +267,7 @@ TEST_F(ScannerSessionTest, OnePageForTheViewer)
     EXPECT_TRUE(prompter().asked().isEmpty());
     EXPECT_TRUE(QDir(site.path(QStringLiteral("TEMP"))).entryList(QDir::Files).isEmpty());
 
-    // A failed page gives nothing back, after telling why.
-    ScannerSession failing(s(), ScanProfile::forPage(), settings());
-    failing.beforeSheet = [](SaneDevice& device, int) { setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_COVER_OPEN")); };
-    EXPECT_FALSE(failing.ScanOnePage().has_value());
+    EXPECT_FALSE(scanner(ScanProfile::forPage(), settings(), failFrom(0, "SANE_STATUS_COVER_OPEN"))->ScanOnePage());
     EXPECT_EQ(prompter().titles(), QStringList{kScannerError});
 }
 
@@ -343,39 +276,60 @@ TEST_F(ScannerSessionTest, PageOfUnknownLength)
 {
     ScanSettings st = settings();
     st.ignoreSize = true;
-    ScannerSession scanner(s(), ScanProfile::forPage(), st);
-    scanner.beforeSheet = [](SaneDevice& device, int) { setOption(device, "hand-scanner", true); };
-    const std::optional<QImage> page = scanner.ScanOnePage();
+    const auto page = scanner(ScanProfile::forPage(), st, [](SaneDevice& device, int) { setOption(device, "hand-scanner", true); })->ScanOnePage();
     ASSERT_TRUE(page.has_value());
     EXPECT_GT(page->height(), 0);
     EXPECT_LE(page->height(), 2200);
     EXPECT_NEAR(page->width(), 866, 2) << "the test device's hand scanner is 11 cm wide";
 }
 
-// Without a limit the feeder runs until it is empty (the test device holds
-// ten sheets); the transfer count caps one run, and so does the operator's
-// Stop between pages: the sheet in hand and any already read are kept.
+// The feeder runs until it is empty (the test device holds ten sheets; a
+// "no documents" is the end of the stack, not an error), the transfer
+// count caps one run, and so does the operator's Stop between pages: the
+// sheet in hand and any already read are kept. The pages go into one
+// Group 4 file, in order, with the report's tags on the first page.
 TEST_F(ScannerSessionTest, FeederRunsUntilEmptyTheTransferCountOrStop)
 {
+    const struct {
+        int limit, noDocsAt;
+        bool stop;
+        int pages;  // -1: two, and at most the sheets already read ahead
+    } rows[] = {{999, 3, false, 3}, {999, -1, false, 10}, {4, -1, false, 4}, {999, -1, true, -1}};
     ScanSettings st = settings();
     st.useAdf = true;
-    for (const int limit : {999, 4, 0}) {
-        SCOPED_TRACE(limit);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.limit << " " << row.noDocsAt << " " << row.stop);
+        ResetSaneTestDevices(2);
         QFile::remove(output);
-        st.transferCount = limit ? limit : 999;
-        ScannerSession scanner(s(), entryProfile(), st);
-        if (!limit)
-            QObject::connect(&scanner, &ScannerSession::pageReady, [&](const QImage&, int number) {
-                if (number == 2)
-                    scanner.requestStop();
-            });
-        scanner.Scan();
-        if (limit) {
-            EXPECT_EQ(scanner.pagesSaved(), std::min(limit, 10));
+        prompter().clear();
+        st.transferCount = row.limit;
+        auto run = scanner(entryProfile(), st, failFrom(row.noDocsAt, "SANE_STATUS_NO_DOCS"));
+        QList<int> shown;
+        QObject::connect(run.get(), &ScannerSession::pageReady, [&](const QImage& page, int number) {
+            shown.append(number);
+            EXPECT_TRUE(IsBlackAndWhite(page));
+            if (row.stop && number == 2)
+                run->requestStop();
+        });
+        run->Scan();
+        if (row.pages >= 0) {
+            EXPECT_EQ(run->pagesSaved(), row.pages);
+            QList<int> inOrder(row.pages);
+            std::iota(inOrder.begin(), inOrder.end(), 1);
+            EXPECT_EQ(shown, inOrder);
+            EXPECT_EQ(prompter().titles(), QStringList{kNextPage}) << "asked once after the run, and nothing else";
         } else {
-            EXPECT_TRUE(scanner.pagesSaved() >= 2 && scanner.pagesSaved() <= 2 + 3) << "at most the sheets already read ahead";
+            EXPECT_TRUE(run->pagesSaved() >= 2 && run->pagesSaved() <= 2 + 3);
         }
-        EXPECT_EQ(readFile(output).pages.size(), scanner.pagesSaved());
+        auto stored = TiffReader::open(output);
+        ASSERT_EQ(stored->pageCount(), run->pagesSaved());
+        const TiffPageInfo last = *stored->pageInfo(run->pagesSaved() - 1);
+        EXPECT_EQ(last.compression, 4) << "CCITT Group 4";
+        EXPECT_EQ(last.dpi, (Dpi{200, 200}));
+        EXPECT_NEAR(last.height, 2200, 1);
+        EXPECT_EQ(stored->tags(), tags);
+        EXPECT_GT(blackPixels(*stored->readPage(1)), 0) << "the grid came through";
+        EXPECT_FALSE(QFile::exists(imageFile));
+        EXPECT_FALSE(prompter().wasAsked(kScannerError));
     }
-    EXPECT_FALSE(prompter().wasAsked(kScannerError));
 }
