@@ -123,7 +123,7 @@ int main(int argc, char** argv)
     printer.setOutputFileName(dir.filePath(QStringLiteral("printed.pdf")));
     printer.setResolution(300);
     const double printMs = MedianMs(rounds, [&] {
-        Check(PrintDoc(session, printer, QStringLiteral("All"), report, PrintFrame::Standard, {}, nullptr).ok(), "printing");
+        Check(PrintDoc(session, printer, QStringLiteral("All"), report, PrintFrame::Standard, {}).ok(), "printing");
     });
 
     std::printf("20-page 300 dpi letter report, medians of %d rounds\n", rounds);

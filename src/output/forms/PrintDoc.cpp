@@ -116,6 +116,18 @@ IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, in
     return {};
 }
 
+IoStatus PrintDoc(Session& session, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
+                  const MessageFields& fields, const ProgressStep& step)
+{
+    const PrintItem item{fileName, pages, fields, frame, 1};
+    IoResult<PrintFile> file = PreparePrintFile(ReadPrintSettings(session), item, false, step);
+    if (!file)
+        return Failure(file.error());
+    const IoStatus printed = PrintPages(printer, file->path, frame, 1, file->pageCount, 1, step);
+    RemoveTemporary(*file);
+    return printed;
+}
+
 PrintRun::PrintRun(Session& session, QWidget* owner) : QObject(owner), session_(session), owner_(owner) {}
 
 PrintRun::~PrintRun()

@@ -68,6 +68,12 @@ void RemoveTemporary(const PrintFile& file);
 IoStatus PrintPages(QPrinter& printer, const QString& file, PrintFrame frame, int from, int to, int copies,
                     const ProgressStep& step = {}, QPainter* pdfPainter = nullptr);
 
+// One report printed at once, on the calling thread: prepared as the
+// settings say, all of its prepared pages printed once, the temporary files
+// removed afterwards, also when the run fails or stops.
+IoStatus PrintDoc(Session& session, QPrinter& printer, const QString& pages, const QString& fileName, PrintFrame frame,
+                  const MessageFields& fields, const ProgressStep& step = {});
+
 // The Print buttons of the print and select-all forms: prints reports one
 // after the other, each prepared and printed on a thread of its own while
 // the window stays responsive. Cancel stops the run between pages; the

@@ -4,6 +4,7 @@
 
 #include "base/FileTools.h"
 #include "base/Prompter.h"
+#include "base/forms/PrinterSetup.h"
 #include "data/ContactData.h"
 #include "data/Session.h"
 #include "output/EmailSend.h"
@@ -380,7 +381,7 @@ void frmPack::printPack()
 {
     plan_.customer = ui_->cboCustomer->currentText().trimmed();
     QPrinter printer(QPrinter::HighResolution);
-    output::SetPrinter(session_, printer);
+    SetPrinter(session_, printer);
     QPrintDialog dialog(&printer, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
