@@ -2,7 +2,6 @@
 #include "capture/BarcodeReader.h"
 #include "capture/RbqClient.h"
 #include "capture/SeparatorSheet.h"
-#include "data/DataOp.h"
 #include "data/Settings.h"
 #include "store/ImageStore.h"
 #include "store/ScannerSession.h"
@@ -21,21 +20,7 @@ using namespace tarlox::test;
 
 namespace {
 
-QString ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
-void WriteText(const QString& path, const QString& text, bool executable = false)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text.toUtf8());
-    file.close();
-    if (executable)
-        file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
-}
+QString ReadAll(const QString& path) { return QString::fromUtf8(FileBytes(path)); }
 
 // A stack as a string: S a separator sheet (keys PO-1, PO-2, ... in turn),
 // P a report page (a text page of its own).
@@ -52,19 +37,7 @@ QList<QImage> StackPages(const char* layout)
     return pages;
 }
 
-class BarcodeCaptureTest : public ::testing::TestWithParam<Engine> {
-protected:
-    BarcodeCaptureTest() : site(GetParam()) {}
-    void SetUp() override { ASSERT_TRUE(site.start()); }
-    Session& s() { return site.session(); }
-    qint64 scalar(const QString& sql)
-    {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
-        return value ? value->toLongLong() : -1;
-    }
-    TestSite site;
-};
+class BarcodeCaptureTest : public SiteTest {};
 
 }  // namespace
 
@@ -86,7 +59,7 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
         {"PSP", {}, {}, "The first page must contain barcodes"},
     };
     const QString csv = site.path(QStringLiteral("lines.csv"));
-    WriteText(csv, QStringLiteral("PO-1,1,7,0,H1,P1,\"Acme, Inc.\",Mill 1\nPO-3,3,7,0,H3,P3,Beta,Mill 3\n"));
+    ASSERT_TRUE(WriteFile(csv, "PO-1,1,7,0,H1,P1,\"Acme, Inc.\",Mill 1\nPO-3,3,7,0,H3,P3,Beta,Mill 3\n"));
     const std::unique_ptr<RbqClient> client = MakeRbqClient(QStringLiteral("csv:") + csv);
     BarcodeReader reader;
     for (const Case& c : cases) {
@@ -137,7 +110,7 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
     EXPECT_FALSE(ReadBarcodeStack(csv, reader, *client).error.isEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, BarcodeCaptureTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(BarcodeCaptureTest);
 
 // Each kind of business system fills the line of a key it knows, fails on
 // one it doesn't, and records the image number.
@@ -145,16 +118,16 @@ TEST(RbqClient, ProvidersFillAndRecord)
 {
     QTemporaryDir dir;
     const QString csv = dir.filePath(QStringLiteral("lines.csv"));
-    WriteText(csv, QStringLiteral("PO9,0,7,0,H9,P9,Vend,Mill\n"));
+    ASSERT_TRUE(WriteFile(csv, "PO9,0,7,0,H9,P9,Vend,Mill\n"));
     const QString program = dir.filePath(QStringLiteral("rbq.sh"));
-    WriteText(program, QStringLiteral("#!/bin/sh\n"
-                                      "log=\"$(dirname \"$0\")/calls.txt\"\n"
-                                      "echo \"$*\" >> \"$log\"\n"
-                                      "case \"$1\" in\n"
-                                      "lookup) [ \"$2\" = PO9 ] || { echo \"no line $2\" >&2; exit 3; }\n"
-                                      "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
-                                      "esac\n"),
-              true);
+    ASSERT_TRUE(WriteFile(program, "#!/bin/sh\n"
+                                   "log=\"$(dirname \"$0\")/calls.txt\"\n"
+                                   "echo \"$*\" >> \"$log\"\n"
+                                   "case \"$1\" in\n"
+                                   "lookup) [ \"$2\" = PO9 ] || { echo \"no line $2\" >&2; exit 3; }\n"
+                                   "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
+                                   "esac\n"));
+    QFile(program).setPermissions(QFile(program).permissions() | QFileDevice::ExeOwner);
     struct Case {
         QString setting;
         bool fills;
@@ -216,10 +189,7 @@ TEST(BarcodeScan, FirstPageWithoutBarcodesIsRefused)
         QObject::connect(&scanner, &ScannerSession::pageReady, [&] { ++pagesScanned; });
     };
     EXPECT_FALSE(ScanBarcodeStack(site.session(), reader, request));
-    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("No Barcodes")));
-    EXPECT_EQ(site.prompter().textOf(QStringLiteral("No Barcodes")), QStringLiteral("The first page must contain barcodes"));
-    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), QStringLiteral("The scan file was not created"));
-    EXPECT_FALSE(site.prompter().wasAsked(QStringLiteral("Scan Next Page")));
+    EXPECT_EQ(site.prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("No Barcodes"), QStringLiteral("Error")}));
     EXPECT_EQ(pagesScanned, 0);
     EXPECT_FALSE(QFile::exists(BarcodeBufferPath(site.session())));
 }

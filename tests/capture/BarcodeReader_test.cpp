@@ -104,17 +104,6 @@ TEST(BarcodeReader, DataMatrixAnywhereOnThePageAndPagesWithout)
     EXPECT_EQ(none.text(), QString());
 }
 
-TEST(BarcodeReader, ReadingOrderIsRowsTopToBottomEachLeftToRight)
-{
-    const auto code = [](const char* text, int left, int top) {
-        return BarcodeCode{QStringLiteral("Code128"), QString::fromLatin1(text), QRect(left, top, 300, 150)};
-    };
-    // Side by side with tops 40 dots apart still one row; a code starting
-    // below the middle of the row's first one begins the next row.
-    const QList<BarcodeCode> codes = {code("D", 100, 900), code("B", 1500, 300), code("A", 200, 340), code("C", 900, 380)};
-    EXPECT_EQ(Texts(BarcodePage{InReadingOrder(codes), {}}).join(QString()), QStringLiteral("ABCD"));
-}
-
 TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
 {
     // Equal neighbours (1, 1) are two codes, not one code read twice.

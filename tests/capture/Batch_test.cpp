@@ -6,7 +6,6 @@
 #include "support/CliRun.h"
 #include "support/TestSite.h"
 
-#include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QPageSize>
@@ -58,41 +57,12 @@ QImage markedPage(int width, int height, double dpi)
     return page;
 }
 
-// A placeable Windows metafile of one inch square with a black square in it.
-QByteArray metafile()
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    const quint16 head[] = {0xCDD7, 0x9AC6, 0, 0, 0, 1440, 1440, 1440, 0, 0};
-    quint16 sum = 0;
-    for (quint16 w : head) {
-        out << w;
-        sum ^= w;
-    }
-    out << sum;
-    const QList<QList<quint16>> records = {
-        {0x020B, 0, 0},                       // window origin
-        {0x020C, 1440, 1440},                 // window extent
-        {0x02FC, 0, 0, 0, 0},                 // a solid black brush
-        {0x012D, 0},                          // selected
-        {0x041B, 1080, 1080, 360, 360},       // the square
-        {0x0000},                             // end
-    };
-    quint32 words = 9;
-    quint32 longest = 0;
-    for (const auto& r : records) {
-        words += 2 + quint32(r.size());
-        longest = std::max(longest, 2 + quint32(r.size()));
-    }
-    out << quint16(1) << quint16(9) << quint16(0x0300) << words << quint16(1) << longest << quint16(0);
-    for (const auto& r : records) {
-        out << quint32(2 + r.size());
-        for (quint16 w : r)
-            out << w;
-    }
-    return bytes;
-}
+// A placeable Windows metafile of one inch square (1440 units) with a black
+// square in its middle: header, window origin and extent, a solid black
+// brush selected, the rectangle, end.
+const QByteArray metafile = QByteArray::fromHex("d7cdc69a000000000000a005a005a00500000000b152" "010009000003280000000100070000000000"
+                                                "050000000b0200000000" "050000000c02a005a005" "07000000fc020000000000000000"
+                                                "040000002d010000" "070000001b043804380468016801" "030000000000");
 
 bool blackInMiddle(const QString& workFile, int page)
 {
@@ -166,14 +136,8 @@ TEST(BatchFilesTest, FilesReadPageByPage)
         pdf.newPage();
         painter.fillRect(150, 250, 300, 500, Qt::black);
     }
-    QFile wmf(path("drawing.wmf"));
-    ASSERT_TRUE(wmf.open(QIODevice::WriteOnly));
-    wmf.write(metafile());
-    wmf.close();
-    QFile bad(path("bad.gif"));
-    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
-    bad.write("GIF89a not really");
-    bad.close();
+    ASSERT_TRUE(WriteFile(path("drawing.wmf"), metafile));
+    ASSERT_TRUE(WriteFile(path("bad.gif"), "GIF89a not really"));
     ASSERT_TRUE(WriteTiff(path("multi.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
 
     EXPECT_EQ(ListBatchFiles(dir.path()),
@@ -222,17 +186,14 @@ TEST(BatchFilesTest, FilesReadPageByPage)
     EXPECT_EQ(ListBatchFiles(many.path()).size(), 1001);
 }
 
-class BatchAddTest : public ::testing::TestWithParam<Engine> {
+class BatchAddTest : public SiteTest {
 protected:
-    BatchAddTest() : site(GetParam()) {}
-    void SetUp() override { ASSERT_TRUE(site.start()); }
     QString scalarText(const QString& sql)
     {
         DataOp op(site.session(), S("test"));
         auto v = op.scalar(sql);
         return v ? v->toString() : S("(failed)");
     }
-    TestSite site;
 };
 
 // A, B, A stored as two reports with their tags and references; a cancel
@@ -276,10 +237,10 @@ TEST_P(BatchAddTest, ReportsStoredWithTagsAndReferences)
     EXPECT_EQ(scalarText(S("SELECT \"Vend Name\" FROM \"Info\" WHERE \"Image #\" = %1").arg(one)), S("Acme Steel"));
     EXPECT_EQ(scalarText(S("SELECT \"Heat #\" FROM \"Info\" WHERE \"Image #\" = %1").arg(two)), S("H2"));
     EXPECT_EQ(scalarText(S("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(two)), S("G"));
-    EXPECT_EQ(scalarText(S("SELECT COUNT(*) FROM \"Info\"")), S("2"));
+    EXPECT_EQ(scalar(S("SELECT COUNT(*) FROM \"Info\"")), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, BatchAddTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(BatchAddTest);
 
 // The command line: an index of one line a page, the same rules, a summary
 // that names every page not stored; a wrong action stores nothing.
@@ -292,12 +253,7 @@ TEST(BatchCliTest, IndexedPagesStoredAndSummarised)
     QDir().mkpath(files);
     ASSERT_TRUE(WriteTiff(files + S("/a.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
     ASSERT_TRUE(markedPage(850, 1100, 100).save(files + S("/b.jpg")));
-    const auto index = [&](const QByteArray& text) {
-        QFile f(dir.filePath(S("index.csv")));
-        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        f.write(text);
-        return f.fileName();
-    };
+    const auto index = [&](const QByteArray& text) { return WriteFile(dir.filePath(S("index.csv")), text) ? dir.filePath(S("index.csv")) : QString(); };
     const QString good = index("heat,part,po,vendor,mfg,action\nH1,P1,PO,V,M,New\nH2,P2,PO,V,M,New\nH1,P1,PO,V,,Append\n");
     CliRun dry = cli({S("batch"), files, S("--index"), good, S("--dry-run")});
     EXPECT_EQ(dry.code, 0) << dry.err.toStdString();

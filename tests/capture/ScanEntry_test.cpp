@@ -1,10 +1,13 @@
+#include "base/ErrorReport.h"
+#include "base/IniFile.h"
+#include "base/TextTools.h"
+#include "capture/Rescan.h"
+#include "capture/ScanChoices.h"
 #include "capture/ScanEntry.h"
 #include "data/DataOp.h"
 #include "data/ImageData.h"
-#include "base/ErrorReport.h"
-#include "base/IniFile.h"
 #include "data/Settings.h"
-#include "base/TextTools.h"
+#include "store/ImageStore.h"
 #include "store/SaneDevice.h"
 #include "store/ScannerSession.h"
 #include "store/TiffReader.h"
@@ -12,7 +15,6 @@
 #include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
@@ -29,23 +31,20 @@ void setOption(SaneDevice& device, const char* name, const QVariant& value)
     EXPECT_TRUE(r.ok()) << name << ": " << r.text.toStdString();
 }
 
-// The feeder holds this many sheets.
-std::function<void(ScannerSession&)> sheetsInFeeder(int sheets)
+// The test device's option set before each sheet once `from` sheets are read.
+std::function<void(ScannerSession&)> withOption(const char* name, const QVariant& value, int from = 0)
 {
-    return [sheets](ScannerSession& scanner) {
-        scanner.beforeSheet = [sheets](SaneDevice& device, int read) {
-            if (read == sheets)
-                setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_NO_DOCS"));
+    return [=](ScannerSession& scanner) {
+        scanner.beforeSheet = [=](SaneDevice& device, int read) {
+            if (read >= from)
+                setOption(device, name, value);
         };
     };
 }
 
 class ScanEntryTest : public SiteTest {
 protected:
-    static void SetUpTestSuite()
-    {
-        UseSaneTestBackend();
-    }
+    static void SetUpTestSuite() { UseSaneTestBackend(); }
 
     void SetUp() override
     {
@@ -54,8 +53,6 @@ protected:
     }
 
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
-    QString temp(const QString& name = {}) const { return site.path(QStringLiteral("TEMP/") + name); }
-    QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
     QString text(const QString& sql)
     {
@@ -93,7 +90,7 @@ TEST_P(ScanEntryTest, ThreeSheetsStoredAndIndexed)
 {
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("UseADF"), BoolToIni(true));
     ScanEntry scan(s());
-    scan.prepareScanner = sheetsInFeeder(3);
+    scan.prepareScanner = withOption("read-return-value", QStringLiteral("SANE_STATUS_NO_DOCS"), 3);  // three sheets in the feeder
     QStringList steps;
     QObject::connect(&scan, &ScanEntry::stepChanged, [&](const QString& step) { steps << step; });
     const qint64 before = nextName();
@@ -108,12 +105,12 @@ TEST_P(ScanEntryTest, ThreeSheetsStoredAndIndexed)
     EXPECT_EQ(prompter().asked().first().text, texts::PutReportInScanner);
     const QString name = QStringLiteral("TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'));
     EXPECT_EQ(pagesIn(data(name)), 3);
-    EXPECT_EQ(pagesIn(temp(name)), 3) << "the work file stays in the temporary directory";
+    EXPECT_EQ(pagesIn(site.path(QStringLiteral("TEMP/") + name)), 3) << "the work file stays in the temporary directory";
     EXPECT_NEAR(TiffReader::open(data(name))->pageInfo(0)->height, 2800, 1) << "Legal";
 
     EXPECT_EQ(text(QStringLiteral("SELECT \"Size\" FROM \"Images\"")), QStringLiteral("G"));
     EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = 'PO-77'").arg(n)), 2);
-    EXPECT_EQ(local("Last Image"), name);
+    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, name);
     EXPECT_EQ(steps, (QStringList{QString(), QStringLiteral("GetNextImage"), QStringLiteral("Scanning"), QStringLiteral("Copy from Temp"),
                                   QStringLiteral("Add data")}));
     EXPECT_EQ(s().currentImage, n);
@@ -159,9 +156,7 @@ TEST_P(ScanEntryTest, RefusedOrCancelledEntriesTakeNoNumber)
 TEST_P(ScanEntryTest, NothingScannedRemovesTheImageRow)
 {
     ScanEntry scan(s());
-    scan.prepareScanner = [](ScannerSession& scanner) {
-        scanner.beforeSheet = [](SaneDevice& device, int) { setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_COVER_OPEN")); };
-    };
+    scan.prepareScanner = withOption("read-return-value", QStringLiteral("SANE_STATUS_COVER_OPEN"));
     const qint64 before = nextName();
     const ScanEntry::Result result = scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1")));
     EXPECT_EQ(result.outcome, ScanEntry::Outcome::NotCreated);
@@ -178,11 +173,8 @@ TEST_P(ScanEntryTest, NothingScannedRemovesTheImageRow)
 // nothing scanned. Answered Yes, the short page is stored.
 TEST_P(ScanEntryTest, TooSmallPageAnsweredNoOrYes)
 {
-    const auto shortSheet = [](ScannerSession& scanner) {
-        scanner.beforeSheet = [](SaneDevice& device, int) { setOption(device, "br-y", 250.0); };
-    };
     ScanEntry scan(s());
-    scan.prepareScanner = shortSheet;
+    scan.prepareScanner = withOption("br-y", 250.0);
     EXPECT_EQ(scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1"))).outcome, ScanEntry::Outcome::NotCreated);
     EXPECT_EQ(imageRows(), 0);
 
@@ -216,12 +208,7 @@ TEST_P(ScanEntryTest, CancelInTheCheckDialogStoresTheFirstPage)
 TEST_P(ScanEntryTest, JamStoresThePagesBeforeIt)
 {
     ScanEntry scan(s());
-    scan.prepareScanner = [](ScannerSession& scanner) {
-        scanner.beforeSheet = [](SaneDevice& device, int read) {
-            if (read == 2)
-                setOption(device, "read-return-value", QStringLiteral("SANE_STATUS_JAMMED"));
-        };
-    };
+    scan.prepareScanner = withOption("read-return-value", QStringLiteral("SANE_STATUS_JAMMED"), 2);
     ScanEntryFields f = entry(QStringLiteral("H1"), QStringLiteral("P1"));
     f.useAdf = true;
     const ScanEntry::Result result = scan.cmdScan_Click(f);
@@ -249,3 +236,150 @@ TEST_P(ScanEntryTest, FailedReferencesRemoveRowAndFile)
 }
 
 TARLOX_ON_BOTH_ENGINES(ScanEntryTest);
+
+TEST(ScanChoices, DittoKeyOfThePartField)
+{
+    const struct {
+        const char* typed;
+        const char* result;
+    } rows[] = {
+        {"A B", "A B B"}, {"A", "A A"}, {"  A  B  ", "A  B B"}, {"", " "}, {"   ", " "}, {"P-1 P-22", "P-1 P-22 P-22"},
+    };
+    for (const auto& r : rows)
+        EXPECT_EQ(DittoLastPart(QLatin1String(r.typed)), QLatin1String(r.result)) << r.typed;
+}
+
+TEST(ScanChoices, BrightnessBoxTakesItsNumberWithinRange)
+{
+    const struct {
+        const char* text;
+        int value;
+    } rows[] = {{"abc", 0}, {"5000", 1000}, {"-5000", -1000}, {"250", 250}, {" -40x", -40}, {"", 0}, {"12.5", 12}, {"13.5", 14}};
+    for (const auto& r : rows)
+        EXPECT_EQ(BrightnessFromText(QLatin1String(r.text)), r.value) << r.text;
+}
+
+TEST(ScanChoices, ResolutionsAndDefaultsFromTheSettings)
+{
+    TestSite site;
+    ASSERT_TRUE(site.start());
+    Session& s = site.session();
+    ResolutionChoice choice = ReadResolutionChoice(s);
+    EXPECT_EQ(choice.lowCaption(), QStringLiteral("200dpi"));
+    EXPECT_EQ(choice.highCaption(), QStringLiteral("300dpi"));
+    EXPECT_EQ(choice.dpiFor(true), QStringLiteral("300"));
+    PutLocal(s, QStringLiteral("Info"), QStringLiteral("LowDPI"), QStringLiteral("150"));
+    PutLocal(s, QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
+    choice = ReadResolutionChoice(s);
+    EXPECT_EQ(choice.lowCaption(), QStringLiteral("150dpi"));
+    EXPECT_EQ(choice.dpiFor(false), QStringLiteral("150"));
+    EXPECT_EQ(choice.dpiFor(true), QStringLiteral("400"));
+    PutLocal(s, QStringLiteral("Info"), QStringLiteral("Brightness"), QStringLiteral("7000"));
+    EXPECT_EQ(DefaultBrightness(s), 1000);
+}
+
+namespace {
+
+class RescanTest : public SiteTest {
+protected:
+    static void SetUpTestSuite() { UseSaneTestBackend(); }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(StartWithTestScanner(site));
+        // A Letter report of two heats, scanned the everyday way, made current as the select form does.
+        ScanEntryFields f;
+        f.heat = QStringLiteral("H1 H2");
+        f.part = QStringLiteral("P1 P2");
+        f.po = QStringLiteral("PO1 PO2");
+        ScanEntry scan(s());
+        const ScanEntry::Result result = scan.cmdScan_Click(f);
+        ASSERT_TRUE(result.stored());
+        number = result.imageNumber;
+        ASSERT_TRUE(GetImage(s(), number));
+        prompter().clear();
+    }
+
+    QString size()
+    {
+        DataOp op(s(), QStringLiteral("test"));
+        auto value = op.scalar(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number));
+        return value ? value->toString() : QStringLiteral("(failed)");
+    }
+    int heightOfFirstPage()
+    {
+        auto reader = TiffReader::open(s().imageFilePath);
+        return reader ? reader->pageInfo(0)->height : 0;
+    }
+
+    qint32 number = 0;
+};
+
+}  // namespace
+
+// A Letter report rescanned as Legal: the new file (14-inch pages) takes
+// the old one's place, [Size] becomes "G", the references stay as they were.
+TEST_P(RescanTest, LetterRescannedAsLegal)
+{
+    ASSERT_NEAR(heightOfFirstPage(), 2200, 1);
+    const qint64 references = scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number));
+    ASSERT_EQ(references, 4);
+    Rescan rescan(s());
+    RescanChoices choices;
+    ASSERT_TRUE(rescan.Load(choices));
+    EXPECT_EQ(choices.pageSizeCode, QStringLiteral(" "));
+    EXPECT_EQ(rescan.targetPath(), site.path(QStringLiteral("DATA/TM%1.TIF").arg(number, 6, 10, QLatin1Char('0'))));
+
+    choices.pageSizeCode = QStringLiteral("G");
+    QStringList steps;
+    rescan.prepareScanner = [&](ScannerSession& scanner) {
+        QObject::connect(&scanner, &ScannerSession::stepChanged, [&](const QString& step) { steps << step; });
+    };
+    ASSERT_TRUE(rescan.cmdScan_Click(choices));
+    EXPECT_NEAR(heightOfFirstPage(), 2800, 1) << "14 inches from the first page";
+    EXPECT_TRUE(steps.contains(QStringLiteral("Set Frame length to 14 for test:0")));
+    EXPECT_EQ(size(), QStringLiteral("G"));
+    EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number)), references);
+    EXPECT_FALSE(QFile::exists(rescan.targetPath()));
+    EXPECT_TRUE(TiffReader::open(s().imageFilePath)->tags().heat.isEmpty()) << "rescanned files carry no tags";
+}
+
+// No file from the scanner: the old file and [Size] are untouched, with
+// the message naming the "TM" file. Cancel in the check dialog ends the same way.
+TEST_P(RescanTest, NothingScannedLeavesTheReportAlone)
+{
+    const QByteArray before = FileBytes(s().imageFilePath);
+    Rescan rescan(s());
+    RescanChoices choices;
+    ASSERT_TRUE(rescan.Load(choices));
+    choices.pageSizeCode = QStringLiteral("A");
+    rescan.prepareScanner = [](ScannerSession& scanner) {
+        scanner.beforeSheet = [](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_IO_ERROR")); };
+    };
+    EXPECT_FALSE(rescan.cmdScan_Click(choices));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(rescan.targetPath()));
+    EXPECT_EQ(size(), QStringLiteral(" "));
+
+    prompter().clear();
+    prompter().answer(Answer::Ok);
+    prompter().answer(Answer::Cancel);
+    rescan.prepareScanner = [](ScannerSession& scanner) {
+        scanner.beforeSheet = [](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QStringLiteral("Default")); };
+    };
+    EXPECT_FALSE(rescan.cmdScan_Click(choices));
+    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page"), QStringLiteral("Error")}));
+    EXPECT_EQ(size(), QStringLiteral(" "));
+    EXPECT_EQ(FileBytes(s().imageFilePath), before);
+}
+
+// A number without a row can't be rescanned.
+TEST_P(RescanTest, MissingRowIsTold)
+{
+    s().currentImage = number + 50;
+    Rescan rescan(s());
+    RescanChoices choices;
+    EXPECT_FALSE(rescan.Load(choices));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), QStringLiteral("Can't Read Image"));
+}
+
+TARLOX_ON_BOTH_ENGINES(RescanTest);

@@ -1,17 +1,19 @@
 // The fax engine against a real HylaFAX server (faxq + hfaxd on loopback,
-// private spool, no modem), and the job file with its cover page.
+// private spool, no modem), the job file with its cover page, and the fax
+// control's columns, server settings and printed log.
+#include "output/FaxControl.h"
 #include "output/FaxJobFile.h"
+#include "output/FaxSettings.h"
 #include "output/HylafaxClient.h"
 #include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 #include "support/FaxTestServer.h"
+#include "support/TestSite.h"
 
-#include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
+#include <QPdfWriter>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -23,12 +25,6 @@ using namespace tarlox::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray Bytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 std::optional<FaxJobInfo> Find(FaxEngine& engine, FaxState view, const QString& id)
 {
@@ -201,8 +197,11 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
             documents << line.section(u':', 3);
     }
     ASSERT_EQ(documents.size(), 2) << queued.toStdString();
-    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + documents[0]), Bytes(cover));
-    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + documents[1]), Bytes(report));
+    // The kill time, two hours from now.
+    const qint64 killTime = queued.section(u"\nkilltime:"_s, 1).section(u'\n', 0, 0).toLongLong();
+    EXPECT_NEAR(double(killTime - QDateTime::currentSecsSinceEpoch()), 120 * 60, 120) << queued.toStdString();
+    EXPECT_EQ(FileBytes(FaxTestServer::Get()->spool() + u'/' + documents[0]), FileBytes(cover));
+    EXPECT_EQ(FileBytes(FaxTestServer::Get()->spool() + u'/' + documents[1]), FileBytes(report));
 
     auto details = engine.job(*id);
     ASSERT_TRUE(details.ok()) << details.error().toStdString();
@@ -230,32 +229,6 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
     ASSERT_TRUE(engine.remove(*id).ok());
     EXPECT_FALSE(Find(engine, FaxState::Failed, *id));
     EXPECT_FALSE(engine.kill(*id).ok());
-}
-
-TEST_F(HylafaxTest, KeptJobFileIsSentAgainAndAPendingJobRemoved)
-{
-    HylafaxClient engine(where());
-    auto copy = CopyJobFile(jobFile, temp.path(), 15);
-    ASSERT_TRUE(copy.ok()) << copy.error().toStdString();
-    EXPECT_EQ(QFileInfo(*copy).fileName(), u"FX150001.FMF"_s);
-    FaxJob again = sampleJob();
-    again.documents = {*copy};
-    again.jobFile = *copy;
-    again.faxNumber = u"5550000"_s;
-    auto id = engine.submit(again);
-    ASSERT_TRUE(id.ok()) << id.error().toStdString();
-    auto pending = Find(engine, FaxState::Pending, *id);
-    ASSERT_TRUE(pending);
-    EXPECT_EQ(pending->pages, 4);
-    EXPECT_EQ(pending->number, u"5550000"_s);
-    const QString queued = FaxTestServer::Get()->queueFile(u"sendq"_s, *id);
-    const QString document = queued.section(u"\ntiff:"_s, 1).section(u'\n', 0, 0).section(u':', 2);
-    EXPECT_EQ(Bytes(FaxTestServer::Get()->spool() + u'/' + document), Bytes(jobFile));
-    EXPECT_EQ(pending->tag, *copy);
-
-    ASSERT_TRUE(engine.remove(*id).ok());
-    EXPECT_FALSE(Find(engine, FaxState::Pending, *id));
-    EXPECT_FALSE(Find(engine, FaxState::Failed, *id));
 }
 
 TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
@@ -297,27 +270,87 @@ TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
     EXPECT_TRUE(none.error().contains(u"can't connect"_s)) << none.error().toStdString();
 }
 
-// Waits for the server's kill time (one minute): run alone with
-// --gtest_filter=HylafaxKillTime.*, or leave out with --gtest_filter=-HylafaxKillTime.*
-class HylafaxKillTime : public HylafaxTest {};
-
-TEST_F(HylafaxKillTime, UnsentJobFailsAtItsKillTime)
+TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
 {
-    HylafaxClient engine(where());
-    FaxJob job = sampleJob();
-    job.killMinutes = 1;
-    auto id = engine.submit(job);
-    ASSERT_TRUE(id.ok()) << id.error().toStdString();
-    ASSERT_TRUE(Find(engine, FaxState::Pending, *id));
-    std::optional<FaxJobInfo> failed;
-    QElapsedTimer clock;
-    clock.start();
-    while (!failed && clock.elapsed() < 150000) {
-        QThread::msleep(2000);
-        failed = Find(engine, FaxState::Failed, *id);
+    const QList<FaxColumn> defaults = DefaultControlColumns();
+    ASSERT_EQ(defaults.size(), FaxColumnCount);
+
+    QList<FaxColumn> dragged = defaults;
+    dragged[0].width = 31;
+    dragged[10].width = 9;  // Speed shown
+    dragged[1].width = 0;   // Phone hidden
+    EXPECT_EQ(ReadControlColumns(WriteControlColumns(dragged))[0].width, 31);
+    EXPECT_EQ(WriteControlColumns(ReadControlColumns(WriteControlColumns(dragged))), WriteControlColumns(dragged));
+
+    const QString text = WriteControlColumns(defaults);
+    for (const QString& bad : QStringList{QString(), u"Company,20"_s, text + u",Extra,3"_s, QString(text).replace(u"Company,20"_s, u"Company,x"_s),
+                               QString(text).replace(u"Company,20"_s, u",20"_s)})
+        EXPECT_EQ(WriteControlColumns(ReadControlColumns(bad)), text) << bad.toStdString();
+}
+
+TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
+{
+    const struct {
+        QString server, user;
+        QString host;
+        int port;  // 0: refused
+        QString login;
+    } rows[] = {
+        {{}, {}, u"localhost"_s, 4559, fax::LoginName()},
+        {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
+        {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()},
+        {u"[::1]:4561"_s, {}, u"::1"_s, 4561, {}},
+        {u"fax:port"_s, {}, {}, 0, {}},
+        {u"fax:70000"_s, {}, {}, 0, {}},
+    };
+    for (const auto& row : rows) {
+        const auto server = fax::ServerSettings([&](const QString& key) {
+            return key == fax::FaxServer ? row.server : key == fax::FaxUser ? row.user : QString();
+        });
+        ASSERT_EQ(server.ok(), row.port != 0) << row.server.toStdString();
+        if (!server) {
+            EXPECT_TRUE(server.error().contains(row.server)) << server.error().toStdString();
+            continue;
+        }
+        EXPECT_EQ(server->host, row.host);
+        EXPECT_EQ(server->port, row.port);
+        if (!row.login.isEmpty()) {
+            EXPECT_EQ(server->user, row.login);
+        }
     }
-    ASSERT_TRUE(failed) << "not failed after " << clock.elapsed() << " ms";
-    EXPECT_EQ(failed->status, u"Kill time expired"_s);
-    EXPECT_EQ(failed->tag, jobFile);
-    std::cout << "failed after " << clock.elapsed() << " ms: " << failed->status.toStdString() << std::endl;
+    const auto sender = fax::SenderSettings([](const QString& key) { return key == fax::Retries ? u"x"_s : QString(); }, u"/opt/tarlox/"_s);
+    // No page of the program directory's own: the one that ships with the program.
+    EXPECT_TRUE(sender.coverPage.endsWith(u"/tarlox.cpe"_s) && QFile::exists(sender.coverPage)) << sender.coverPage.toStdString();
+    EXPECT_EQ(sender.retries, 3);
+}
+
+TEST(FaxControl, LogPrintsFortySixJobsAPage)
+{
+    QTemporaryDir dir;
+    for (const auto& [jobs, pages] : {std::pair{0, 1}, {46, 1}, {47, 2}, {93, 3}}) {
+        QList<FaxJobInfo> rows(jobs);
+        for (int i = 0; i < jobs; ++i) {
+            rows[i].id = QString::number(i + 1);
+            rows[i].toCompany = u"A company with a name of more than twenty-seven characters"_s;
+        }
+        const QString file = dir.filePath(QStringLiteral("log%1.pdf").arg(jobs));
+        {
+            QPdfWriter pdf(file);
+            pdf.setPageOrientation(QPageLayout::Landscape);
+            EXPECT_EQ(PrintFaxLog(pdf, rows), pages) << jobs;
+        }
+        QFile written(file);
+        ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+        EXPECT_EQ(written.readAll().count("/Type /Page\n"), pages) << jobs;
+    }
+    FaxJobInfo job;
+    job.toCompany = u"A company with a name of more than twenty-seven characters"_s;
+    job.toName = u"Somebody with a long name"_s;
+    job.fromName = u"Pat Sender-Smith"_s;
+    const auto line = FaxLogLine(&job);
+    const auto head = FaxLogLine(nullptr);
+    ASSERT_EQ(line.size(), head.size());
+    EXPECT_EQ(line[0].second.size(), 27);
+    EXPECT_EQ(line[1].second, u"Somebody with a lo"_s);
+    EXPECT_EQ(line[4].second, u"Pat Sender"_s);
 }

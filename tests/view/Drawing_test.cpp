@@ -1,11 +1,8 @@
 #include "view/Drawing.h"
-
-#include "store/PageImage.h"
-#include "store/TestPages.h"
-#include "store/TiffWriter.h"
+#include "view/PagePreview.h"
+#include "view/ViewGeometry.h"
 #include "view/ViewerTestSupport.h"
 
-#include <QFontMetricsF>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -35,57 +32,25 @@ QSizeF fixedMeasure(const QString& line) { return QSizeF(10.0 * line.size(), 20)
 
 }  // namespace
 
-TEST_F(DrawingTest, LineIsBurnedAtFullResolutionWithItsWidth)
+TEST_F(DrawingTest, LinesAreBurnedAtFullResolutionAndCutAtTheEdge)
 {
     DrawLine(page, QPointF(100, 1000.4), QPointF(2000, 1000.4), 9);
     EXPECT_EQ(page.colorTable(), MonoColorTable());
-    // Nine pixels thick, centred on row 1000, all along its length.
+    // Nine pixels thick, centred on row 1000, all along its length and nothing past its ends.
     for (int x : {105, 1000, 1995}) {
-        EXPECT_TRUE(IsBlackAt(page, x, 996)) << x;
-        EXPECT_TRUE(IsBlackAt(page, x, 1004)) << x;
-        EXPECT_FALSE(IsBlackAt(page, x, 994)) << x;
-        EXPECT_FALSE(IsBlackAt(page, x, 1006)) << x;
+        EXPECT_TRUE(IsBlackAt(page, x, 996) && IsBlackAt(page, x, 1004)) << x;
+        EXPECT_FALSE(IsBlackAt(page, x, 994) || IsBlackAt(page, x, 1006)) << x;
     }
-    // Nothing past its ends.
-    EXPECT_FALSE(IsBlackAt(page, 90, 1000));
-    EXPECT_FALSE(IsBlackAt(page, 2010, 1000));
-}
+    EXPECT_FALSE(IsBlackAt(page, 90, 1000) || IsBlackAt(page, 2010, 1000));
 
-TEST_F(DrawingTest, DiagonalAndOutsideStrokesAreCutAtTheEdge)
-{
     DrawLine(page, QPointF(-500, -500), QPointF(500, 500), 1);
     for (int i = 0; i < 500; i += 50)
         EXPECT_TRUE(IsBlackAt(page, i, i)) << i;
-    EXPECT_EQ(page.size(), QSize(2550, 3300));
     DrawLine(page, QPointF(3000, 4000), QPointF(3100, 4100), 5);  // wholly outside: nothing, no crash
+    EXPECT_EQ(page.size(), QSize(2550, 3300));
     EXPECT_EQ(blackIn(page, QRect(2400, 3200, 150, 100)), 0);
-}
 
-TEST_F(DrawingTest, RectangleOutlineLeavesTheInsideAlone)
-{
-    FillBlack(page, 500, 500, 20, 20);  // text inside the frame
-    DrawRect(page, QRectF(QPointF(400, 400), QPointF(800, 700)), 4, false, true);
-    for (const QPoint& p : {QPoint(400, 400), QPoint(800, 550), QPoint(600, 700)})
-        EXPECT_TRUE(IsBlackAt(page, p.x(), p.y())) << p.x() << "," << p.y();
-    EXPECT_FALSE(IsBlackAt(page, 405, 550));  // just inside the 4-pixel border
-    EXPECT_TRUE(IsBlackAt(page, 510, 510));   // the text stays
-}
-
-TEST_F(DrawingTest, WhiteFilledRectangleBlanksOutAndBlackFillCovers)
-{
-    FillBlack(page, 1000, 1000, 300, 300);
-    DrawRect(page, QRectF(QPointF(1050, 1050), QPointF(1250, 1250)), 1, true, false);
-    EXPECT_EQ(blackIn(page, QRect(1052, 1052, 196, 196)), 0);
-    EXPECT_TRUE(IsBlackAt(page, 1040, 1040));  // outside stays black
-    EXPECT_TRUE(IsBlackAt(page, 1260, 1260));
-
-    DrawRect(page, QRectF(QPointF(100, 100), QPointF(200, 150)), 1, true, true);
-    EXPECT_EQ(blackIn(page, QRect(101, 101, 98, 48)), 98 * 48);
-}
-
-TEST_F(DrawingTest, GreyPageIsDrawnOnInColour)
-{
-    QImage grey(300, 300, QImage::Format_Grayscale8);
+    QImage grey(300, 300, QImage::Format_Grayscale8);  // a grey page is drawn on in colour
     grey.fill(200);
     DrawLine(grey, QPointF(10, 150), QPointF(290, 150), 3);
     EXPECT_EQ(grey.format(), QImage::Format_RGB32);
@@ -93,66 +58,71 @@ TEST_F(DrawingTest, GreyPageIsDrawnOnInColour)
     EXPECT_EQ(qGray(grey.pixel(150, 10)), 200);
 }
 
-TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
+TEST_F(DrawingTest, RectanglesOutlinedOrFilledWhiteOrBlack)
 {
-    // Twelve points start at 36 pixels; a ten-pixel rectangle takes 10.
-    const TextFit low = FitStampText(QStringLiteral("APPROVED"), 12, 1000, 10, fixedMeasure);
-    EXPECT_EQ(low.startHeight, 36);
-    EXPECT_EQ(low.height, 10);
+    FillBlack(page, 500, 500, 20, 20);  // text inside the frame
+    DrawRect(page, QRectF(QPointF(400, 400), QPointF(800, 700)), 4, false, true);
+    for (const QPoint& p : {QPoint(400, 400), QPoint(800, 550), QPoint(600, 700)})
+        EXPECT_TRUE(IsBlackAt(page, p.x(), p.y())) << p.x() << "," << p.y();
+    EXPECT_FALSE(IsBlackAt(page, 405, 550));  // just inside the 4-pixel border
+    EXPECT_TRUE(IsBlackAt(page, 510, 510));   // the text stays
 
-    // "|" at the end makes an empty last line that still counts.
-    const TextFit trailing = FitStampText(QStringLiteral("OK|"), 10, 1000, 1000, fixedMeasure);
-    EXPECT_EQ(trailing.lineCount, 2);
-    EXPECT_EQ(trailing.lines.last(), QString());
-    EXPECT_EQ(trailing.height, 30);  // fits: the size is a maximum, never grown
-
-    // 20 characters measure 200 x 20; at height 30 that is 300 wide, in a box 150 wide: half.
-    const TextFit wide = FitStampText(QStringLiteral("ABCDEFGHIJKLMNOPQRST"), 10, 150, 1000, fixedMeasure);
-    EXPECT_DOUBLE_EQ(wide.textWidth, 300);
-    EXPECT_EQ(wide.height, 15);
-
-    // Both too big: the smaller scale wins. Three lines of 90 in 60 high -> 20; width 100/300*30 -> 10.
-    const TextFit both = FitStampText(QStringLiteral("ABCDEFGHIJKLMNOPQRST|B|C"), 10, 100, 60, fixedMeasure);
-    EXPECT_EQ(both.lineCount, 3);
-    EXPECT_EQ(both.height, 10);
+    FillBlack(page, 1000, 1000, 300, 300);
+    DrawRect(page, QRectF(QPointF(1050, 1050), QPointF(1250, 1250)), 1, true, false);
+    EXPECT_EQ(blackIn(page, QRect(1052, 1052, 196, 196)), 0);
+    EXPECT_TRUE(IsBlackAt(page, 1040, 1040) && IsBlackAt(page, 1260, 1260));  // outside stays black
+    DrawRect(page, QRectF(QPointF(100, 100), QPointF(200, 150)), 1, true, true);
+    EXPECT_EQ(blackIn(page, QRect(101, 101, 98, 48)), 98 * 48);
 }
 
-TEST_F(DrawingTest, TextStampIsDrawnInItsRectangleFromTheTop)
+TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
+{
+    const struct {
+        const char* text;
+        int points;
+        double width, height;
+        int lines, fitted;
+    } rows[] = {
+        {"APPROVED", 12, 1000, 10, 1, 10},  // twelve points start at 36 pixels; a ten-pixel rectangle takes 10
+        {"OK|", 10, 1000, 1000, 2, 30},     // an empty last line still counts; the size is a maximum, never grown
+        {"ABCDEFGHIJKLMNOPQRST", 10, 150, 1000, 1, 15},  // 300 wide at height 30 in a box 150 wide: half
+        {"ABCDEFGHIJKLMNOPQRST|B|C", 10, 100, 60, 3, 10},  // both too big: the smaller scale wins
+    };
+    for (const auto& row : rows) {
+        const TextFit fit = FitStampText(QLatin1String(row.text), row.points, row.width, row.height, fixedMeasure);
+        EXPECT_EQ(fit.lineCount, row.lines) << row.text;
+        EXPECT_EQ(fit.height, row.fitted) << row.text;
+    }
+    EXPECT_EQ(FitStampText(QStringLiteral("A"), 12, 1000, 10, fixedMeasure).startHeight, 36);
+    EXPECT_DOUBLE_EQ(FitStampText(QStringLiteral("ABCDEFGHIJKLMNOPQRST"), 10, 150, 1000, fixedMeasure).textWidth, 300);
+}
+
+TEST_F(DrawingTest, TextStampsStandInTheirRectangle)
 {
     TextStamp stamp{QStringLiteral("RECEIVED|QA"), QStringLiteral("DejaVu Sans"), 20, true, false, false, false};
     ASSERT_TRUE(DrawTextStamp(page, QRectF(QPointF(300, 300), QPointF(1300, 500)), stamp));
     EXPECT_GT(blackIn(page, QRect(300, 300, 1000, 200)), 1000);
     EXPECT_EQ(blackIn(page, QRect(0, 502, 2550, 2798)), 0);
     EXPECT_GT(blackIn(page, QRect(300, 300, 300, 200)), 0);  // left-aligned
-}
 
-TEST_F(DrawingTest, CentredTextStandsInTheMiddle)
-{
-    TextStamp stamp{QStringLiteral("I"), QStringLiteral("DejaVu Sans"), 20, false, false, true, false};
-    ASSERT_TRUE(DrawTextStamp(page, QRectF(QPointF(0, 0), QPointF(1000, 100)), stamp));
-    EXPECT_EQ(blackIn(page, QRect(0, 0, 450, 100)), 0);
-    EXPECT_GT(blackIn(page, QRect(450, 0, 100, 100)), 0);
-    EXPECT_EQ(blackIn(page, QRect(550, 0, 450, 100)), 0);
-}
+    QImage centred = NewMonoPage(1000, 100);
+    ASSERT_TRUE(DrawTextStamp(centred, QRectF(0, 0, 1000, 100), {QStringLiteral("I"), QStringLiteral("DejaVu Sans"), 20, false, false, true, false}));
+    EXPECT_EQ(blackIn(centred, QRect(0, 0, 450, 100)) + blackIn(centred, QRect(550, 0, 450, 100)), 0);
+    EXPECT_GT(blackIn(centred, QRect(450, 0, 100, 100)), 0);
 
-TEST_F(DrawingTest, ReplacingStampWipesTheAreaOverlayKeepsThePage)
-{
-    FillBlack(page, 0, 0, 2550, 600);  // a page black at the top
+    // Replacing wipes the area; an overlay keeps the page.
+    FillBlack(page, 0, 0, 2550, 600);
     QImage overlaid = page;
     TextStamp replace{QStringLiteral("X"), QStringLiteral("DejaVu Sans"), 10, false, false, false, false};
     ASSERT_TRUE(DrawTextStamp(page, QRectF(QPointF(100, 100), QPointF(400, 200)), replace));
     EXPECT_LT(blackIn(page, QRect(100, 100, 300, 100)), 300 * 100 / 2);  // mostly white now
-    TextStamp overlay = replace;
-    overlay.overlay = true;
-    ASSERT_TRUE(DrawTextStamp(overlaid, QRectF(QPointF(100, 100), QPointF(400, 200)), overlay));
+    replace.overlay = true;
+    ASSERT_TRUE(DrawTextStamp(overlaid, QRectF(QPointF(100, 100), QPointF(400, 200)), replace));
     EXPECT_EQ(blackIn(overlaid, QRect(100, 100, 300, 100)), 300 * 100);  // black stays black
-}
 
-TEST_F(DrawingTest, OverlongFontNameIsRefusedWithAMessage)
-{
     const QImage before = page;
-    TextStamp stamp{QStringLiteral("A"), QString(40, QLatin1Char('F')), 10, false, false, false, false};
-    const IoStatus drawn = DrawTextStamp(page, QRectF(0, 0, 200, 100), stamp);
+    replace.fontName = QString(40, QLatin1Char('F'));
+    const IoStatus drawn = DrawTextStamp(page, QRectF(0, 0, 200, 100), replace);
     ASSERT_FALSE(drawn);
     EXPECT_TRUE(drawn.error().contains(QStringLiteral("longer than 32")));
     EXPECT_TRUE(SamePixels(before, page));
@@ -168,15 +138,13 @@ TEST_F(DrawingTest, StampImageKeepsItsProportions)
     EXPECT_FALSE(IsBlackAt(page, 1401, 1100));
 
     // A wider stamp (200 x 50) into 400 x 400: 400 x 100 at the top, a gap below left as it was.
-    QImage other = NewMonoPage(2550, 3300);
-    FillBlack(other, 0, 1500, 2550, 1000);
+    FillBlack(page, 0, 1500, 2550, 1000);
     QImage wide = NewMonoPage(200, 50);
-    wide.fill(0);
     FillBlack(wide, 0, 0, 200, 50);
-    LayStamp(other, QRectF(QPointF(100, 1000), QPointF(500, 1400)), wide, false);
-    EXPECT_EQ(blackIn(other, QRect(100, 1000, 400, 100)), 400 * 100);
-    EXPECT_EQ(blackIn(other, QRect(100, 1102, 400, 298)), 0);
-    EXPECT_TRUE(IsBlackAt(other, 300, 1600));
+    LayStamp(page, QRectF(QPointF(100, 1000), QPointF(500, 1400)), wide, false);
+    EXPECT_EQ(blackIn(page, QRect(100, 1000, 400, 100)), 400 * 100);
+    EXPECT_EQ(blackIn(page, QRect(100, 1102, 400, 298)), 0);
+    EXPECT_TRUE(IsBlackAt(page, 300, 1600));
 }
 
 TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
@@ -187,10 +155,103 @@ TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
     EXPECT_FALSE(LoadStampPicture(bogus).error().isEmpty());
     EXPECT_FALSE(LoadStampPicture(dir.filePath(QStringLiteral("missing.tif"))));
     EXPECT_FALSE(LoadStampPicture(QString()));
-
     const QString good = dir.filePath(QStringLiteral("good.tif"));
     ASSERT_TRUE(WriteTiff(good, {NumberedPage(2, 200, 100)}));
     const auto picture = LoadStampPicture(good);
     ASSERT_TRUE(picture) << picture.error().toStdString();
     EXPECT_EQ(picture->size(), QSize(200, 100));
+}
+
+TEST(PagePreview, ThinStrokesStayVisibleWhenShrunk)
+{
+    // One-pixel lines every 7 pixels: sampling every third pixel would drop
+    // most of them; averaging keeps every one as grey.
+    QImage page = NewMonoPage(2550, 3300);
+    for (int x = 3; x < 2550; x += 7)
+        FillBlack(page, x, 0, 1, 3300);
+    const QImage grey = ShrinkMonoToGrey(page, page.rect(), QSize(850, 1100));
+    ASSERT_EQ(grey.format(), QImage::Format_Grayscale8);
+    ASSERT_EQ(grey.size(), QSize(850, 1100));
+    for (int x = 3; x < 2540; x += 7) {
+        const int column = x / 3;
+        EXPECT_LT(qGray(grey.pixel(column, 500)), 255) << x;
+        EXPECT_GT(qGray(grey.pixel(column, 500)), 100) << x;  // grey, not black: one of three pixels
+    }
+}
+
+TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)
+{
+    QImage page = NewMonoPage(40, 40);
+    FillBlack(page, 0, 0, 20, 40);  // left half black
+    FillBlack(page, 20, 0, 10, 20);  // a quarter of the right half's top
+    const QImage grey = ShrinkMonoToGrey(page, page.rect(), QSize(2, 2));
+    EXPECT_EQ(qGray(grey.pixel(0, 0)), 0);
+    EXPECT_EQ(qGray(grey.pixel(0, 1)), 0);
+    EXPECT_NEAR(qGray(grey.pixel(1, 0)), 127.5, 0.5);  // half of the box black
+    EXPECT_EQ(qGray(grey.pixel(1, 1)), 255);
+
+    // An area not on byte boundaries, odd sizes.
+    const QImage part = ShrinkMonoToGrey(page, QRect(13, 5, 17, 9), QSize(5, 3));
+    ASSERT_EQ(part.size(), QSize(5, 3));
+    EXPECT_EQ(qGray(part.pixel(0, 0)), 0);      // columns 13-15: black
+    EXPECT_EQ(qGray(part.pixel(4, 2)), 0);      // columns 26-29, rows 11-13: black
+}
+
+TEST(PagePreview, RenderViewCentresTheFittedPage)
+{
+    QImage page = NewMonoPage(1000, 2000);
+    page.fill(1);  // all black
+    const ViewGeometry g{page.size(), QSize(600, 500)};
+    EXPECT_DOUBLE_EQ(g.scale(), 0.25);
+    const QImage view = RenderView(page, g);
+    ASSERT_EQ(view.size(), QSize(600, 500));
+    EXPECT_EQ(qGray(view.pixel(300, 250)), 0);
+    EXPECT_EQ(qGray(view.pixel(10, 250)), 0x80);  // ground beside the page
+    EXPECT_EQ(qGray(view.pixel(174, 250)), 0x80);
+    EXPECT_EQ(qGray(view.pixel(176, 250)), 0);
+}
+
+TEST(ViewGeometry, MapsBothWaysFittedAndMagnified)
+{
+    ViewGeometry g{QSize(2550, 3300), QSize(850, 1100)};
+    EXPECT_DOUBLE_EQ(g.scale(), 1.0 / 3);
+    EXPECT_EQ(g.toImage(QPointF(100, 200)), QPointF(300, 600));
+    EXPECT_EQ(g.toWindow(QPointF(300, 600)), QPointF(100, 200));
+
+    // A square of 200 image pixels in a 400 x 300 window: 1.5 window pixels a pixel.
+    g = ViewGeometry{QSize(2550, 3300), QSize(400, 300), true, 200, 1000, 1500};
+    EXPECT_DOUBLE_EQ(g.scale(), 1.5);
+    EXPECT_EQ(g.toImage(QPointF(0, 0)), QPointF(1000, 1500));
+    EXPECT_EQ(g.toImage(QPointF(300, 300)), QPointF(1200, 1700));
+    EXPECT_GT(g.scrollRange().width(), 0);
+
+    // Magnified near the far corner: the view stays on the page.
+    g.zoomLeft = 2500;
+    g.zoomTop = 3290;
+    const QPointF corner = g.toImage(QPointF(400, 300));
+    EXPECT_NEAR(corner.x(), 2550, 1e-9);
+    EXPECT_NEAR(corner.y(), 3300, 1e-9);
+}
+
+TEST(TurnPage, QuarterTurnsMovePixelsAndSwapResolution)
+{
+    QImage page = NewMonoPage(300, 200);
+    SetDpi(page, Dpi{300, 200});
+    FillBlack(page, 0, 0, 10, 10);  // upper left corner
+    const QImage ccw = TurnPage(page, 1);
+    ASSERT_EQ(ccw.size(), QSize(200, 300));
+    EXPECT_TRUE(IsBlackAt(ccw, 5, 295));  // counter-clockwise: upper left goes to lower left
+    EXPECT_EQ(DpiOf(ccw), (Dpi{200, 300}));
+    EXPECT_TRUE(IsBlackAt(TurnPage(page, -1), 195, 5));  // clockwise: to upper right
+    const QImage flipped = TurnPage(page, 2);
+    EXPECT_EQ(flipped.size(), page.size());
+    EXPECT_TRUE(IsBlackAt(flipped, 295, 195));
+    EXPECT_TRUE(SamePixels(TurnPage(TurnPage(page, 1), 1), flipped));
+    EXPECT_TRUE(SamePixels(TurnPage(page, 4), page));
+    EXPECT_TRUE(IsBlackAndWhite(ccw));
+
+    QImage colour(30, 20, QImage::Format_RGB32);
+    colour.fill(Qt::white);
+    colour.setPixel(0, 0, qRgb(255, 0, 0));
+    EXPECT_EQ(TurnPage(colour, 1).pixel(0, 29), qRgb(255, 0, 0));
 }

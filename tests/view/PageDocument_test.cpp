@@ -7,6 +7,7 @@
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"
+#include "support/SystemTexts.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,12 +22,6 @@ using namespace tarlox::test;
 
 namespace {
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The person's side of the property forms: each form, when shown, leaves
 // the values a person would type.
 class Host : public ViewerHost {
@@ -37,16 +32,12 @@ public:
         ++lineForms;
         s.draw.lineWidth = lineWidthTyped;
     }
-    void showRectangleProperties() override { ++rectangleForms; }
     void showStampProperties() override { ++stampForms; }
-    void refresh() override { ++refreshes; }
 
     Session& s;
     int lineWidthTyped = 1;
     int lineForms = 0;
-    int rectangleForms = 0;
     int stampForms = 0;
-    int refreshes = 0;
 };
 
 class Scanner : public PageSource {
@@ -54,7 +45,6 @@ public:
     bool confirm(RescanRequest& request) override
     {
         seen = request;
-        ++confirms;
         return confirmed;
     }
     IoResult<QImage> acquire(const RescanRequest&) override
@@ -68,7 +58,6 @@ public:
     std::optional<QImage> next;
     QString error;
     RescanRequest seen;
-    int confirms = 0;
     int acquired = 0;
 };
 
@@ -139,7 +128,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Viewer, OnePageFileKeepsPageMenuAndDeleteOff)
+TEST_F(Viewer, PageMenuFollowsThePageCount)
 {
     open(1);
     EXPECT_EQ(doc.pageCount(), 1);
@@ -150,10 +139,8 @@ TEST_F(Viewer, OnePageFileKeepsPageMenuAndDeleteOff)
     open(2);
     EXPECT_TRUE(doc.menus().mnuPage.enabled);
     EXPECT_TRUE(doc.menus().mnuDelete.enabled);
-}
 
-TEST_F(Viewer, TwentyOnePagesAllReachableThoughTheMenuListsTwenty)
-{
+    // Twenty-one pages: all reachable though the menu lists twenty.
     open(21);
     EXPECT_EQ(doc.pageCount(), 21);
     for (int i = 1; i <= 20; ++i)
@@ -188,10 +175,8 @@ TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
     doc.mouseDown(2, QPointF(5, 5));
     EXPECT_FALSE(doc.zoomed());
     EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag around the area you want enlarged."));
-}
 
-TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
-{
+    // A narrow drag in rectangle mode magnifies instead of drawing.
     open(1);
     s().draw.rectangleWidth = 3;
     s().draw.rectangleBlack = true;
@@ -207,6 +192,14 @@ TEST_F(Viewer, NarrowDragInRectangleModeMagnifiesInsteadOfDrawing)
 
 TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
 {
+    // A turn from the settings is used, but a turn on the screen never written back.
+    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation"), QStringLiteral("90"));
+    open(1);
+    EXPECT_EQ(doc.viewRotation(), 90);
+    EXPECT_EQ(doc.page().size(), QSize(1100, 850));
+    doc.mnuRotate_Click(2);
+    EXPECT_EQ(GetLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation")), QStringLiteral("90"));
+    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation"), QStringLiteral("0"));
     open({NumberedPage(1), NumberedPage(2)});
     const QImage upright = doc.page();
     doc.mnuRotate_Click(1);
@@ -227,21 +220,17 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     EXPECT_EQ(doc.viewRotation(), 270);
 }
 
-TEST_F(Viewer, RotationFromTheSettingsIsUsedButNeverWritten)
-{
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation"), QStringLiteral("90"));
-    open(1);
-    EXPECT_EQ(doc.viewRotation(), 90);
-    EXPECT_EQ(doc.page().size(), QSize(1100, 850));
-    doc.mnuRotate_Click(2);
-    EXPECT_EQ(GetLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation")), QStringLiteral("90"));
-}
-
+// Abort drops the changes in memory; a save makes the Original and the caption says which is shown.
 TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
 {
     open(2);
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
     EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
+    drawLine();
+    doc.mnuAbort_Click();
+    EXPECT_FALSE(doc.dirty());
+    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_FALSE(QFileInfo::exists(original()));
     drawLine();
     EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
     ASSERT_TRUE(doc.mnuSave_Click());
@@ -256,16 +245,6 @@ TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
     doc.mnuViewOrig_Click();
     EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
     EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
-}
-
-TEST_F(Viewer, AbortDropsTheChangesInMemory)
-{
-    open(2);
-    drawLine();
-    doc.mnuAbort_Click();
-    EXPECT_FALSE(doc.dirty());
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_FALSE(QFileInfo::exists(original()));
 }
 
 TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
@@ -287,8 +266,7 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
 
     prompter().answer(Answer::Ok);
     doc.mnuRestOrig_Click();
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")),
-              QStringLiteral("Are you sure you want to restore the original cert\rand abort any changes that have been made?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
     EXPECT_TRUE(IsBlackAt(doc.page(), 200, 200));
     EXPECT_FALSE(QFileInfo::exists(original()));
     EXPECT_FALSE(doc.menus().mnuRestOrig.visible);
@@ -320,7 +298,7 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     prompter().answer(Answer::Cancel);
     doc.mnuDelete_Click();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), QStringLiteral("Are you sure you want to remove this page?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), texts::DeletePage);
 
     prompter().answer(Answer::Ok);
     doc.mnuDelete_Click();
@@ -338,7 +316,7 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     EXPECT_EQ(shown(), 2);
 }
 
-TEST_F(Viewer, InsertAtPageOneThroughTheScanner)
+TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
 {
     open(2);
     Scanner scanner;
@@ -349,18 +327,15 @@ TEST_F(Viewer, InsertAtPageOneThroughTheScanner)
     EXPECT_EQ(scanner.seen.mode, QLatin1Char('I'));
     EXPECT_EQ(scanner.seen.dpi, 200);
     EXPECT_DOUBLE_EQ(scanner.seen.pageLength, 11);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), QStringLiteral("Put the page to scan in the scanner"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), texts::PrepareToScan);
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{9, 1, 2}));
     EXPECT_EQ(doc.currentPage(), 1);
     EXPECT_EQ(shown(), 9);
     EXPECT_FALSE(QFileInfo::exists(original()));
-}
 
-TEST_F(Viewer, RescanAndAppendAndTheirCancels)
-{
+    // Rescan and append, and their cancels.
     open(3);
     doc.goToPage(2);
-    Scanner scanner;
     scanner.next = NumberedPage(7);
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(1, &scanner);
@@ -386,7 +361,7 @@ TEST_F(Viewer, RescanAndAppendAndTheirCancels)
     EXPECT_EQ(scanner.acquired, acquired);
 }
 
-TEST_F(Viewer, ScannerFailureIsShownAndTheFileStays)
+TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
 {
     open(2);
     Scanner scanner;
@@ -401,12 +376,9 @@ TEST_F(Viewer, ScannerFailureIsShownAndTheFileStays)
     prompter().clear();
     doc.mnuScan_Click(1, nullptr);
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("ReScan Page")));
-}
 
-TEST_F(Viewer, ShortScanIsQuestionedAndDroppedByDefault)
-{
+    // A short scan is questioned and dropped by default.
     open(1);
-    Scanner scanner;
     scanner.next = NumberedPage(5, 850, 600);  // 6 inches of an 11 inch page
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(3, &scanner);
@@ -515,7 +487,7 @@ TEST_F(Viewer, PageNumberPastTheEndShowsTheLastPage)
     EXPECT_FALSE(reportShown());
 }
 
-TEST_F(Viewer, UnreadableStampIsReportedAndDrawingGoesOn)
+TEST_F(Viewer, UnreadableStampIsReportedTextStampDrawn)
 {
     open(1);
     s().draw.stampType = QStringLiteral("Image");
@@ -527,10 +499,8 @@ TEST_F(Viewer, UnreadableStampIsReportedAndDrawingGoesOn)
     EXPECT_TRUE(reportShown());
     EXPECT_FALSE(doc.dirty());
     EXPECT_EQ(doc.drawMode(), QStringLiteral("Stamp"));
-}
 
-TEST_F(Viewer, TextStampAndUndefinedStampFallsBackToMagnify)
-{
+    // An undefined text stamp opens its form and falls back to magnifying.
     open(1);
     s().draw.stampType = QStringLiteral("Text");
     s().draw.stampText.clear();
@@ -589,15 +559,15 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         bool roomForOriginal;  // the Original is made, the new Copy fails
     };
     open(3);
-    const QByteArray asScanned = bytesOf(path);
+    const QByteArray asScanned = FileBytes(path);
     doc.goToPage(2);
     for (const Row& row : {Row{"first save, Save menu", false, 300, true}, Row{"second save, close question", true, 700, false}}) {
         SCOPED_TRACE(row.name);
         drawLine(row.lineAt);
         EXPECT_FALSE(doc.goToPage(3));  // all strokes of one save on one page
         const QImage edited = doc.page();
-        const QByteArray copyBefore = bytesOf(path);
-        const QByteArray originalBefore = bytesOf(original());
+        const QByteArray copyBefore = FileBytes(path);
+        const QByteArray originalBefore = FileBytes(original());
         const QStringList filesBefore = QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden);
         const auto save = [&]() -> IoStatus {
             if (!row.onClose)
@@ -617,18 +587,18 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         EXPECT_TRUE(doc.dirty());
         EXPECT_EQ(doc.currentPage(), 2);
         EXPECT_TRUE(SamePixels(doc.page(), edited));
-        EXPECT_EQ(bytesOf(path), copyBefore);
-        EXPECT_EQ(bytesOf(original()), originalBefore);
+        EXPECT_EQ(FileBytes(path), copyBefore);
+        EXPECT_EQ(FileBytes(original()), originalBefore);
         EXPECT_EQ(QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden), filesBefore);  // no work file, no new Original
 
         ASSERT_TRUE(save());
         EXPECT_FALSE(doc.dirty());
         EXPECT_EQ(doc.drawMode(), QString());
-        EXPECT_EQ(bytesOf(original()), asScanned);
+        EXPECT_EQ(FileBytes(original()), asScanned);
         EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
         EXPECT_TRUE(SamePixels(*TiffReader::open(path)->readPage(1), edited));
     }
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), QStringLiteral("Do you want to save your changes?"));
+    EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), texts::SaveChanges);
 }
 
 TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)

@@ -1,49 +1,34 @@
 #include "view/PageFiles.h"
-
-#include "store/TiffReader.h"
-#include "store/TiffWriter.h"
 #include "view/ViewerTestSupport.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
-
-#include <utime.h>
+#include <QThread>
 
 #include <gtest/gtest.h>
+
+#include <utime.h>
+#include <csignal>
 
 using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 class PageFilesTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        EnsureGuiApplication();
-        copy = dir.filePath(QStringLiteral("TR000042.TIF"));
-        original = dir.filePath(QStringLiteral("OR000042.TIF"));
-    }
+    void SetUp() override { EnsureGuiApplication(); }
     void store(int pages) { ASSERT_TRUE(WriteTiff(copy, NumberedPages(pages))); }
-    QStringList leftovers() const
-    {
-        return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).filter(QStringLiteral("part"));
-    }
+    QStringList leftovers() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).filter(QStringLiteral("part")); }
 
     QTemporaryDir dir;
-    QString copy;
-    QString original;
+    QString copy = dir.filePath(QStringLiteral("TR000042.TIF"));
+    QString original = dir.filePath(QStringLiteral("OR000042.TIF"));
 };
-
-std::optional<QImage> noPage() { return std::nullopt; }
 
 }  // namespace
 
@@ -52,22 +37,18 @@ TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
     QList<QImage> pages = NumberedPages(3);
     pages[2] = NumberedPage(3, 1100, 850);  // a landscape page
     ASSERT_TRUE(WriteTiff(copy, pages));
-    QImage edited = NumberedPage(1);
-    ASSERT_TRUE(SaveEditedCopy(copy, original, edited, 1));
+    ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
     auto reader = TiffReader::open(copy);
     ASSERT_TRUE(reader);
     ASSERT_EQ(reader->pageCount(), 3);
     EXPECT_EQ(reader->pageInfo(2)->width, 850);  // stored upright
     EXPECT_EQ(reader->pageInfo(2)->height, 1100);
-    // The untouched portrait page is byte for byte the same data.
-    auto before = TiffReader::open(original);
-    ASSERT_TRUE(before);
-    EXPECT_TRUE(SamePixels(*before->readPage(1), *reader->readPage(1)));
+    // The untouched portrait page is the same data.
+    EXPECT_TRUE(SamePixels(*TiffReader::open(original)->readPage(1), *reader->readPage(1)));
 
     // An edited page wider than high is stored turned too.
     ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(2, 1100, 850), 2));
-    auto after = TiffReader::open(copy);
-    EXPECT_EQ(after->pageInfo(1)->width, 850);
+    EXPECT_EQ(TiffReader::open(copy)->pageInfo(1)->width, 850);
 }
 
 TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
@@ -75,97 +56,80 @@ TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
     EXPECT_FALSE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
     EXPECT_FALSE(QFileInfo::exists(original));
     store(2);
-    const QByteArray before = bytesOf(copy);
+    const QByteArray before = FileBytes(copy);
     const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
     ASSERT_FALSE(beyond);
     EXPECT_TRUE(beyond.error().contains(QStringLiteral("no longer")));
-    EXPECT_EQ(bytesOf(copy), before);
     EXPECT_FALSE(SaveEditedCopy(copy, original, QImage(), 1));
-    EXPECT_EQ(bytesOf(copy), before);
+    EXPECT_EQ(FileBytes(copy), before);
 }
 
-TEST_F(PageFilesTest, DeleteFirstAndLastOfThree)
+// Each page operation on a stored file: the pages in their new order, or the
+// file as it was when there is nothing to do; never an Original, never a work file left.
+TEST_F(PageFilesTest, PageOperations)
 {
-    store(3);
-    auto first = RewritePages(copy, ScanMode::Delete, 1, noPage);
-    ASSERT_TRUE(first);
-    EXPECT_TRUE(first->written);
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{2, 3}));
-    store(3);
-    ASSERT_TRUE(RewritePages(copy, ScanMode::Delete, 3, noPage));
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{1, 2}));
-    EXPECT_FALSE(QFileInfo::exists(original));  // page operations make no Original
-}
-
-TEST_F(PageFilesTest, LastPageCannotBeDeleted)
-{
-    store(1);
-    const auto result = RewritePages(copy, ScanMode::Delete, 1, noPage);
-    ASSERT_FALSE(result);
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{1}));
-}
-
-TEST_F(PageFilesTest, InsertReplaceAndAppend)
-{
-    store(3);
-    bool asked = false;
-    const auto page9 = [&]() -> std::optional<QImage> {
-        asked = true;
-        return NumberedPage(9);
+    const struct {
+        const char* name;
+        int pages;
+        ScanMode mode;
+        int at;
+        int scanned;  // the page the scanner gives, 0 for none
+        bool ok, written;
+        QList<int> after;  // empty: the file as it was
+    } rows[] = {
+        {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}},
+        {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
+        {"the only page stays", 1, ScanMode::Delete, 1, 0, false, false, {}},
+        {"insert before the first", 3, ScanMode::Insert, 1, 9, true, true, {9, 1, 2, 3}},
+        {"replace", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}},
+        {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
+        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}},
+        {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {}},
+        {"no such page", 2, ScanMode::Replace, 5, 7, false, false, {}},
     };
-    ASSERT_TRUE(RewritePages(copy, ScanMode::Insert, 1, page9));
-    EXPECT_TRUE(asked);
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 2, 3}));
-    ASSERT_TRUE(RewritePages(copy, ScanMode::Replace, 3, [] { return std::optional<QImage>(NumberedPage(7)); }));
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 7, 3}));
-    auto appended = RewritePages(copy, ScanMode::Append, 2, [] { return std::optional<QImage>(NumberedPage(5)); });
-    ASSERT_TRUE(appended);
-    EXPECT_EQ(appended->pageCount, 5);
-    EXPECT_EQ(PageNumbersOf(copy), (QList<int>{9, 1, 7, 3, 5}));
-}
-
-TEST_F(PageFilesTest, AppendToTwentyGivesTwentyOne)
-{
-    store(20);
-    auto result = RewritePages(copy, ScanMode::Append, 20, [] { return std::optional<QImage>(NumberedPage(21)); });
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->pageCount, 21);
-    EXPECT_EQ(PageNumbersOf(copy).last(), 21);
-}
-
-TEST_F(PageFilesTest, NoScannedPageLeavesTheFileAsItWas)
-{
-    store(3);
-    const QByteArray before = bytesOf(copy);
-    auto result = RewritePages(copy, ScanMode::Insert, 2, noPage);
-    ASSERT_TRUE(result);
-    EXPECT_FALSE(result->written);
-    EXPECT_EQ(bytesOf(copy), before);
-    EXPECT_TRUE(leftovers().isEmpty());
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        store(row.pages);
+        const QByteArray before = FileBytes(copy);
+        bool asked = false;
+        const auto result = RewritePages(copy, row.mode, row.at, [&]() -> std::optional<QImage> {
+            asked = true;
+            return row.scanned ? std::optional<QImage>(NumberedPage(row.scanned)) : std::nullopt;
+        });
+        ASSERT_EQ(bool(result), row.ok);
+        EXPECT_EQ(asked, row.ok && row.mode != ScanMode::Delete);
+        if (row.ok) {
+            EXPECT_EQ(result->written, row.written);
+            EXPECT_EQ(result->pageCount, row.after.isEmpty() ? row.pages + int(row.written) : row.after.size());
+        }
+        if (!row.after.isEmpty()) {
+            EXPECT_EQ(PageNumbersOf(copy), row.after);
+        } else if (row.written) {
+            EXPECT_EQ(PageNumbersOf(copy).last(), row.scanned);
+        } else {
+            EXPECT_EQ(FileBytes(copy), before);
+        }
+        EXPECT_FALSE(QFileInfo::exists(original));
+        EXPECT_TRUE(leftovers().isEmpty());
+    }
 }
 
 TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
 {
     store(2);
-    const QByteArray asScanned = bytesOf(copy);
-    ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(5), 1));
-    ASSERT_NE(bytesOf(copy), asScanned);
-    ASSERT_TRUE(RestoreOriginalFiles(copy, original));
-    EXPECT_EQ(bytesOf(copy), asScanned);
-    EXPECT_FALSE(QFileInfo::exists(original));
-    EXPECT_FALSE(RestoreOriginalFiles(copy, original));  // none left: says so, Copy stays
-    EXPECT_EQ(bytesOf(copy), asScanned);
-}
-
-TEST_F(PageFilesTest, StampChangesWhenAnotherSaveReplacesTheFile)
-{
-    store(2);
+    const QByteArray asScanned = FileBytes(copy);
     const FileStamp loaded = StampOf(copy);
     EXPECT_TRUE(loaded.exists);
     EXPECT_EQ(StampOf(copy), loaded);
-    ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
-    EXPECT_NE(StampOf(copy), loaded);
+    ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(5), 1));
+    EXPECT_NE(StampOf(copy), loaded);  // another save replaced the file
     EXPECT_FALSE(StampOf(dir.filePath(QStringLiteral("none"))).exists);
+    ASSERT_NE(FileBytes(copy), asScanned);
+    ASSERT_TRUE(RestoreOriginalFiles(copy, original));
+    EXPECT_EQ(FileBytes(copy), asScanned);
+    EXPECT_FALSE(QFileInfo::exists(original));
+    EXPECT_FALSE(RestoreOriginalFiles(copy, original));  // none left: says so, Copy stays
+    EXPECT_EQ(FileBytes(copy), asScanned);
 }
 
 TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)
@@ -174,16 +138,89 @@ TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)
     const QString stale = dir.filePath(QStringLiteral(".TR000042.TIF.abc.part"));
     const QString fresh = dir.filePath(QStringLiteral(".TR000042.TIF.def.part"));
     const QString other = dir.filePath(QStringLiteral(".TR000043.TIF.abc.part"));
-    for (const QString& path : {stale, fresh, other}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
     struct utimbuf old {};
     old.actime = old.modtime = time(nullptr) - 7200;
-    ASSERT_EQ(utime(QFile::encodeName(stale).constData(), &old), 0);
-    ASSERT_EQ(utime(QFile::encodeName(other).constData(), &old), 0);
+    for (const QString& path : {stale, fresh, other}) {
+        ASSERT_TRUE(WriteFile(path, {}));
+        if (path != fresh) {
+            ASSERT_EQ(utime(QFile::encodeName(path).constData(), &old), 0);
+        }
+    }
     EXPECT_EQ(RemoveStaleWorkFiles(copy, 3600), 1);
     EXPECT_FALSE(QFileInfo::exists(stale));
     EXPECT_TRUE(QFileInfo::exists(fresh));  // someone may be saving right now
     EXPECT_TRUE(QFileInfo::exists(other));
+}
+
+// A workstation that dies at any moment of a save or a page rewrite never
+// leaves a broken Copy, and never loses an Original once it is made.
+TEST(KillDuringSave, CopyIsAlwaysWholeAndOriginalNeverLost)
+{
+    const QString driver = qEnvironmentVariable("TARLOX_VIEW_KILL_DRIVER");
+    ASSERT_FALSE(driver.isEmpty());
+    QTemporaryDir dir;
+    const QString copy = dir.filePath(QStringLiteral("TR000001.TIF"));
+    const QString original = dir.filePath(QStringLiteral("OR000001.TIF"));
+    QList<QImage> pages;
+    for (int i = 1; i <= 3; ++i) {
+        QImage page = TextPage(1700, 2200, quint32(i), 200);
+        for (int y = 10; y < 30; ++y)
+            for (int x = 0; x < 200; ++x)
+                page.setPixel(x, y, 0);
+        FillBlack(page, 10, 10, 20 * i, 20);
+        pages.append(page);
+    }
+    ASSERT_TRUE(WriteTiff(copy, pages));
+    const QByteArray asScanned = FileBytes(copy);
+
+    QRandomGenerator random(20240305);
+    bool originalSeen = false;
+    int finishedOperations = 0;
+    int kills = 0;
+    for (int round = 0; round < 60; ++round) {
+        QProcess process;
+        process.start(driver, {copy, original});
+        ASSERT_TRUE(process.waitForStarted()) << process.errorString().toStdString();
+        QThread::msleep(random.bounded(5, 160));
+        const bool running = process.state() == QProcess::Running;
+        ::kill(pid_t(process.processId()), SIGKILL);
+        process.waitForFinished();
+        const QByteArray said = process.readAllStandardOutput();
+        finishedOperations += int(said.count('\n'));
+        ASSERT_TRUE(running) << "the driver stopped by itself: " << process.readAllStandardError().toStdString();
+        ++kills;
+
+        // The Copy: readable whole, three or four pages, the untouched pages as they were.
+        auto reader = TiffReader::open(copy);
+        ASSERT_TRUE(reader) << "round " << round << ": " << reader.error().toStdString();
+        ASSERT_TRUE(reader->pageCount() == 3 || reader->pageCount() == 4) << reader->pageCount();
+        for (int i = 0; i < reader->pageCount(); ++i) {
+            auto page = reader->readPage(i);
+            ASSERT_TRUE(page) << "round " << round << " page " << i + 1 << ": " << page.error().toStdString();
+            if (i == 0 || i == 2) {
+                EXPECT_TRUE(SamePixels(*page, pages[i])) << "round " << round << " page " << i + 1;
+            }
+            if (i == 1) {
+                EXPECT_EQ(PageNumberOf(*page), 2);
+            }
+        }
+        // The Original: once there, always there and always the file as scanned.
+        const bool originalNow = QFileInfo::exists(original);
+        if (originalSeen) {
+            ASSERT_TRUE(originalNow) << "round " << round << ": the Original was lost";
+        }
+        if (originalNow) {
+            ASSERT_EQ(FileBytes(original), asScanned) << "round " << round;
+        }
+        originalSeen = originalSeen || originalNow;
+        // No half-written file stands under a name a search for images would find.
+        const QStringList images = QDir(dir.path()).entryList({QStringLiteral("*.TIF")}, QDir::Files);
+        for (const QString& name : images)
+            EXPECT_TRUE(name == QStringLiteral("TR000001.TIF") || name == QStringLiteral("OR000001.TIF")) << name.toStdString();
+    }
+    EXPECT_GE(kills, 50);
+    EXPECT_TRUE(originalSeen);
+    // The kills fell among finished operations, not only during start-up.
+    EXPECT_GT(finishedOperations, 20);
+    std::printf("%d kills over %d finished operations\n", kills, finishedOperations);
 }

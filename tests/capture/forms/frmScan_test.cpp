@@ -1,31 +1,36 @@
 #include "capture/forms/ScanPreview.h"
+#include "base/IniFile.h"
+#include "base/TextTools.h"
 #include "capture/forms/ScannerOptionsDialog.h"
+#include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
 #include "capture/forms/frmScan.h"
 #include "capture/forms/frmScanChk.h"
 #include "capture/forms/frmVScan.h"
 #include "data/ImageData.h"
-#include "base/IniFile.h"
 #include "data/Session.h"
 #include "data/Settings.h"
-#include "base/TextTools.h"
 #include "store/PageImage.h"
 #include "store/SaneDevice.h"
+#include "store/SaneLibrary.h"
 #include "store/TiffReader.h"
+#include "support/FormControls.h"
 #include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
-#include "support/FormControls.h"
+#include "view/PageDocument.h"
+#include "view/ViewerTestSupport.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QRadioButton>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
+#include <QWidget>
 
 #include <gtest/gtest.h>
 
@@ -73,10 +78,7 @@ void showActive(QWidget& form)
 
 class ScanForms : public ::testing::Test {
 protected:
-    static void SetUpTestSuite()
-    {
-        UseSaneTestBackend();
-    }
+    static void SetUpTestSuite() { UseSaneTestBackend(); }
     void SetUp() override
     {
         ASSERT_TRUE(StartWithTestScanner(site));
@@ -140,9 +142,9 @@ TEST_F(ScanForms, DittoKeyFocusAndBrightness)
     EXPECT_EQ(form.fields().brightness, 350);
 }
 
-// Scan from the form: the page shows beside the fields while scanning;
-// afterwards Heat # and Part # are blank with the focus on Heat #, and
-// everything else is kept for the next report.
+// Scan from the form, two sheets (Yes, then No in the check dialog): each
+// page shows beside the fields while scanning; afterwards Heat # and Part #
+// are blank with the focus on Heat #, and everything else is kept for the next report.
 TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
 {
     frmScan form(s());
@@ -163,11 +165,11 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
         pages << number;
         EXPECT_FALSE(ui.button("cmdScan")->isEnabled());
         EXPECT_FALSE(child<ScanPreview>(&form, "imcMain")->page().isNull()) << "the page shows while scanning";
+        pressInScanCheck(number < 2 ? "cmdYes" : "cmdNo");
     });
-    pressInScanCheck("cmdNo");
     ui.button("cmdScan")->click();
 
-    EXPECT_EQ(pages, QList<int>{1});
+    EXPECT_EQ(pages, (QList<int>{1, 2}));
     ASSERT_TRUE(form.lastResult().stored()) << site.prompter().titles().join(QLatin1Char('|')).toStdString();
     EXPECT_TRUE(ui.line("txtHeat")->text().isEmpty());
     EXPECT_TRUE(ui.line("txtPart")->text().isEmpty());
@@ -179,6 +181,8 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
     EXPECT_EQ(s().info.part, QStringLiteral("BAR-7 BAR-7"));
     auto reader = TiffReader::open(s().imageFilePath);
     ASSERT_TRUE(reader.ok());
+    EXPECT_EQ(reader->pageCount(), 2);
+    EXPECT_EQ(reader->tags().part, QStringLiteral("BAR-7 BAR-7"));
     EXPECT_NEAR(reader->pageInfo(0)->height, 2800, 1);
 
     // A refused entry keeps the fields as typed, focus on Heat #.
@@ -193,30 +197,6 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
     form.close();
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanState")).value, QStringLiteral("0"));
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanWidth")).value, QStringLiteral("15000"));
-}
-
-// Three sheets laid on one after the other: Yes, Yes, No in the check
-// dialog gives one report of three pages.
-TEST_F(ScanForms, ThreeSheetsThroughTheCheckDialog)
-{
-    frmScan form(s());
-    const Controls ui(&form);
-    form.resize(1000, 640);
-    showActive(form);
-    QTest::keyClicks(ui.line("txtHeat"), QStringLiteral("H7 H8"));
-    QTest::keyClicks(ui.line("txtPart"), QStringLiteral("P7 P8"));
-    int passes = 0;
-    QObject::connect(&form, &frmScan::pageShown, [&](int number) {
-        ++passes;
-        pressInScanCheck(number < 3 ? "cmdYes" : "cmdNo");
-    });
-    ui.button("cmdScan")->click();
-    ASSERT_TRUE(form.lastResult().stored());
-    EXPECT_EQ(passes, 3);
-    auto reader = TiffReader::open(s().imageFilePath);
-    ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(reader->pageCount(), 3);
-    EXPECT_EQ(reader->tags().part, QStringLiteral("P7 P8"));
 }
 
 TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
@@ -300,4 +280,104 @@ TEST_F(ScanForms, ScannerSettingsDialogFromTheDevice)
     threePass = dialog.findChild<QWidget*>(QStringLiteral("three-pass"));
     ASSERT_NE(threePass, nullptr);
     EXPECT_TRUE(threePass->isEnabled()) << "the dialog was built again from the device";
+}
+
+namespace {
+
+// The person at "Scanning Dialog": picks the high resolution (or not) and
+// presses one of its buttons once it is up.
+void answerScanningDialog(const char* button, bool highResolution)
+{
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, [timer, highResolution, name = QString::fromLatin1(button)] {
+        auto* dialog = qobject_cast<frmVScan*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->findChild<QRadioButton*>(highResolution ? QStringLiteral("opt300") : QStringLiteral("opt200"))->setChecked(true);
+        dialog->findChild<QPushButton*>(name)->click();
+        timer->deleteLater();
+    });
+    timer->start();
+}
+
+class ViewerScanner : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { UseSaneTestBackend(); }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(StartWithTestScanner(site));
+        path = StoreReport(site, NumberedPages(2));
+        ASSERT_FALSE(path.isEmpty());
+        doc.load();
+        doc.FirstImage();
+        site.prompter().clear();
+    }
+
+    TestSite site{Engine::Sqlite};
+    ViewerHost host;
+    PageDocument doc{site.session(), &host};
+    QWidget window;
+    ScannerPageSource scanner{site.session(), &window};
+    QString path;
+};
+
+}  // namespace
+
+// Append and Insert through the real scanner: the page arrives in two
+// colours at the resolution chosen in the dialog, cut to the Letter frame.
+TEST_F(ViewerScanner, AppendsAScannedPageAtTheChosenResolution)
+{
+    answerScanningDialog("cmdScan", true);
+    site.prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Prepare to Scan")));
+    EXPECT_FALSE(site.prompter().wasAsked(QStringLiteral("Scanner Error"))) << site.prompter().titles().join(QLatin1Char('|')).toStdString();
+    auto reader = TiffReader::open(path);
+    ASSERT_TRUE(reader.ok());
+    ASSERT_EQ(reader->pageCount(), 3);
+    const auto added = reader->readPage(2);
+    EXPECT_EQ(qRound(DpiOf(*added).y), 300);
+    // The test device measures its frame in whole millimetres: a line may go.
+    EXPECT_NEAR(added->height(), 3300, 1);
+    EXPECT_EQ(site.session().dpi, QStringLiteral("300"));
+    EXPECT_EQ(doc.currentPage(), 3);
+
+    answerScanningDialog("cmdScan", false);
+    site.prompter().answer(Answer::Ok);
+    doc.goToPage(1);
+    doc.mnuScan_Click(2, &scanner);
+    reader = TiffReader::open(path);
+    ASSERT_EQ(reader->pageCount(), 4);
+    EXPECT_NEAR(reader->readPage(0)->height(), 2200, 1);
+    EXPECT_EQ(PageNumberOf(*reader->readPage(1)), 1);
+}
+
+TEST_F(ViewerScanner, CancelInTheDialogScansNothing)
+{
+    answerScanningDialog("cmdScanCancel", false);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_FALSE(site.prompter().wasAsked(QStringLiteral("Prepare to Scan")));
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
+}
+
+// A jam ends the page scan with the scanner's reason and leaves the file as it was.
+TEST_F(ViewerScanner, AJamKeepsTheFile)
+{
+    // The test device keeps its read status from one opening to the next
+    // while SANE runs; holding the library keeps it running.
+    const auto library = SaneLibrary::acquire();
+    ASSERT_TRUE(library);
+    {
+        auto device = SaneDevice::open(QStringLiteral("test:0"));
+        ASSERT_TRUE(device.ok());
+        ASSERT_TRUE((*device)->setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_JAMMED")).ok());
+    }
+    answerScanningDialog("cmdScan", false);
+    site.prompter().answer(Answer::Ok);
+    site.prompter().answer(Answer::Ok);
+    doc.mnuScan_Click(3, &scanner);
+    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Scanner Error"))) << site.prompter().titles().join(QLatin1Char('|')).toStdString();
+    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
 }

@@ -1,20 +1,25 @@
 #include "output/forms/frmContactFM.h"
-#include "output/forms/frmEtest.h"
-#include "output/EmailSend.h"
-
 #include "base/IniFile.h"
 #include "data/ContactData.h"
 #include "data/Settings.h"
+#include "output/EmailSend.h"
+#include "output/SelectImage.h"
+#include "output/forms/frmEmail.h"
+#include "output/forms/frmEtest.h"
 #include "support/FormControls.h"
 #include "support/MailServers.h"
 #include "support/TestSite.h"
+#include "view/ViewerTestSupport.h"
 
 #include <QCheckBox>
-#include <QFile>
+#include <QDir>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QPointer>
+#include <QProcess>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -25,17 +30,15 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-class EmailForms : public ::testing::TestWithParam<Engine> {
+class EmailForms : public SiteTest {
 protected:
-    EmailForms() : site(GetParam()) {}
-    void SetUp() override { ASSERT_TRUE(site.start()); }
-
     QString local(const QString& section, const QString& key) { return ReadIniValue(site.localIni(), section, key).value; }
     static QStringList rows(frmContactFM& form)
     {
         QStringList texts;
-        for (int i = 0; i < form.findChild<QListWidget*>(u"lstSearch"_s)->count(); ++i)
-            texts << form.findChild<QListWidget*>(u"lstSearch"_s)->item(i)->text();
+        auto* list = child<QListWidget>(form, "lstSearch");
+        for (int i = 0; i < list->count(); ++i)
+            texts << list->item(i)->text();
         return texts;
     }
     static void pick(frmContactFM& form, const QString& row)
@@ -50,8 +53,6 @@ protected:
             child<QLineEdit>(form, names[i])->setText(values[i]);
         form.CheckChange();
     }
-
-    TestSite site;
 };
 
 }  // namespace
@@ -60,7 +61,6 @@ TEST_P(EmailForms, ContactsAreKeptByTheirThreeNamesAndEditedAsDeleteThenAdd)
 {
     Session& s = site.session();
     auto* form = new frmContactFM(s, u"Email"_s);
-    EXPECT_EQ(form->windowTitle(), u"Contact Maintenance"_s);
     auto* save = child<QPushButton>(form, "cmdSave");
     auto* remove = child<QPushButton>(form, "cmdDelete");
 
@@ -77,7 +77,7 @@ TEST_P(EmailForms, ContactsAreKeptByTheirThreeNamesAndEditedAsDeleteThenAdd)
     form->Cancel();
     type(*form, {QString(), u"Lone"_s});
     form->Save();
-    EXPECT_EQ(site.prompter().textOf(u"Fields Missing"_s), u"First Name, Last Name and Company must not be blank"_s);
+    EXPECT_TRUE(site.prompter().wasAsked(u"Fields Missing"_s));
     EXPECT_EQ(rows(*form).size(), 2);
 
     // A new last name replaces the row; the address read back is empty, not a blank.
@@ -142,7 +142,6 @@ TEST_P(EmailForms, TestMessageShowsTheConversation)
     PutLocal(s, u"Email"_s, u"EmailServer"_s, u"127.0.0.1"_s);
     PutLocal(s, u"Email"_s, u"ServerPort"_s, QString::number(server.port()));
     auto* form = new frmEtest(s);
-    EXPECT_EQ(form->windowTitle(), u"Test Email Settings"_s);
     child<QLineEdit>(form, "txtFName")->setText(u"QA"_s);
     child<QLineEdit>(form, "txtFAddress")->setText(u"qa@example.com"_s);
     child<QLineEdit>(form, "txtTAddress")->setText(u"it@example.com"_s);
@@ -177,4 +176,107 @@ TEST_P(EmailForms, TestMessageShowsTheConversation)
     form->close();
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, EmailForms, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(EmailForms);
+
+namespace {
+
+// Attachments of a delivered message as "name pages", decoded by Python's mail parser and counted by tiffinfo/pdfinfo.
+QStringList Attachments(const QString& path, const QString& dir)
+{
+    static const char* script = R"(
+import email, email.policy, os, sys
+m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)
+print(m['To']); print(m['Subject'])
+for p in m.iter_attachments():
+    open(os.path.join(sys.argv[2], p.get_filename()), 'wb').write(p.get_content()); print(p.get_filename())
+)";
+    QProcess python;
+    python.start(u"/usr/bin/python3"_s, {u"-c"_s, QString::fromUtf8(script), path, dir});
+    python.waitForFinished(30000);
+    return QString::fromUtf8(python.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+class EmailForm : public SiteTest {
+protected:
+    void SetUp() override
+    {
+        SiteTest::SetUp();
+        ASSERT_TRUE(server.start());
+        Session& s = site.session();
+        PutLocal(s, u"Email"_s, u"EmailServer"_s, u"127.0.0.1"_s);
+        PutLocal(s, u"Email"_s, u"ServerPort"_s, QString::number(server.port()));
+        PutLocal(s, u"Email"_s, u"From Address"_s, u"qa@example.com"_s);
+        PutLocal(s, u"Interface"_s, u"AddMessage"_s, u"True"_s);
+        for (qint32 number : {7, 8})
+            paths << StoreReport(site, NumberedPages(3), number);
+    }
+    frmEmail* open(int image)
+    {
+        site.session().imageFilePath = image ? paths[image - 7] : QString();
+        return new frmEmail(site.session());
+    }
+    QString queued() { return ReadIniValue(site.localIni(), u"Info"_s, u"EmailFiles"_s).value; }
+    // The attachments are prepared in the background; the form closes when the send has ended.
+    static void sendAndWait(frmEmail* form)
+    {
+        QPointer<frmEmail> sending(form);
+        form->cmdEmail_Click();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return sending.isNull() || !sending->sending(); }, 20000));
+    }
+    SmtpTestServer server{{}};
+    QStringList paths;
+};
+
+}  // namespace
+
+TEST_P(EmailForm, QueueSendsTogetherAndOnlyASuccessfulSendClearsIt)
+{
+    frmEmail* form = open(7);
+    child<QLineEdit>(form, "txtPages")->setText(u"1-2"_s);
+    EXPECT_FALSE(form->txtPages_Validate());
+    EXPECT_TRUE(site.prompter().wasAsked(u"Invalid Pages"_s));
+    child<QLineEdit>(form, "txtPages")->setText(u"2"_s);
+    child<QLineEdit>(form, "txtHeat")->setText(u"H-77"_s);
+    form->cmdQueue_Click();
+    EXPECT_EQ(queued(), paths[0] + u";2"_s);
+
+    // Opened for the queue alone, then with a second image: an empty address is refused.
+    form = open(0);
+    EXPECT_EQ(child<QPlainTextEdit>(form, "txtStatus")->toPlainText(), u"There is 1 file queued to email"_s);
+    EXPECT_FALSE(child<QLineEdit>(form, "txtPages")->isEnabled());
+    form->close();
+    form = open(8);
+    form->cmdEmail_Click();
+    EXPECT_TRUE(site.prompter().wasAsked(u"Email"_s));
+    child<QLineEdit>(form, "txtToAddress")->setText(u"buyer@example.com"_s);
+    child<QLineEdit>(form, "txtSubject")->setText(u"Two reports"_s);
+
+    // A failed send keeps both images queued and says so.
+    const QString port = QString::number(server.port());
+    PutLocal(site.session(), u"Email"_s, u"ServerPort"_s, u"1"_s);
+    site.prompter().clear();
+    site.prompter().answer(Answer::Yes);
+    sendAndWait(form);
+    EXPECT_EQ(site.prompter().titles(), (QStringList{u"Email Queued Images?"_s, u"Email"_s}));
+    EXPECT_TRUE(site.prompter().textOf(u"Email"_s).startsWith(u"Your attempt to send mail failed for the following reason: \ncan't connect"_s))
+        << site.prompter().textOf(u"Email"_s).toStdString();
+    EXPECT_TRUE(site.prompter().textOf(u"Email"_s).contains(u"There are 2 files queued to email"_s));
+    EXPECT_EQ(queued(), paths[0] + u";2;"_s + paths[1] + u";All"_s);
+    EXPECT_EQ(ReadIniValue(site.localIni(), u"Email"_s, u"To Address"_s).value, u"buyer@example.com"_s);
+
+    // Sent: both reports, prepared (message fields are on), the temporary files gone, the queue empty.
+    PutLocal(site.session(), u"Email"_s, u"ServerPort"_s, port);
+    form = open(0);
+    site.prompter().clear();
+    sendAndWait(form);
+    EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(u',').toStdString();
+    EXPECT_EQ(queued(), QString());
+    ASSERT_EQ(server.messages().size(), 1);
+    const QStringList mail = Attachments(server.messages()[0], site.path(u"."_s));
+    EXPECT_EQ(mail, (QStringList{u"buyer@example.com"_s, u"Two reports"_s, u"TM000007_1.TIF"_s, u"TM000008_2.TIF"_s}));
+    EXPECT_EQ(GetPages(site.path(u"TM000007_1.TIF"_s)), 1);
+    EXPECT_EQ(GetPages(site.path(u"TM000008_2.TIF"_s)), 3);
+    EXPECT_TRUE(QDir(site.session().tempDir).entryList(QDir::Files).filter(u"TM"_s).isEmpty());
+}
+
+TARLOX_ON_BOTH_ENGINES(EmailForm);

@@ -7,12 +7,9 @@
 #include "support/FormControls.h"
 #include "support/SystemTexts.h"
 
-#include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QFile>
-#include <QPointer>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -51,6 +48,9 @@ TEST_P(SelectScreen, ShowsTheImageAndOpensANewViewerEachTime)
     form->cmdView_Click();
     EXPECT_EQ(asked, QList<qint32>{123});
     EXPECT_EQ(site.session().imageFilePath, path);
+    QObject::connect(form, &frmSelect::rescanRequested, [&](qint32 image) { asked.append(-image); });
+    form->cmdReScan_Click();
+    EXPECT_EQ(asked, (QList<qint32>{123, -123}));
 }
 
 TEST_P(SelectScreen, MissingImageRowOrFileSaysWhy)
@@ -64,17 +64,6 @@ TEST_P(SelectScreen, MissingImageRowOrFileSaysWhy)
     // The volume holding the directory is the one the row names: the file is gone.
     EXPECT_EQ(frmSelect::Open(site.session(), 124), nullptr);
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), texts::ImageFileGone);
-}
-
-TEST_P(SelectScreen, RescanButtonHandsTheImageOn)
-{
-    StoreReport(site, NumberedPages(2), 125);
-    frmSelect* form = frmSelect::Open(site.session(), 125);
-    ASSERT_NE(form, nullptr);
-    qint32 asked = 0;
-    QObject::connect(form, &frmSelect::rescanRequested, [&](qint32 image) { asked = image; });
-    form->cmdReScan_Click();
-    EXPECT_EQ(asked, 125);
 }
 
 TARLOX_ON_BOTH_ENGINES(SelectScreen);

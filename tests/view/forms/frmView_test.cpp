@@ -12,12 +12,11 @@
 #include "support/FormControls.h"
 #include "support/SystemTexts.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
@@ -262,7 +261,7 @@ TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
     viewer->close();
 }
 
-TEST_F(ViewerWindow, WidthBoxesClampAndClosingKeepsTheSettings)
+TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
 {
     Session& s = site.session();
     {
@@ -292,11 +291,8 @@ TEST_F(ViewerWindow, WidthBoxesClampAndClosingKeepsTheSettings)
     EXPECT_FALSE(s.draw.rectangleBlack);
     EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("RectangleFill")).value,
               GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill")));
-}
 
-TEST_F(ViewerWindow, StampFormShowsAndKeepsTextLinesFontAndType)
-{
-    Session& s = site.session();
+    // The stamp form shows and keeps its text lines, font and type.
     s.draw.stampType = QStringLiteral("Text");
     s.draw.stampText = QStringLiteral("RECEIVED|QA DEPT");
     s.draw.fontName = QStringLiteral("DejaVu Serif");
