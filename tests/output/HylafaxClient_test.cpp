@@ -13,7 +13,9 @@
 
 #include <QFile>
 #include <QPdfWriter>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -268,6 +270,30 @@ TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
     auto none = HylafaxClient(closed).listJobs(FaxState::Pending);
     EXPECT_FALSE(none.ok());
     EXPECT_TRUE(none.error().contains(u"can't connect"_s)) << none.error().toStdString();
+}
+
+// Waits for the server's kill time (whole minutes, so about one): leave out
+// with --gtest_filter=-HylafaxKillTime.* when working on the rest.
+class HylafaxKillTime : public HylafaxTest {};
+
+TEST_F(HylafaxKillTime, UnsentJobFailsAtItsKillTime)
+{
+    HylafaxClient engine(where());
+    FaxJob job = sampleJob();
+    job.killMinutes = 1;
+    auto id = engine.submit(job);
+    ASSERT_TRUE(id.ok()) << id.error().toStdString();
+    ASSERT_TRUE(Find(engine, FaxState::Pending, *id));
+    std::optional<FaxJobInfo> failed;
+    QElapsedTimer clock;
+    clock.start();
+    while (!failed && clock.elapsed() < 150000) {
+        QThread::msleep(2000);
+        failed = Find(engine, FaxState::Failed, *id);
+    }
+    ASSERT_TRUE(failed) << "not failed after " << clock.elapsed() << " ms";
+    EXPECT_EQ(failed->status, u"Kill time expired"_s);
+    EXPECT_EQ(failed->tag, jobFile);
 }
 
 TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
