@@ -13,7 +13,7 @@
 #include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
 #include "view/forms/ViewerCommands.h"
-#include "WidgetApplication.h"
+#include <QApplication>
 
 #include <QCloseEvent>
 #include <QDeadlineTimer>
