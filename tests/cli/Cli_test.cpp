@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -14,19 +13,7 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-// tarlox-cli with its program directory and home in a directory of its own.
-class CliTest : public ::testing::Test {
-protected:
-    CliRun cli(const QStringList& arguments, const QString& programDir = {})
-    {
-        const QString home = dir.path();
-        return RunCli(arguments, {{S("TARLOX"), programDir.isEmpty() ? home : programDir},
-                                  {S("HOME"), home},
-                                  {S("XDG_DATA_HOME"), home},
-                                  {S("XDG_CONFIG_HOME"), home}});
-    }
-    QTemporaryDir dir;
-};
+using CliTest = CliHome;
 
 TEST(CliValues, OnePlaceReadsEveryKindOfValue)
 {
@@ -90,6 +77,28 @@ TEST_F(CliTest, UsageAnswersWithoutTouchingAnyFile)
         {"info extra", 2, "", "info takes no arguments"},
         {"init extra", 2, "", "init takes no arguments"},
         {"settings get", 2, "", "settings: takes get"},
+        {"find --colour red", 2, "", "'colour'"},
+        {"find --heat", 2, "", "'--heat'"},
+        {"output 1 -o x.tif --pages 1-3", 2, "", "--pages must be 'All' or in the form 'n,m,l'"},
+        {"output 1 -o x.tif --message heat=A;B", 2, "", "can't hold ';'"},
+        {"output 1 -o x.tif --message colour=red", 2, "", "--message takes KEY=VALUE"},
+        {"output 1 -o x.tif --pdfa", 2, "", "--pdfa goes with --pdf"},
+        {"mail 1 --to a@b@c", 2, "", "is not a valid e-mail address"},
+        {"mail 1 --to x@example.com --pages 1-2", 2, "", "--pages must be 'All'"},
+        {"mail 1 --to x@example.com --message colour=red", 2, "", "--message takes KEY=VALUE"},
+        {"mail 1 --to x@example.com --message heat=a;b", 2, "", "--message: "},
+        {"fax", 2, "", "fax: needs at least one IMAGE"},
+        {"fax 1", 2, "", "fax: --number is required"},
+        {"fax x --number 5", 2, "", "fax: IMAGE takes a whole number"},
+        {"fax 1 --number 5 --pages 1-3", 2, "", "fax: --pages must be 'All' or in the form 'n,m,l'"},
+        {"fax 1 --number 5 --message N", 2, "", "fax: --message takes KEY=VALUE"},
+        {"fax 1 --number 5 --message Z=1", 2, "", "fax: --message takes the keys C D N L U P E Q H G K"},
+        {"fax-status --view later", 2, "", "fax-status: --view takes pending, sending, sent or failed"},
+        {"fax-status --format xml", 2, "", "fax-status: --format takes text, csv or json"},
+        {"fax-remove", 2, "", "fax-remove: takes one JOB"},
+        {"fax-resend x", 2, "", "fax-resend: JOB takes a whole number"},
+        {"separator --line 7 -o s.tif", 2, "", ""},
+        {"separator --po P --tag x -o s.tif", 2, "", ""},
     };
     for (const auto& row : rows) {
         const CliRun run = cli(S(row.arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
@@ -128,7 +137,7 @@ TEST_F(CliTest, InitInfoAndSettings)
     EXPECT_EQ(cli({S("settings"), S("set"), S("Scan"), S("Brightness"), S("-200")}).code, 0);
     const CliRun get = cli({S("settings"), S("get"), S("scan"), S("brightness")});
     EXPECT_EQ(get.out, S("-200\n"));
-    const CliRun other = cli({S("--ini"), dir.filePath(S("TARLOX.INI")), S("settings"), S("get"), S("Info"), S("DataDir")}, S("/nonexistent"));
+    const CliRun other = cli({S("--ini"), dir.filePath(S("TARLOX.INI")), S("settings"), S("get"), S("Info"), S("DataDir")}, {{S("TARLOX"), S("/nonexistent")}});
     EXPECT_EQ(other.code, 0);
     EXPECT_EQ(other.out.trimmed(), dir.filePath(S("DATA")));
 }

@@ -1,17 +1,13 @@
 #include "support/CliRun.h"
+#include "support/FaxTestServer.h"
+#include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
 #include <QImage>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace tarlox::test;
 
@@ -19,45 +15,18 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-// A loopback port where no server listens any more.
-int closedPort()
-{
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ::bind(fd, reinterpret_cast<sockaddr*>(&address), length);
-    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-    ::close(fd);
-    return ntohs(address.sin_port);
-}
-
 // Where no one can answer a question, every command ends at once with one
 // line saying why and an exit code a script can act on: no retry loop runs.
-class CliFailures : public ::testing::Test {
+class CliFailures : public CliHome {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
         QImage page(850, 1100, QImage::Format_Mono);
         page.fill(0);
         ASSERT_TRUE(page.save(path("page.png")));
     }
     QString path(const char* name) const { return dir.filePath(S(name)); }
-    CliRun cli(QStringList arguments, const QString& ini = {})
-    {
-        if (!ini.isEmpty())
-            arguments = QStringList{S("--ini"), ini} + arguments;
-        return RunCli(arguments, {{S("TARLOX"), dir.path()}, {S("HOME"), dir.path()}});
-    }
+    CliRun cli(const QStringList& arguments) const { return RunCli(arguments, {{S("TARLOX"), dir.path()}, {S("HOME"), dir.path()}}); }
     QList<QStringList> everyCommand() const
     {
         return {{S("info")},
@@ -72,11 +41,11 @@ protected:
 
 TEST_F(CliFailures, NoSessionNoQuestionsOneLine)
 {
-    writeFile(path("random.ini"), QByteArray::fromHex("8f00ffd3a17e5b5d0d0a3d3d9c") .repeated(300));
-    writeFile(path("missing.ini"), "[Info]\r\nServerIni=" + path("offline/tarlox.ini").toUtf8() + "\r\n");
-    writeFile(path("server.ini"), "[Info]\r\nServerIni=" + path("server.ini").toUtf8() + "\r\nDataDir=" + dir.path().toUtf8()
-                                      + "\r\n[Data]\r\nDatabaseType=SQL\r\nServer=127.0.0.1:" + QByteArray::number(closedPort())
-                                      + "\r\nUserID=tarlox\r\nPassword=secret\r\nConnectionTimeout=2\r\n");
+    ASSERT_TRUE(WriteFile(path("random.ini"), QByteArray::fromHex("8f00ffd3a17e5b5d0d0a3d3d9c").repeated(300)));
+    ASSERT_TRUE(WriteFile(path("missing.ini"), "[Info]\r\nServerIni=" + path("offline/tarlox.ini").toUtf8() + "\r\n"));
+    ASSERT_TRUE(WriteFile(path("server.ini"), "[Info]\r\nServerIni=" + path("server.ini").toUtf8() + "\r\nDataDir=" + dir.path().toUtf8()
+                                                  + "\r\n[Data]\r\nDatabaseType=SQL\r\nServer=127.0.0.1:" + QByteArray::number(ClosedPort())
+                                                  + "\r\nUserID=tarlox\r\nPassword=secret\r\nConnectionTimeout=2\r\n"));
     const struct {
         const char* ini;
         int code;
@@ -89,7 +58,7 @@ TEST_F(CliFailures, NoSessionNoQuestionsOneLine)
     };
     for (const auto& site : sites) {
         for (const QStringList& command : everyCommand()) {
-            const CliRun run = cli(command, *site.ini ? path(site.ini) : QString());
+            const CliRun run = cli(*site.ini ? QStringList{S("--ini"), path(site.ini)} + command : command);
             const QString where = S(site.ini) + QLatin1Char(' ') + command.first();
             EXPECT_EQ(run.code, site.code) << where.toStdString() << "\n" << run.err.toStdString();
             EXPECT_TRUE(run.err.endsWith(QLatin1Char('\n')) && run.err.count(QLatin1Char('\n')) <= 2) << where.toStdString() << run.err.toStdString();

@@ -3,8 +3,6 @@
 
 #include "search/SearchData.h"
 
-#include <QFile>
-
 #include <gtest/gtest.h>
 
 using namespace tarlox;
@@ -23,16 +21,9 @@ TEST(ListingsCli, ListAsciiAndUpdate)
                                          {S("H2"), S("P2"), S("PO1"), S("acme"), S("M"), 1, day},
                                          {S("H3"), S("P3"), S("PO2"), S("O'Neil"), S("M"), 2, day.addDays(1)}}));
     site.session().db().close();
-    const auto cli = [&](QStringList args) {
-        args.prepend(site.localIni());
-        args.prepend(S("--ini"));
-        return RunCli(args);
-    };
+    const auto cli = [&](const QStringList& args) { return RunCli(QStringList{S("--ini"), site.localIni()} + args); };
     const QString pairs = site.path(S("pairs.csv"));
-    QFile file(pairs);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("\"O'Neil\",\"O'Neil, Inc.\"\r\n");
-    file.close();
+    ASSERT_TRUE(WriteFile(pairs, "\"O'Neil\",\"O'Neil, Inc.\"\r\n"));
 
     const struct {
         QStringList args;
@@ -55,9 +46,7 @@ TEST(ListingsCli, ListAsciiAndUpdate)
         EXPECT_EQ(r.code, c.code) << c.args.join(u' ').toStdString() << "\n" << r.err.toStdString();
         EXPECT_TRUE((c.code == 0 ? r.out : r.err).contains(S(c.out))) << c.args.join(u' ').toStdString() << "\n" << r.out.toStdString() << r.err.toStdString();
     }
-    QFile csv(site.path(S("a.csv")));
-    ASSERT_TRUE(csv.open(QIODevice::ReadOnly));
-    EXPECT_EQ(csv.readAll(), QByteArray("Image #,Heat #,Part #,P/O #,Vend Name,Mfg Name,Entry Date\r\n2,H3,P3,PO2,O'Neil,M,2025-03-02 09:00:00\r\n"));
+    EXPECT_EQ(FileBytes(site.path(S("a.csv"))), QByteArray("Image #,Heat #,Part #,P/O #,Vend Name,Mfg Name,Entry Date\r\n2,H3,P3,PO2,O'Neil,M,2025-03-02 09:00:00\r\n"));
 }
 
 }  // namespace

@@ -1,15 +1,13 @@
 #include "store/TiffReader.h"
 #include "support/CliRun.h"
+#include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
 #include <QImage>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -20,36 +18,26 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
 // `tarlox-cli add`, `show` and `scan` on a fresh installation of their own,
 // with the SANE test backend as the only scanner. Each run is a process of
 // its own, so a test can shape the backend through test.conf.
-class ReportsTest : public ::testing::Test {
+class ReportsTest : public CliHome {
 protected:
     void SetUp() override
     {
         ASSERT_TRUE(dir.isValid() && work.isValid() && sane.isValid());
         ASSERT_EQ(cli({S("init")}).code, 0);
-        writeFile(sane.filePath(S("dll.conf")), "test\n");
+        ASSERT_TRUE(WriteFile(sane.filePath(S("dll.conf")), "test\n"));
         backend({});
     }
 
     void backend(const QByteArray& extra, const QByteArray& geometryMax = "400.0")
     {
-        writeFile(sane.filePath(S("test.conf")),
-                  "number_of_devices 1\ngeometry_min 0.0\ngeometry_quant 0.0\ngeometry_max " + geometryMax + "\n" + extra);
+        ASSERT_TRUE(WriteFile(sane.filePath(S("test.conf")),
+                  "number_of_devices 1\ngeometry_min 0.0\ngeometry_quant 0.0\ngeometry_max " + geometryMax + "\n" + extra));
     }
 
-    CliRun cli(const QStringList& arguments)
-    {
-        return RunCli(arguments, {{S("TARLOX"), dir.path()}, {S("SANE_CONFIG_DIR"), sane.path()}});
-    }
+    CliRun cli(const QStringList& arguments) { return CliHome::cli(arguments, {{S("SANE_CONFIG_DIR"), sane.path()}}); }
     CliRun add(const QStringList& files, const QStringList& extra = {})
     {
         return cli(QStringList{S("add"), S("--heat"), S("H1 H2"), S("--part"), S("P1 P2"), S("--po"), S("PO-7"), S("--vendor"), S("Acme Steel")} + extra
@@ -91,7 +79,6 @@ protected:
 
     bool noDataFiles() { return QDir(dir.filePath(S("DATA"))).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot); }
 
-    QTemporaryDir dir;
     QTemporaryDir work;
     QTemporaryDir sane;
 };
@@ -131,9 +118,9 @@ TEST_F(ReportsTest, AddShowAndDuplicates)
 
 TEST_F(ReportsTest, BadFilesAndABlockedDataDirectoryStoreNothing)
 {
-    writeFile(work.filePath(S("corrupt.tif")), QByteArray("II*\0", 4) + QByteArray(500, '\x7f'));
-    writeFile(work.filePath(S("empty.tif")), QByteArray("II*\0\0\0\0\0", 8));
-    writeFile(work.filePath(S("notes.png")), "not a picture at all");
+    ASSERT_TRUE(WriteFile(work.filePath(S("corrupt.tif")), QByteArray("II*\0", 4) + QByteArray(500, '\x7f')));
+    ASSERT_TRUE(WriteFile(work.filePath(S("empty.tif")), QByteArray("II*\0\0\0\0\0", 8)));
+    ASSERT_TRUE(WriteFile(work.filePath(S("notes.png")), "not a picture at all"));
     for (const char* bad : {"corrupt.tif", "empty.tif", "notes.png", "missing.png"}) {
         const CliRun run = add({page(S("good.png")), work.filePath(S(bad))});
         EXPECT_EQ(run.code, 1) << bad;
@@ -145,7 +132,7 @@ TEST_F(ReportsTest, BadFilesAndABlockedDataDirectoryStoreNothing)
     EXPECT_EQ(add({page(S("dot.png"), 1, 1)}).code, 0) << "a one-pixel picture is a page like any other";
 
     // A file where the data directory should be: nothing can be written there.
-    writeFile(work.filePath(S("blocked")), {});
+    ASSERT_TRUE(WriteFile(work.filePath(S("blocked")), {}));
     ASSERT_EQ(cli({S("settings"), S("set"), S("Info"), S("DataDir"), work.filePath(S("blocked"))}).code, 0);
     EXPECT_EQ(add({page(S("a.png"))}, {S("--allow-duplicate")}).code, 1);
     EXPECT_EQ(count(S("Images")), 1);
@@ -179,7 +166,7 @@ TEST_F(ReportsTest, ShortPagesAndFailingScannersStoreNothing)
     backend("read-status-code \"SANE_STATUS_JAMMED\"\n");
     const CliRun jammed = scan({});
     EXPECT_TRUE(jammed.code == 1 && jammed.err.contains(S("jammed"))) << jammed.err.toStdString();
-    writeFile(sane.filePath(S("dll.conf")), "");
+    ASSERT_TRUE(WriteFile(sane.filePath(S("dll.conf")), ""));
     const CliRun none = scan({});
     EXPECT_TRUE(none.code == 1 && none.err.contains(S("No scanner was found"))) << none.err.toStdString();
     EXPECT_TRUE(noDataFiles());

@@ -6,15 +6,12 @@
 #include "store/ImageFiles.h"
 #include "store/PageImage.h"
 #include "store/TiffWriter.h"
+#include "support/FullDisk.h"
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <gtest/gtest.h>
-
-#include <csignal>
-#include <sys/resource.h>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -24,19 +21,6 @@ namespace {
 
 const QDateTime Day(QDate(2004, 3, 9), QTime(0, 0));
 const QDateTime Later(QDate(2005, 6, 7), QTime(14, 5, 1));
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
-    file.write(bytes);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 // Every row of a site, without the numbers' order: Images and Info.
 QStringList rowsOf(Session& s, bool withNumbers = true)
@@ -77,9 +61,8 @@ protected:
                      const QByteArray& bytes, bool original = false)
     {
         Session& s = site.session();
-        writeFile(data(site, number), bytes);
-        if (original)
-            writeFile(data(site, number, u"OR"_s), "original " + bytes);
+        ASSERT_TRUE(WriteFile(data(site, number), bytes));
+        ASSERT_TRUE(!original || WriteFile(data(site, number, u"OR"_s), "original " + bytes));
         s.image = ImageRecord{number, s.dataDir, u" "_s, Day, u"G"_s, u"4"_s};
         s.info = InfoRecord{heats, parts, u"O'Neil,5"_s, vend, u"Mfg \"Q\""_s, Later, number};
         ASSERT_TRUE(AddImageWithInfo(s, false));
@@ -107,8 +90,8 @@ TEST_P(ExchangeTest, ExportThenImportOnTheOtherEngineKeepsEveryRowDateAndFile)
     EXPECT_TRUE(imported.complete()) << imported.report(u"imported"_s).join(u'\n').toStdString();
     EXPECT_EQ(rowsOf(b.session()), rowsOf(a.session()));
     for (const qint32 n : {1, 2, 3})
-        EXPECT_EQ(readFile(data(b, n)), readFile(data(a, n))) << n;
-    EXPECT_EQ(readFile(data(b, 1, u"OR"_s)), "original one");
+        EXPECT_EQ(FileBytes(data(b, n)), FileBytes(data(a, n))) << n;
+    EXPECT_EQ(FileBytes(data(b, 1, u"OR"_s)), "original one");
 }
 
 TEST_P(ExchangeTest, ImportNeverOverwritesANumberTakenHere)
@@ -133,7 +116,7 @@ TEST_P(ExchangeTest, ImportNeverOverwritesANumberTakenHere)
         const QStringList after = rowsOf(b.session());
         for (const QString& row : before)
             EXPECT_TRUE(after.contains(row)) << row.toStdString();
-        EXPECT_EQ(readFile(data(b, 2)), "mine");
+        EXPECT_EQ(FileBytes(data(b, 2)), "mine");
         // Each case adds to what the ones before it added.
         added += c.rowsAdded;
         EXPECT_EQ(after.size(), before.size() + added);
@@ -144,11 +127,11 @@ TEST_P(ExchangeTest, BadExportFilesSkipWholeImagesAndReadOldCodePages)
 {
     // Windows-1252 as older installations wrote it; image 6 has no file; the
     // reference of 7 has no image line; image 5 comes twice (one group).
-    writeFile(JoinPath(exportDir(), u"TARLOX.EXP"_s),
+    ASSERT_TRUE(WriteFile(JoinPath(exportDir(), u"TARLOX.EXP"_s),
               "\"IMG\",5,#2004-03-09#,\"G\",\"4\"\r\n\"INF\",5,\"H\xe5\",\"P\",\"\",\"St\xe5l \x93x\x94\",\"\",#2004-03-09#\r\n"
               "\"IMG\",6,#2004-03-09#,\" \",\"4\"\r\n\"INF\",6,\"H6\",\"P6\",\"\",\"\",\"\",#2004-03-09#\r\n"
-              "\"INF\",7,\"H7\",\"P7\",\"\",\"\",\"\",#2004-03-09#\r\n\"IMG\",5,#2004-03-10#,\"G\",\"4\"\r\n");
-    writeFile(JoinPath(exportDir(), u"TR000005.TIF"_s), "five");
+              "\"INF\",7,\"H7\",\"P7\",\"\",\"\",\"\",#2004-03-09#\r\n\"IMG\",5,#2004-03-10#,\"G\",\"4\"\r\n"));
+    ASSERT_TRUE(WriteFile(JoinPath(exportDir(), u"TR000005.TIF"_s), "five"));
     const ExchangeSummary summary = ImportImages(b.session(), ImportOptions{exportDir()});
     EXPECT_EQ(summary.done, 1);
     ASSERT_EQ(summary.skipped.size(), 3) << summary.skipped.join(u'\n').toStdString();
@@ -217,7 +200,7 @@ TEST_P(ExchangeTest, MoveAndBackRelinkAndAStalePath)
     for (const QString& target : {other, home}) {
         EXPECT_TRUE(MoveImages(s, {1, 2}, MoveOptions{target + u'/'}).complete());
         EXPECT_EQ(pathOf(1), target);
-        EXPECT_EQ(readFile(JoinPath(target, u"OR000001.TIF"_s)), "original one");
+        EXPECT_EQ(FileBytes(JoinPath(target, u"OR000001.TIF"_s)), "original one");
         EXPECT_EQ(QFile::exists(JoinPath(target == home ? other : home, u"TR000002.TIF"_s)), false);
     }
     // Relink: image 1's file was moved by hand, image 2's was not.
@@ -229,7 +212,7 @@ TEST_P(ExchangeTest, MoveAndBackRelinkAndAStalePath)
     // A stale path: the row says vol3, the file lies in the data directory.
     ASSERT_TRUE(QFile::rename(JoinPath(third, u"TR000001.TIF"_s), JoinPath(home, u"TR000001.TIF"_s)));
     EXPECT_TRUE(MoveImages(s, {1}, MoveOptions{other}).complete());
-    EXPECT_EQ(readFile(JoinPath(other, u"TR000001.TIF"_s)), "one");
+    EXPECT_EQ(FileBytes(JoinPath(other, u"TR000001.TIF"_s)), "one");
 }
 
 TEST_P(ExchangeTest, DeleteTakesEveryReferenceOfTheImage)
@@ -255,24 +238,21 @@ TEST_P(ExchangeTest, AFullDiskLeavesWholeImagesOnly)
     ASSERT_TRUE(QDir().mkpath(full) && QDir().mkpath(moved));
     ASSERT_TRUE(exportAll().complete());
 
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    rlimit small = old;
-    small.rlim_cur = 1 << 20;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const ExchangeSummary exported = ExportImages(a.session(), {1, 2, 3}, ExportOptions{full});
-    const ExchangeSummary imported = ImportImages(b.session(), ImportOptions{exportDir()});
-    const ExchangeSummary move = MoveImages(a.session(), {1, 2, 3}, MoveOptions{moved});
-    setrlimit(RLIMIT_FSIZE, &old);
+    ExchangeSummary exported, imported, move;
+    {
+        FullDisk disk(1 << 20);
+        exported = ExportImages(a.session(), {1, 2, 3}, ExportOptions{full});
+        imported = ImportImages(b.session(), ImportOptions{exportDir()});
+        move = MoveImages(a.session(), {1, 2, 3}, MoveOptions{moved});
+    }
 
     for (const ExchangeSummary* summary : {&exported, &imported, &move}) {
         EXPECT_FALSE(summary->stopped.isEmpty());
         EXPECT_EQ(summary->done, 1);
     }
     EXPECT_EQ(QDir(full).entryList(QDir::Files | QDir::Hidden), (QStringList{u"TARLOX.EXP"_s, u"TR000001.TIF"_s}));
-    EXPECT_TRUE(readFile(JoinPath(full, u"TARLOX.EXP"_s)).endsWith("#\r\n"));
-    EXPECT_FALSE(readFile(JoinPath(full, u"TARLOX.EXP"_s)).contains("\"IMG\",2"));
+    EXPECT_TRUE(FileBytes(JoinPath(full, u"TARLOX.EXP"_s)).endsWith("#\r\n"));
+    EXPECT_FALSE(FileBytes(JoinPath(full, u"TARLOX.EXP"_s)).contains("\"IMG\",2"));
     EXPECT_EQ(QDir(b.session().dataDir).entryList(QDir::Files | QDir::Hidden), QStringList{u"TR000001.TIF"_s});
     EXPECT_FALSE(ReadImage(b.session(), 2));
     EXPECT_EQ(QDir(moved).entryList(QDir::Files | QDir::Hidden), QStringList{u"TR000001.TIF"_s});
@@ -281,7 +261,6 @@ TEST_P(ExchangeTest, AFullDiskLeavesWholeImagesOnly)
     EXPECT_TRUE(QFile::exists(data(a, 2)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ExchangeTest, ::testing::Values(Engine::Sqlite, Engine::Postgres),
-                         EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ExchangeTest);
 
 }  // namespace

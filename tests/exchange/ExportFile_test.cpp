@@ -1,13 +1,14 @@
 #include "exchange/ExportFile.h"
 #include "support/FullDisk.h"
+#include "support/TestSite.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-
 using namespace tarlox;
+using namespace tarlox::test;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -20,18 +21,6 @@ QDateTime at(int year, int month, int day, int hour = 0, int minute = 0, int sec
 ExportedInfo info(const QString& text, const QDateTime& date)
 {
     return ExportedInfo{text, text, text, text, text, date};
-}
-
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void putBytes(const QString& path, const QByteArray& bytes, QIODevice::OpenMode mode = QIODevice::WriteOnly)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(mode) && file.write(bytes) == bytes.size());
 }
 
 void writeImages(const QString& path, ExportFileWriter::Existing existing, const QList<ExportedImage>& images)
@@ -107,7 +96,7 @@ TEST(ExportFile, WritesTheLinesByteForByte)
     QTemporaryDir dir;
     const QString path = dir.filePath(u"TARLOX.EXP"_s);
     writeImages(path, ExportFileWriter::Existing::Overwrite, {written});
-    EXPECT_EQ(fileBytes(path),
+    EXPECT_EQ(FileBytes(path),
               "\"IMG\",123,#2004-03-09#,\"G\",\"4\"\r\n"
               "\"INF\",123,\"h\",\"p\",\"o\",\"v\",\"m\",#2004-03-10 14:05:00#\r\n"
               "\"INF\",123,\"H1\",\"P2\",\"P3\",\"St\xC3\xA5l\",\"M5\",#2004-03-09#\r\n"
@@ -120,7 +109,7 @@ TEST(ExportFile, ReadsBothEncodingsAndSkipsBadImagesWhole)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(u"TARLOX.EXP"_s);
-    putBytes(path, "\xEF\xBB\xBF\"IMG\",1,#2004-03-09#,\"G\",\"4\"\r\n"
+    ASSERT_TRUE(WriteFile(path, "\xEF\xBB\xBF\"IMG\",1,#2004-03-09#,\"G\",\"4\"\r\n"
                    "\"INF\",1,\"St\xE5l\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
                    "\"INF\",1,\"\x93Q\x94\x80\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
                    "\"INF\",1,\"\xC3\xA6\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
@@ -136,7 +125,7 @@ TEST(ExportFile, ReadsBothEncodingsAndSkipsBadImagesWhole)
                    "\"INF\",5,\"E1\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
                    "\r\n"
                    "\"IMG\",4,#2004-03-09 10:00:00#,\"A\",\"4\"\r\n"
-                   "\"INF\",4,\"D1\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#");
+                   "\"INF\",4,\"D1\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#"));
     EXPECT_EQ(summary(path), (QStringList{
                                  u"IMG 1: Stål “Q”€ æ"_s,
                                  u"lines 5-8: line 7: an INF line has 8 fields, this one 5"_s,
@@ -161,7 +150,9 @@ TEST(ExportFile, AppendKeepsEarlierImagesAndOverwriteStartsAfresh)
     EXPECT_EQ(summary(path), (QStringList{u"IMG 3: C"_s}));
 
     // An export cut off inside a line loses that image only.
-    putBytes(path, "\"INF\",3,\"cut", QIODevice::Append);
+    QFile cut(path);
+    ASSERT_TRUE(cut.open(QIODevice::Append) && cut.write("\"INF\",3,\"cut") > 0);
+    cut.close();
     writeImages(path, Append, {image(4, u"D"_s)});
     EXPECT_EQ(summary(path), (QStringList{u"lines 1-3: line 3: an INF line has 8 fields, this one 3"_s, u"IMG 4: D"_s}));
 }
@@ -172,16 +163,16 @@ TEST(ExportFile, AFailedWriteIsReportedAndLeavesWholeImagesOnly)
     const QString path = dir.filePath(u"TARLOX.EXP"_s);
     IoResult<ExportFileWriter> writer = ExportFileWriter::open(path, ExportFileWriter::Existing::Overwrite);
     ASSERT_TRUE(writer && writer->write(image(1, u"A"_s)));
-    const QByteArray before = fileBytes(path);
+    const QByteArray before = FileBytes(path);
 
     // The file may grow by 10 bytes only: the next image is cut off by the system.
     IoStatus failed;
     {
-        test::FullDisk full(rlim_t(before.size() + 10));
+        FullDisk full(rlim_t(before.size() + 10));
         failed = writer->write(image(2, u"B"_s));
     }
 
     EXPECT_FALSE(failed);
     EXPECT_TRUE(failed.error().contains(path)) << failed.error().toStdString();
-    EXPECT_EQ(fileBytes(path), before);
+    EXPECT_EQ(FileBytes(path), before);
 }

@@ -1,8 +1,7 @@
-#include "support/QtPrinters.h"
-#include "support/TestSite.h"
-
 #include "search/SearchData.h"
 #include "support/CliRun.h"
+#include "support/QtPrinters.h"
+#include "support/TestSite.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -29,12 +28,7 @@ protected:
         site.session().db().close();
     }
 
-    CliRun cli(QStringList args)
-    {
-        args.prepend(site.localIni());
-        args.prepend(S("--ini"));
-        return RunCli(args);
-    }
+    CliRun cli(const QStringList& args) { return RunCli(QStringList{S("--ini"), site.localIni()} + args); }
 };
 
 TEST_P(FindCliTest, PrintsTheCountLineAndTheRows)
@@ -84,22 +78,12 @@ TEST_P(FindCliTest, CsvAndJsonCarryTheSameRows)
     EXPECT_EQ(rows[1].toObject().value(S("entryDate")).toString(), S("2003-01-03T00:00:00"));
 }
 
-TEST_P(FindCliTest, BadCriteriaAndBadUsage)
+// The usage errors are Cli_test's; criteria the search refuses end with 1.
+TEST_P(FindCliTest, BadCriteria)
 {
-    CliRun r = cli({S("find"), S("--from"), S("31/31/2003")});
-    EXPECT_EQ(r.code, 2);
-    EXPECT_TRUE(r.err.contains(S("Invalid Date: 31/31/2003"))) << r.err.toStdString();
-    r = cli({S("find"), S("--image"), S("TR000007")});
+    CliRun r = cli({S("find"), S("--image"), S("TR000007")});
     EXPECT_EQ(r.code, 1);
     EXPECT_TRUE(r.err.contains(S("TR000007"))) << r.err.toStdString();
-    r = cli({S("find"), S("--colour"), S("red")});
-    EXPECT_EQ(r.code, 2);
-    r = cli({S("find"), S("--heat")});
-    EXPECT_EQ(r.code, 2);
-    r = cli({S("find"), S("--format"), S("xml")});
-    EXPECT_EQ(r.code, 2);
-    r = cli({S("find"), S("--limit"), S("0")});
-    EXPECT_EQ(r.code, 2);
     // Image number with a wild card, as the screen takes it.
     r = cli({S("find"), S("--image"), S("*8")});
     EXPECT_EQ(r.code, 0);

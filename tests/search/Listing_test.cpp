@@ -142,9 +142,7 @@ TEST_P(ListingTest, PdfCarriesTheListingAndCsvQuotes)
     EXPECT_EQ(rows, 5);
     ASSERT_TRUE(addRefs(s(), {{S("Q\"1"), S("P,9"), S("PO9"), S("Ünal"), S("M"), 9, on(3, 9)}}));
     ASSERT_EQ(WriteListingCsv(s(), ListingRequest{}, csv), QString());
-    QFile file(csv);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QString written = QString::fromUtf8(file.readAll());
+    const QString written = QString::fromUtf8(FileBytes(csv));
     EXPECT_TRUE(written.startsWith(S("Image #,Heat #,Part #,P/O #,Vend Name,Mfg Name,Entry Date\r\n")));
     EXPECT_TRUE(written.endsWith(S("9,\"Q\"\"1\",\"P,9\",PO9,Ünal,M,2025-03-09 09:00:00\r\n"))) << written.toStdString();
 }
@@ -199,10 +197,7 @@ TEST(UpdatePairs, ReadFromCsv)
     };
     for (const auto& c : cases) {
         const QString path = dir.filePath(S("pairs.csv"));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(c.content);
-        file.close();
+        ASSERT_TRUE(WriteFile(path, c.content));
         const auto read = ReadUpdatePairs(path);
         EXPECT_EQ(bool(read), c.ok) << c.name;
         if (read && c.ok) {

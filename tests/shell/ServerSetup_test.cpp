@@ -17,16 +17,14 @@
 
 using namespace tarlox;
 using namespace tarlox::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 PrivatePostgres* ownServer = nullptr;
-QString ownServerAddress() { return QStringLiteral("127.0.0.1:%1").arg(ownServer->port()); }
+QString ownServerAddress() { return u"127.0.0.1:%1"_s.arg(ownServer->port()); }
 
-QString ini(const QString& path, const QString& section, const QString& key)
-{
-    return ReadIniValue(path, section, key).value;
-}
+QString ini(const QString& path, const QString& section, const QString& key) { return ReadIniValue(path, section, key).value; }
 
 class ServerSetup : public ::testing::Test {
 protected:
@@ -34,7 +32,7 @@ protected:
     {
         ownServer = new PrivatePostgres;
         ASSERT_TRUE(ownServer->start());
-        ASSERT_TRUE(ownServer->createDatabase(QStringLiteral("tarlox")));
+        ASSERT_TRUE(ownServer->createDatabase(u"tarlox"_s));
     }
     static void TearDownTestSuite()
     {
@@ -51,9 +49,9 @@ protected:
         ServerEntries e = StoredServerEntries(site.session());
         e.sql = true;
         e.server = ownServerAddress();
-        e.userId = QStringLiteral("postgres");
-        e.password = QStringLiteral("trusted");
-        e.timeout = QStringLiteral("5");
+        e.userId = u"postgres"_s;
+        e.password = u"trusted"_s;
+        e.timeout = u"5"_s;
         return e;
     }
 
@@ -69,33 +67,33 @@ TEST_F(ServerSetup, SwitchesBetweenFileDatabaseAndServer)
     ServerEntries e = ownServerEntries();
     // The server's database is empty at first: the screen offers to build it.
     prompter.answer(Answer::Yes);
-    ASSERT_TRUE(UpdateServerSetup(s, e, QStringLiteral("Ann"), false));
-    EXPECT_TRUE(prompter.wasAsked(QStringLiteral("Create Database")));
-    EXPECT_EQ(s.databaseType, QStringLiteral("SQL"));
-    EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType")), QStringLiteral("SQL"));
-    EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("Server")), ownServerAddress());
+    ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann"_s, false));
+    EXPECT_TRUE(prompter.wasAsked(u"Create Database"_s));
+    EXPECT_EQ(s.databaseType, u"SQL"_s);
+    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s), u"SQL"_s);
+    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"Server"_s), ownServerAddress());
     ASSERT_TRUE(ReadUser(s, QString()));
-    EXPECT_EQ(s.machine.userName, QStringLiteral("Ann"));
+    EXPECT_EQ(s.machine.userName, u"Ann"_s);
     EXPECT_EQ(s.db().kind(), DatabaseKind::Sql);
 
     // Back to the file database the site started with; its row keeps its name until updated.
     prompter.clear();
     e.sql = false;
-    e.database = site.path(QStringLiteral("server/Tarlox.db"));
-    ASSERT_TRUE(UpdateServerSetup(s, e, QStringLiteral("Ann B"), false));
-    EXPECT_FALSE(prompter.wasAsked(QStringLiteral("Create Database")));
-    EXPECT_EQ(s.databaseType, QStringLiteral("Access"));
+    e.database = site.path(u"server/Tarlox.db"_s);
+    ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann B"_s, false));
+    EXPECT_FALSE(prompter.wasAsked(u"Create Database"_s));
+    EXPECT_EQ(s.databaseType, u"Access"_s);
     EXPECT_EQ(s.db().kind(), DatabaseKind::Access);
     ASSERT_TRUE(ReadUser(s, QString()));
-    EXPECT_EQ(s.machine.userName, QStringLiteral("Ann B"));
+    EXPECT_EQ(s.machine.userName, u"Ann B"_s);
 
     // A new file database is made on request, and refused without.
-    e.database = site.path(QStringLiteral("other/New.db"));
+    e.database = site.path(u"other/New.db"_s);
     prompter.answer(Answer::No);
-    EXPECT_FALSE(UpdateServerSetup(s, e, QStringLiteral("Ann B"), false));
+    EXPECT_FALSE(UpdateServerSetup(s, e, u"Ann B"_s, false));
     EXPECT_FALSE(QFileInfo::exists(e.database));
     prompter.answer(Answer::Yes);
-    ASSERT_TRUE(UpdateServerSetup(s, e, QStringLiteral("Ann B"), false));
+    ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann B"_s, false));
     EXPECT_TRUE(QFileInfo::exists(e.database));
     EXPECT_EQ(s.dataBase, e.database);
     EXPECT_TRUE(ReadUser(s, QString()));
@@ -110,11 +108,11 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
 
     ownServer->stop();
     // Cancel: the test fails, and the program goes on.
-    prompter.answer(Answer::Ok);      // the report of the failed connection
+    prompter.answer(Answer::Ok);  // the report of the failed connection
     prompter.answer(Answer::Cancel);  // the Retry/Cancel box
     EXPECT_FALSE(CheckServerEntries(s, ownServerEntries()));
-    ASSERT_TRUE(prompter.wasAsked(QStringLiteral("Invalid Server Information")));
-    EXPECT_FALSE(prompter.textOf(QStringLiteral("Invalid Server Information")).contains(QStringLiteral("trusted"))) << "the password is shown";
+    ASSERT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
+    EXPECT_FALSE(prompter.textOf(u"Invalid Server Information"_s).contains(u"trusted"_s)) << "the password is shown";
     EXPECT_TRUE(prompter.wasAsked(ProgramTitle())) << "the failed connection is reported";
 
     // Retry once the server is up again.
@@ -127,7 +125,7 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     prompter.answer(Answer::Ok);
     prompter.answer(Answer::Retry);
     EXPECT_TRUE(CheckServerEntries(s, ownServerEntries()));
-    EXPECT_EQ(prompter.titles().count(QStringLiteral("Invalid Server Information")), 1);
+    EXPECT_EQ(prompter.titles().count(u"Invalid Server Information"_s), 1);
     EXPECT_EQ(s.options.status, 0);
 }
 
@@ -137,21 +135,21 @@ TEST_F(ServerSetup, RequiredEntries)
     ServerEntries e = ownServerEntries();
     e.password.clear();
     EXPECT_FALSE(CheckServerEntries(s, e));
-    EXPECT_TRUE(prompter.wasAsked(QStringLiteral("Invalid Server Information")));
-    EXPECT_EQ(s.databaseType, QStringLiteral("Access")) << "a refused entry changes nothing";
-    EXPECT_FALSE(UpdateServerSetup(s, e, QStringLiteral("Ann"), false));
-    EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType")), QStringLiteral("Access"));
+    EXPECT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
+    EXPECT_EQ(s.databaseType, u"Access"_s) << "a refused entry changes nothing";
+    EXPECT_FALSE(UpdateServerSetup(s, e, u"Ann"_s, false));
+    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s), u"Access"_s);
 
     e = StoredServerEntries(s);
     e.database.clear();
     prompter.clear();
     EXPECT_FALSE(CheckServerEntries(s, e));
-    EXPECT_TRUE(prompter.wasAsked(QStringLiteral("Invalid Server Information")));
+    EXPECT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
 
     prompter.clear();
-    EXPECT_FALSE(UpdateServerSetup(s, StoredServerEntries(s), QStringLiteral("  "), false));
-    EXPECT_EQ(prompter.titles(), QStringList{QStringLiteral("No Name")});
-    EXPECT_EQ(prompter.textOf(QStringLiteral("No Name")), texts::UserNameRequired);
+    EXPECT_FALSE(UpdateServerSetup(s, StoredServerEntries(s), u"  "_s, false));
+    EXPECT_EQ(prompter.titles(), QStringList{u"No Name"_s});
+    EXPECT_EQ(prompter.textOf(u"No Name"_s), texts::UserNameRequired);
 }
 
 TEST_F(ServerSetup, ChangesAreComparedWithWhatIsStored)
@@ -159,10 +157,10 @@ TEST_F(ServerSetup, ChangesAreComparedWithWhatIsStored)
     const ServerEntries stored = StoredServerEntries(site.session());
     for (const auto& [change, differs] : std::initializer_list<std::pair<std::function<void(ServerEntries&)>, bool>>{
              {[](ServerEntries&) {}, false},
-             {[](ServerEntries& e) { e.timeout = QStringLiteral("0.0"); }, false},  // compared by value
-             {[](ServerEntries& e) { e.timeout = QStringLiteral("7"); }, true},
+             {[](ServerEntries& e) { e.timeout = u"0.0"_s; }, false},  // compared by value
+             {[](ServerEntries& e) { e.timeout = u"7"_s; }, true},
              {[](ServerEntries& e) { e.sql = true; }, true},
-             {[](ServerEntries& e) { e.password = QStringLiteral("x"); }, true}}) {
+             {[](ServerEntries& e) { e.password = u"x"_s; }, true}}) {
         ServerEntries e = stored;
         change(e);
         EXPECT_EQ(ServerEntriesDiffer(e, stored), differs);
@@ -175,33 +173,32 @@ TEST_F(ServerSetup, ServerFilesAreTestedBeforeTheyAreTaken)
     const QString before = s.serverIni;
 
     // Any type but "SQL" with the server keys passes the key test and runs as the file database.
-    const QString odd = site.path(QStringLiteral("odd/tarlox.ini"));
-    QDir().mkpath(site.path(QStringLiteral("odd")));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Oracle"));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("x"));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("x"));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("x"));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("DataBase"), site.path(QStringLiteral("server/Tarlox.db")));
+    const QString odd = site.path(u"odd/tarlox.ini"_s);
+    QDir().mkpath(site.path(u"odd"_s));
+    WriteIniValue(odd, u"Data"_s, u"DatabaseType"_s, u"Oracle"_s);
+    WriteIniValue(odd, u"Data"_s, u"Server"_s, u"x"_s);
+    WriteIniValue(odd, u"Data"_s, u"UserID"_s, u"x"_s);
+    WriteIniValue(odd, u"Data"_s, u"Password"_s, u"x"_s);
+    WriteIniValue(odd, u"Data"_s, u"DataBase"_s, site.path(u"server/Tarlox.db"_s));
     EXPECT_TRUE(CheckServerIni(s, odd));
-    EXPECT_EQ(s.databaseType, QStringLiteral("Access"));
+    EXPECT_EQ(s.databaseType, u"Access"_s);
 
     // A file without a type is refused and leaves the machine on its old file.
-    const QString empty = site.path(QStringLiteral("odd/empty.ini"));
-    WriteIniValue(empty, QStringLiteral("Data"), QStringLiteral("DataBase"), site.path(QStringLiteral("server/Tarlox.db")));
+    const QString empty = site.path(u"odd/empty.ini"_s);
+    WriteIniValue(empty, u"Data"_s, u"DataBase"_s, site.path(u"server/Tarlox.db"_s));
     s.serverIni = before;
     EXPECT_FALSE(ReadServerIni(s, empty));
-    EXPECT_EQ(prompter.textOf(QStringLiteral("Invalid File")), texts::InvalidServerFile);
-    EXPECT_EQ(ini(site.localIni(), QStringLiteral("Info"), QStringLiteral("ServerIni")), before);
+    EXPECT_EQ(prompter.textOf(u"Invalid File"_s), texts::InvalidServerFile);
+    EXPECT_EQ(ini(site.localIni(), u"Info"_s, u"ServerIni"_s), before);
     EXPECT_EQ(s.serverIni, before);
 
     // A good file is taken into the local file.
     EXPECT_TRUE(ReadServerIni(s, odd));
-    EXPECT_EQ(ini(site.localIni(), QStringLiteral("Info"), QStringLiteral("ServerIni")), odd);
+    EXPECT_EQ(ini(site.localIni(), u"Info"_s, u"ServerIni"_s), odd);
 
     // The override connection counts when a file is tested, never for screen entries.
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
-    WriteIniValue(odd, QStringLiteral("Data"), QStringLiteral("OverrideConnection"),
-                  ownServer->connInfo() + QStringLiteral(" dbname=tarlox"));
+    WriteIniValue(odd, u"Data"_s, u"DatabaseType"_s, u"SQL"_s);
+    WriteIniValue(odd, u"Data"_s, u"OverrideConnection"_s, ownServer->connInfo() + u" dbname=tarlox"_s);
     EXPECT_TRUE(CheckServerIni(s, odd));
     EXPECT_FALSE(s.overrideConnection.isEmpty());
     ServerEntries e = ownServerEntries();
@@ -211,7 +208,7 @@ TEST_F(ServerSetup, ServerFilesAreTestedBeforeTheyAreTaken)
     // Saving the entries never writes an override connection.
     e.serverIni = site.serverIni();
     ASSERT_TRUE(SaveServerInfo(s, e));
-    EXPECT_TRUE(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("OverrideConnection")).isEmpty());
+    EXPECT_TRUE(ini(site.serverIni(), u"Data"_s, u"OverrideConnection"_s).isEmpty());
 }
 
 TEST_F(ServerSetup, OwnMachineCannotBeRemoved)
@@ -219,20 +216,20 @@ TEST_F(ServerSetup, OwnMachineCannotBeRemoved)
     Session& s = site.session();
     const QString own = s.machine.machineName;
     ASSERT_FALSE(own.isEmpty());
-    s.machine.machineName = QStringLiteral("RECEIVING-PC");
-    s.machine.userName = QStringLiteral("Bo");
+    s.machine.machineName = u"RECEIVING-PC"_s;
+    s.machine.userName = u"Bo"_s;
     ASSERT_TRUE(AddUser(s, false));
     ASSERT_TRUE(ReadUser(s, QString()));
 
     EXPECT_EQ(RemoveMachine(s, own.toLower()), RemoveOutcome::OwnMachine);
-    EXPECT_TRUE(prompter.wasAsked(QStringLiteral("Can't delete")));
-    EXPECT_FALSE(prompter.wasAsked(QStringLiteral("Remove machine")));
+    EXPECT_TRUE(prompter.wasAsked(u"Can't delete"_s));
+    EXPECT_FALSE(prompter.wasAsked(u"Remove machine"_s));
 
     prompter.answer(Answer::Cancel);
-    EXPECT_EQ(RemoveMachine(s, QStringLiteral("RECEIVING-PC")), RemoveOutcome::Declined);
-    EXPECT_TRUE(prompter.textOf(QStringLiteral("Remove machine")).contains(QStringLiteral("RECEIVING-PC")));
+    EXPECT_EQ(RemoveMachine(s, u"RECEIVING-PC"_s), RemoveOutcome::Declined);
+    EXPECT_TRUE(prompter.textOf(u"Remove machine"_s).contains(u"RECEIVING-PC"_s));
     prompter.answer(Answer::Ok);
-    EXPECT_EQ(RemoveMachine(s, QStringLiteral("RECEIVING-PC")), RemoveOutcome::Removed);
+    EXPECT_EQ(RemoveMachine(s, u"RECEIVING-PC"_s), RemoveOutcome::Removed);
 
     GridData grid;
     ASSERT_TRUE(LoadUsers(s, grid));
@@ -255,10 +252,10 @@ TEST(ServerSetupStart, NewMachineGetsTheScreenBeforeTheProgramGoesOn)
         ++shown;
         ASSERT_TRUE(LoadServerSetup(s, state));
         EXPECT_TRUE(state.newMachine);
-        EXPECT_TRUE(UpdateServerSetup(s, StoredServerEntries(s), QStringLiteral("Clerk One"), state.newMachine));
+        EXPECT_TRUE(UpdateServerSetup(s, StoredServerEntries(s), u"Clerk One"_s, state.newMachine));
     }));
     EXPECT_EQ(shown, 2);
-    EXPECT_EQ(s.machine.userName, QStringLiteral("Clerk One"));
+    EXPECT_EQ(s.machine.userName, u"Clerk One"_s);
 
     // A machine with its row goes straight on.
     EXPECT_TRUE(StartSessionWithSetup(s, [&] { ++shown; }));
@@ -274,7 +271,7 @@ TEST(ServerSetupStart, TimeoutEntriesAreClampedWhenSaved)
         ServerEntries e = StoredServerEntries(s);
         e.timeout = QString::fromUtf8(typed);
         ASSERT_TRUE(SaveServerInfo(s, e));
-        EXPECT_EQ(ini(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")), QString::fromUtf8(stored)) << typed;
+        EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"ConnectionTimeout"_s), QString::fromUtf8(stored)) << typed;
         EXPECT_EQ(s.connectionTimeout, QString::fromUtf8(stored).toInt());
     }
 }

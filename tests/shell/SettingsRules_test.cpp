@@ -60,28 +60,20 @@ TEST(DriveMap, StoredTextRoundTrips)
     EXPECT_EQ(SplitDriveMap(QStringLiteral("/srv/a=/a")), QStringList{QStringLiteral("/srv/a=/a")});
 }
 
-TEST(SettingsRules, TimeoutIsClampedToTwoMinutes)
-{
-    EXPECT_EQ(ClampTimeout(QStringLiteral("500")), 120);
-    EXPECT_EQ(ClampTimeout(QStringLiteral("-3")), 0);
-    EXPECT_EQ(ClampTimeout(QStringLiteral("x")), 0);
-    EXPECT_EQ(ClampTimeout(QString()), 0);
-    EXPECT_EQ(ClampTimeout(QStringLiteral("30")), 30);
-    EXPECT_EQ(ClampTimeout(QStringLiteral("45s")), 45);
-}
-
 TEST(SettingsRules, FieldsAreSetBackWithinTheirBounds)
 {
-    EXPECT_EQ(ClampFontSize(QStringLiteral("2")), QStringLiteral("6"));
-    EXPECT_EQ(ClampFontSize(QStringLiteral("72")), QStringLiteral("36"));
-    EXPECT_EQ(ClampFontSize(QStringLiteral("12")), QStringLiteral("12"));
-    EXPECT_EQ(ClampFontSize(QString()), QString());
-    EXPECT_EQ(ClampBrightness(QStringLiteral("-5000")), QStringLiteral("-1000"));
-    EXPECT_EQ(ClampBrightness(QStringLiteral("1001")), QStringLiteral("1000"));
-    EXPECT_EQ(ClampBrightness(QStringLiteral("-20")), QStringLiteral("-20"));
-    EXPECT_EQ(ClampDpi(QStringLiteral("12000")), QStringLiteral("9999"));
-    EXPECT_EQ(ClampDpi(QStringLiteral("-1")), QStringLiteral("0"));
-    EXPECT_EQ(ClampDpi(QStringLiteral("300")), QStringLiteral("300"));
+    for (const auto& [typed, seconds] : {std::pair{"500", 120}, {"-3", 0}, {"x", 0}, {"", 0}, {"30", 30}, {"45s", 45}})
+        EXPECT_EQ(ClampTimeout(QString::fromUtf8(typed)), seconds) << typed;
+    const struct {
+        QString (*clamp)(const QString&);
+        const char* typed;
+        const char* kept;
+    } rows[] = {{ClampFontSize, "2", "6"},           {ClampFontSize, "72", "36"},        {ClampFontSize, "12", "12"},
+                {ClampFontSize, "", ""},             {ClampBrightness, "-5000", "-1000"}, {ClampBrightness, "1001", "1000"},
+                {ClampBrightness, "-20", "-20"},     {ClampDpi, "12000", "9999"},        {ClampDpi, "-1", "0"},
+                {ClampDpi, "300", "300"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(row.clamp(QString::fromUtf8(row.typed)), QString::fromUtf8(row.kept)) << row.typed;
 }
 
 TEST(SettingsRules, DefaultPages)

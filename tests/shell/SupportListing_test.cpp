@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace tarlox;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -13,23 +14,20 @@ SupportFacts facts(bool sql)
 {
     SupportFacts f;
     f.now = QDateTime(QDate(2026, 3, 4), QTime(14, 5, 6));
-    f.programVersion = QStringLiteral("8.00.0000");
-    f.serverIni = QStringLiteral("\\\\SERVER\\share\\tarlox.ini");
-    f.serverName = QStringLiteral("SERVER");
-    f.companyName = QStringLiteral("Smith & Sons <Steel> {North}");
+    f.programVersion = u"8.00.0000"_s;
+    f.serverIni = u"\\\\SERVER\\share\\tarlox.ini"_s;
+    f.serverName = u"SERVER"_s;
+    f.companyName = u"Smith & Sons <Steel> {North}"_s;
     f.sql = sql;
-    f.timeout = QStringLiteral("30");
-    f.server = QStringLiteral("db.example:5432");
-    f.userId = QStringLiteral("tarlox");
-    f.password = QStringLiteral("p\\w");
-    f.databasePassword = QStringLiteral("secret");
-    f.database = QStringLiteral("C:\\MTR\\Tarlox.db");
-    f.machines.headers = {QStringLiteral("Machine"), QStringLiteral("Name"), QStringLiteral("Scanner"), QStringLiteral("Create"),
-                          QStringLiteral("Login"), QStringLiteral("Interface")};
-    f.machines.rows = {{QStringLiteral("QA-1"), QStringLiteral("Ann Müller"), QStringLiteral("True"), QStringLiteral("1/2/2026"),
-                        QStringLiteral("3/4/2026"), QStringLiteral("1/1/1900")},
-                       {QStringLiteral("RECEIVING-PC"), QStringLiteral("Bo"), QStringLiteral("False"), QStringLiteral("1/2/2026"),
-                        QStringLiteral("1/3/2026"), QStringLiteral("1/1/1900")}};
+    f.timeout = u"30"_s;
+    f.server = u"db.example:5432"_s;
+    f.userId = u"tarlox"_s;
+    f.password = u"p\\w"_s;
+    f.databasePassword = u"secret"_s;
+    f.database = u"C:\\MTR\\Tarlox.db"_s;
+    f.machines.headers = {u"Machine"_s, u"Name"_s, u"Scanner"_s, u"Create"_s, u"Login"_s, u"Interface"_s};
+    f.machines.rows = {{u"QA-1"_s, u"Ann Müller"_s, u"True"_s, u"1/2/2026"_s, u"3/4/2026"_s, u"1/1/1900"_s},
+                       {u"RECEIVING-PC"_s, u"Bo"_s, u"False"_s, u"1/2/2026"_s, u"1/3/2026"_s, u"1/1/1900"_s}};
     return f;
 }
 
@@ -45,30 +43,27 @@ QStringList labels(const SupportListing& l)
 
 TEST(SupportListing, RowsDependOnTheDatabaseType)
 {
-    const QStringList common{QStringLiteral("Info Update Date"), QStringLiteral("Tarlox Version"), QStringLiteral("Server Ini"),
-                             QStringLiteral("Server Name"), QStringLiteral("Company Name"), QStringLiteral("Database Type"),
-                             QStringLiteral("Connection Timeout")};
-    EXPECT_EQ(labels(BuildSupportListing(facts(false))),
-              (common + QStringList{QStringLiteral("Database Password"), QStringLiteral("Data Base File")}));
-    EXPECT_EQ(labels(BuildSupportListing(facts(true))),
-              (common + QStringList{QStringLiteral("SQL Server"), QStringLiteral("SQL User ID"), QStringLiteral("SQL Password")}));
+    const QStringList common{u"Info Update Date"_s, u"Tarlox Version"_s, u"Server Ini"_s,        u"Server Name"_s,
+                             u"Company Name"_s,     u"Database Type"_s,  u"Connection Timeout"_s};
+    EXPECT_EQ(labels(BuildSupportListing(facts(false))), (common + QStringList{u"Database Password"_s, u"Data Base File"_s}));
+    EXPECT_EQ(labels(BuildSupportListing(facts(true))), (common + QStringList{u"SQL Server"_s, u"SQL User ID"_s, u"SQL Password"_s}));
 }
 
 TEST(SupportListing, TextFormHasLinesAndAPaddedMachineTable)
 {
     const QString text = SupportListingText(BuildSupportListing(facts(false)));
-    const QStringList lines = text.split(QStringLiteral("\r\n"));
-    EXPECT_EQ(lines.at(0), QStringLiteral("Info Update Date = 3/4/2026 2:05:06 PM"));
-    EXPECT_EQ(lines.at(1), QStringLiteral("Tarlox Version = 8.00.0000"));
+    const QStringList lines = text.split(u"\r\n"_s);
+    EXPECT_EQ(lines.at(0), u"Info Update Date = 3/4/2026 2:05:06 PM"_s);
+    EXPECT_EQ(lines.at(1), u"Tarlox Version = 8.00.0000"_s);
     // Values stand as they are in the text form.
-    EXPECT_TRUE(lines.contains(QStringLiteral("Server Ini = \\\\SERVER\\share\\tarlox.ini")));
-    EXPECT_TRUE(lines.contains(QStringLiteral("Data Base File = C:\\MTR\\Tarlox.db")));
-    const qsizetype head = lines.indexOf(QStringLiteral(""));
+    EXPECT_TRUE(lines.contains(u"Server Ini = \\\\SERVER\\share\\tarlox.ini"_s));
+    EXPECT_TRUE(lines.contains(u"Data Base File = C:\\MTR\\Tarlox.db"_s));
+    const qsizetype head = lines.indexOf(u""_s);
     ASSERT_GT(head, 0);
     // User as wide as "Ann Müller" + 1, Machine as "RECEIVING-PC" + 1, Scanner 8, the dates 11.
-    EXPECT_EQ(lines.at(head + 1), QStringLiteral("User       Machine      Scanner Create     Login      Interface  "));
-    EXPECT_EQ(lines.at(head + 2), QStringLiteral("Ann Müller QA-1         True    1/2/2026   3/4/2026   1/1/1900   "));
-    EXPECT_EQ(lines.at(head + 3), QStringLiteral("Bo         RECEIVING-PC False   1/2/2026   1/3/2026   1/1/1900   "));
+    EXPECT_EQ(lines.at(head + 1), u"User       Machine      Scanner Create     Login      Interface  "_s);
+    EXPECT_EQ(lines.at(head + 2), u"Ann Müller QA-1         True    1/2/2026   3/4/2026   1/1/1900   "_s);
+    EXPECT_EQ(lines.at(head + 3), u"Bo         RECEIVING-PC False   1/2/2026   1/3/2026   1/1/1900   "_s);
 }
 
 TEST(SupportListing, RichFormsShowEachCharacterOnce)
@@ -77,44 +72,44 @@ TEST(SupportListing, RichFormsShowEachCharacterOnce)
     QTextDocument document;
     document.setHtml(SupportListingHtml(listing));
     const QString shown = document.toPlainText();
-    EXPECT_EQ(shown.count(QStringLiteral("C:\\MTR\\Tarlox.db")), 1) << shown.toStdString();
-    EXPECT_FALSE(shown.contains(QStringLiteral("C:\\\\MTR")));
-    EXPECT_TRUE(shown.contains(QStringLiteral("\\\\SERVER\\share\\tarlox.ini")));
-    EXPECT_TRUE(shown.contains(QStringLiteral("Smith & Sons <Steel> {North}")));
-    EXPECT_TRUE(shown.contains(QStringLiteral("Ann Müller")));
+    EXPECT_EQ(shown.count(u"C:\\MTR\\Tarlox.db"_s), 1) << shown.toStdString();
+    EXPECT_FALSE(shown.contains(u"C:\\\\MTR"_s));
+    EXPECT_TRUE(shown.contains(u"\\\\SERVER\\share\\tarlox.ini"_s));
+    EXPECT_TRUE(shown.contains(u"Smith & Sons <Steel> {North}"_s));
+    EXPECT_TRUE(shown.contains(u"Ann Müller"_s));
 
     const QString rtf = QString::fromLatin1(SupportListingRtf(listing));
-    EXPECT_TRUE(rtf.startsWith(QStringLiteral("{\\rtf1")));
-    EXPECT_TRUE(rtf.contains(QStringLiteral("Times New Roman")));
-    EXPECT_TRUE(rtf.contains(QStringLiteral("\\cellx3150")) && rtf.contains(QStringLiteral("\\cellx9360")));
-    EXPECT_TRUE(rtf.contains(QStringLiteral("C:\\\\MTR\\\\Tarlox.db")));
-    EXPECT_TRUE(rtf.contains(QStringLiteral("Smith & Sons <Steel> \\{North\\}")));
-    EXPECT_TRUE(rtf.contains(QStringLiteral("Ann M\\u252?ller")));
-    EXPECT_EQ(rtf.count(QLatin1Char('{')) - rtf.count(QStringLiteral("\\{")), rtf.count(QLatin1Char('}')) - rtf.count(QStringLiteral("\\}")));
+    EXPECT_TRUE(rtf.startsWith(u"{\\rtf1"_s));
+    EXPECT_TRUE(rtf.contains(u"Times New Roman"_s));
+    EXPECT_TRUE(rtf.contains(u"\\cellx3150"_s) && rtf.contains(u"\\cellx9360"_s));
+    EXPECT_TRUE(rtf.contains(u"C:\\\\MTR\\\\Tarlox.db"_s));
+    EXPECT_TRUE(rtf.contains(u"Smith & Sons <Steel> \\{North\\}"_s));
+    EXPECT_TRUE(rtf.contains(u"Ann M\\u252?ller"_s));
+    EXPECT_EQ(rtf.count(QLatin1Char('{')) - rtf.count(u"\\{"_s), rtf.count(QLatin1Char('}')) - rtf.count(u"\\}"_s));
 }
 
 TEST(ComponentVersions, EveryLibraryAnswers)
 {
-    const QList<ComponentVersion> rows = ComponentVersions(QStringLiteral("8.00.0000"));
+    const QList<ComponentVersion> rows = ComponentVersions(u"8.00.0000"_s);
     QStringList names;
     for (const auto& row : rows) {
         names << row.name;
         EXPECT_FALSE(row.version.isEmpty()) << row.name.toStdString();
-        EXPECT_NE(row.version, QStringLiteral("Unknown")) << row.name.toStdString();
+        EXPECT_NE(row.version, u"Unknown"_s) << row.name.toStdString();
     }
-    EXPECT_EQ(names, (QStringList{QStringLiteral("Tarlox"), QStringLiteral("Qt"), QStringLiteral("libtiff"), QStringLiteral("Leptonica"),
-                                  QStringLiteral("SANE"), QStringLiteral("libcurl"), QStringLiteral("ZXing-C++"), QStringLiteral("Poppler"),
-                                  QStringLiteral("SQLite"), QStringLiteral("libpq")}));
+    EXPECT_EQ(names,
+              (QStringList{u"Tarlox"_s, u"Qt"_s, u"libtiff"_s, u"Leptonica"_s, u"SANE"_s, u"libcurl"_s, u"ZXing-C++"_s, u"Poppler"_s,
+                           u"SQLite"_s, u"libpq"_s}));
     EXPECT_EQ(rows.at(1).version, QString::fromLatin1(qVersion()));
-    EXPECT_EQ(ComponentVersions(QString()).at(0).version, QStringLiteral("Unknown"));
+    EXPECT_EQ(ComponentVersions(QString()).at(0).version, u"Unknown"_s);
 }
 
 TEST(ComponentVersions, BannersAndNumbers)
 {
-    EXPECT_EQ(VersionFromBanner(QStringLiteral("LIBTIFF, Version 4.5.0\nCopyright (c) 1988-1996 Sam Leffler")), QStringLiteral("4.5.0"));
-    EXPECT_EQ(VersionFromBanner(QStringLiteral("leptonica-1.82.0")), QStringLiteral("1.82.0"));
-    EXPECT_EQ(VersionFromBanner(QStringLiteral("no digits")), QStringLiteral("Unknown"));
-    EXPECT_EQ(PostgresVersionText(150005), QStringLiteral("15.5"));
-    EXPECT_EQ(PostgresVersionText(90624), QStringLiteral("9.6.24"));
-    EXPECT_EQ(PostgresVersionText(0), QStringLiteral("Unknown"));
+    EXPECT_EQ(VersionFromBanner(u"LIBTIFF, Version 4.5.0\nCopyright (c) 1988-1996 Sam Leffler"_s), u"4.5.0"_s);
+    EXPECT_EQ(VersionFromBanner(u"leptonica-1.82.0"_s), u"1.82.0"_s);
+    EXPECT_EQ(VersionFromBanner(u"no digits"_s), u"Unknown"_s);
+    EXPECT_EQ(PostgresVersionText(150005), u"15.5"_s);
+    EXPECT_EQ(PostgresVersionText(90624), u"9.6.24"_s);
+    EXPECT_EQ(PostgresVersionText(0), u"Unknown"_s);
 }

@@ -1,16 +1,14 @@
 #include "support/MailServers.h"
+#include "support/FaxTestServer.h"
+#include "support/TestSite.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QFile>
+#include <QTcpSocket>
 #include <QThread>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <grp.h>
 #include <pwd.h>
-#include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 namespace tarlox::test {
@@ -22,43 +20,15 @@ QString sourceDir()
     return qEnvironmentVariable("TARLOX_SOURCE_DIR");
 }
 
-bool writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
-}
-
-// A port nobody listens on right now (bound once, then released).
-int freePort()
-{
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
-        && ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    ::close(fd);
-    return port;
-}
-
 // True once the server on the port greets with "+OK".
 bool greets(int port)
 {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    timeval wait{1, 0};
-    ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(quint16(port));
-    char reply[3] = {};
-    const bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
-                    && ::recv(fd, reply, 3, MSG_WAITALL) == 3 && QByteArray(reply, 3) == "+OK";
-    ::close(fd);
-    return ok;
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), quint16(port));
+    QByteArray reply;
+    while (reply.size() < 3 && socket.waitForReadyRead(1000))
+        reply += socket.readAll();
+    return reply.startsWith("+OK");
 }
 
 void stopProcess(QProcess& process)
@@ -153,7 +123,7 @@ bool PopTestServer::start()
     const bool root = ::geteuid() == 0;
     const passwd* account = root ? ::getpwnam("dovecot") : ::getpwuid(::geteuid());
     const group* accountGroup = account ? ::getgrgid(account->pw_gid) : nullptr;
-    port_ = freePort();
+    port_ = ClosedPort();
     if (!accountGroup || port_ == 0) {
         error_ = QStringLiteral("no account or port for dovecot");
         return false;
@@ -182,8 +152,8 @@ bool PopTestServer::start()
         .arg(account->pw_uid)
         .arg(account->pw_gid)
         .arg(port_);
-    if (!writeFile(dir + QStringLiteral("/dovecot.conf"), config.toUtf8())
-        || !writeFile(dir + QStringLiteral("/users"), (user_ + QStringLiteral(":{PLAIN}") + password_ + u'\n').toUtf8())) {
+    if (!WriteFile(dir + QStringLiteral("/dovecot.conf"), config.toUtf8())
+        || !WriteFile(dir + QStringLiteral("/users"), (user_ + QStringLiteral(":{PLAIN}") + password_ + u'\n').toUtf8())) {
         error_ = QStringLiteral("can't write dovecot's configuration");
         return false;
     }

@@ -5,19 +5,11 @@
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 namespace tarlox::test {
 
 namespace {
-
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(text);
-}
 
 QString configure(const QByteArray& dll, const QByteArray& test)
 {
@@ -25,8 +17,8 @@ QString configure(const QByteArray& dll, const QByteArray& test)
     if (dir)
         return dir->path();
     dir = new QTemporaryDir(QDir::tempPath() + QStringLiteral("/tarlox-sane-XXXXXX"));
-    writeFile(dir->filePath(QStringLiteral("dll.conf")), dll);
-    writeFile(dir->filePath(QStringLiteral("test.conf")), test);
+    WriteFile(dir->filePath(QStringLiteral("dll.conf")), dll);
+    WriteFile(dir->filePath(QStringLiteral("test.conf")), test);
     qputenv("SANE_CONFIG_DIR", dir->path().toLocal8Bit());
     return dir->path();
 }

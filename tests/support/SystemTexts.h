@@ -41,5 +41,13 @@ inline const QString InvalidServerFile = QStringLiteral("Invalid Server Configur
 inline const QString TempDirRequired = QStringLiteral("The Temporary Directory must not be left blank");
 inline const QString CreateTempDir = QStringLiteral("Invalid temporary directory! Do you want to create it?");
 inline const QString InvalidStampFile = QStringLiteral("Invalid Stamp File");
+inline const QString AddReferenceOnly = QStringLiteral(
+    "Warning! This will only add a new reference to an existing image and will not not add the image itself. This should only be "
+    "used to add a new reference to an image that has already been scanned. Enter the information and hit 'Update' button to add the record.");
+inline const QString OnlyReference = QStringLiteral(
+    "Error! This reference is the only reference for this image. If you remove it you will no longer have access to this image. "
+    "Use the 'Change' button to change the values, or the 'Delete' button to remove the image and the reference.");
+inline const QString InvalidDateReenter =
+    QStringLiteral("Warning! The date is invalid. Hit 'OK' to re-enter the Date or 'Cancel' to end without adding.");
 
 }  // namespace tarlox::test::texts

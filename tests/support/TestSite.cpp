@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace tarlox::test {
 
 QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database)
@@ -131,22 +133,16 @@ void TestSite::writeSettings()
     QDir(dir()).mkpath(QStringLiteral("server"));
     QDir(dir()).mkpath(QStringLiteral("DATA"));
     QDir(dir()).mkpath(QStringLiteral("TEMP"));
-    const QString local = localIni();
-    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("ServerIni"), serverIni());
-    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("DataDir"), path(QStringLiteral("DATA")));
-    WriteIniValue(local, QStringLiteral("Info"), QStringLiteral("TempDir"), path(QStringLiteral("TEMP")));
-    const QString server = serverIni();
-    if (engine_ == Engine::Sqlite) {
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Access"));
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DataBase"), path(QStringLiteral("server/Tarlox.db")));
-    } else {
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("SQL"));
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("Server"), QStringLiteral("127.0.0.1"));
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("UserID"), QStringLiteral("postgres"));
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("Password"), QStringLiteral("unused"));
-        WriteIniValue(server, QStringLiteral("Data"), QStringLiteral("OverrideConnection"),
-                      postgresConnInfo() + QStringLiteral(" dbname=") + pgDatabase_);
-    }
+    const QString local = localIni(), server = serverIni();
+    using Keys = QList<std::pair<const char*, QString>>;
+    for (const auto& [key, value] : Keys{{"ServerIni", server}, {"DataDir", path(u"DATA"_s)}, {"TempDir", path(u"TEMP"_s)}})
+        WriteIniValue(local, u"Info"_s, QLatin1String(key), value);
+    const Keys data = engine_ == Engine::Sqlite
+        ? Keys{{"DatabaseType", u"Access"_s}, {"DataBase", path(u"server/Tarlox.db"_s)}}
+        : Keys{{"DatabaseType", u"SQL"_s}, {"Server", u"127.0.0.1"_s}, {"UserID", u"postgres"_s}, {"Password", u"unused"_s},
+               {"OverrideConnection", postgresConnInfo() + u" dbname="_s + pgDatabase_}};
+    for (const auto& [key, value] : data)
+        WriteIniValue(server, u"Data"_s, QLatin1String(key), value);
     session_->programDir = dir() + QLatin1Char('/');
     session_->localIni = local;
     session_->serverIni = server;

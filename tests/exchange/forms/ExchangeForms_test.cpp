@@ -3,6 +3,7 @@
 
 #include "data/ImageData.h"
 #include "data/Settings.h"
+#include "support/FormControls.h"
 #include "support/TestSite.h"
 
 #include <QCheckBox>
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QFile>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -21,36 +21,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-template <class T> T* child(QWidget* form, const char* name) { return form->findChild<T*>(QString::fromUtf8(name)); }
-
-void touch(const QString& path)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("x");
-}
-
 TEST(ExchangeForms, ImportOffersItsButtonForAnExportFileAndKeepsIncrementAndRenumberApart)
 {
     TestSite site;
     ASSERT_TRUE(site.start());
     frmImport form(site.session());
-    struct {
-        QLineEdit *txtImportFile, *txtIncrement;
-        QPushButton* cmdImport;
-        QCheckBox* chkChgImg;
-    } controls{child<QLineEdit>(&form, "txtImportFile"), child<QLineEdit>(&form, "txtIncrement"), child<QPushButton>(&form, "cmdImport"),
-               child<QCheckBox>(&form, "chkChgImg")};
-    auto* ui = &controls;
+    auto* file = child<QLineEdit>(form, "txtImportFile");
+    auto* increment = child<QLineEdit>(form, "txtIncrement");
+    auto* renumber = child<QCheckBox>(form, "chkChgImg");
     for (const char* name : {"a.exp", "b.EXP", "c.exp.exp", "d.exp.bak"})
-        touch(site.path(QString::fromUtf8(name)));
+        ASSERT_TRUE(WriteFile(site.path(QString::fromUtf8(name)), "x"));
     const struct {
         const char* file;
         bool offered;
     } files[] = {{"a.exp", true}, {"b.EXP", true}, {"c.exp.exp", false}, {"d.exp.bak", false}, {"missing.exp", false}};
     for (const auto& f : files) {
-        ui->txtImportFile->setText(site.path(QString::fromUtf8(f.file)));
-        EXPECT_EQ(ui->cmdImport->isEnabled(), f.offered) << f.file;
+        file->setText(site.path(QString::fromUtf8(f.file)));
+        EXPECT_EQ(child<QPushButton>(form, "cmdImport")->isEnabled(), f.offered) << f.file;
     }
     const struct {
         const char* typed;
@@ -58,15 +45,15 @@ TEST(ExchangeForms, ImportOffersItsButtonForAnExportFileAndKeepsIncrementAndRenu
         bool renumberOffered;
     } increments[] = {{"999999", "999999", false}, {"1000000", "", true}, {"0", "0", true}, {"12", "12", false}, {"", "", true}};
     for (const auto& i : increments) {
-        ui->txtIncrement->setText(QString::fromUtf8(i.typed));
-        EXPECT_EQ(ui->txtIncrement->text(), QString::fromUtf8(i.kept)) << i.typed;
-        EXPECT_EQ(ui->chkChgImg->isEnabled(), i.renumberOffered) << i.typed;
+        increment->setText(QString::fromUtf8(i.typed));
+        EXPECT_EQ(increment->text(), QString::fromUtf8(i.kept)) << i.typed;
+        EXPECT_EQ(renumber->isEnabled(), i.renumberOffered) << i.typed;
     }
-    ui->txtIncrement->setText(u"7"_s);
-    ui->txtIncrement->clear();
-    ui->chkChgImg->setChecked(true);
-    EXPECT_FALSE(ui->txtIncrement->isEnabled());
-    EXPECT_TRUE(ui->txtIncrement->text().isEmpty());
+    increment->setText(u"7"_s);
+    increment->clear();
+    renumber->setChecked(true);
+    EXPECT_FALSE(increment->isEnabled());
+    EXPECT_TRUE(increment->text().isEmpty());
 }
 
 // Cancel pressed while the export runs takes effect between images: the
@@ -77,7 +64,7 @@ TEST(ExchangeForms, CancelStopsAnExportBetweenImages)
     ASSERT_TRUE(site.start());
     Session& s = site.session();
     for (qint32 n = 1; n <= 3; ++n) {
-        touch(QDir(s.dataDir).filePath(u"TR00000%1.TIF"_s.arg(n)));
+        ASSERT_TRUE(WriteFile(QDir(s.dataDir).filePath(u"TR00000%1.TIF"_s.arg(n)), "x"));
         s.image = ImageRecord{n, s.dataDir, u" "_s, QDateTime::currentDateTime(), u" "_s, u"4"_s};
         s.info = InfoRecord{u"H"_s, u"P"_s, {}, {}, {}, QDateTime::currentDateTime(), n};
         ASSERT_TRUE(AddImageWithInfo(s, false));

@@ -2,7 +2,6 @@
 #include "base/IniFile.h"
 #include "data/Session.h"
 #include "support/ScriptedPrompter.h"
-#include "WidgetApplication.h"
 
 #include <QCheckBox>
 #include <QGroupBox>

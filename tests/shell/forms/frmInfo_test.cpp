@@ -1,29 +1,23 @@
 #include "shell/forms/frmInfo.h"
 
-#include "data/OptionsData.h"
-#include "shell/forms/TagBinder.h"
 #include "base/IniFile.h"
-#include "data/Session.h"
-#include "data/Settings.h"
 #include "base/TextTools.h"
-#include "support/TestSite.h"
+#include "data/OptionsData.h"
+#include "data/Settings.h"
+#include "shell/forms/TagBinder.h"
 #include "support/FormControls.h"
+#include "support/SaneTestBackend.h"
 #include "support/SystemTexts.h"
+#include "support/TestSite.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
-#include <QGroupBox>
+#include <QFileInfo>
 #include <QImage>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRadioButton>
-#include <QTabWidget>
-#include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -31,6 +25,7 @@
 
 using namespace tarlox;
 using namespace tarlox::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -50,10 +45,7 @@ template <class W> W* tagged(QWidget* form, const char* name, const char* tag)
 
 class Settings : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-    }
+    void SetUp() override { ASSERT_TRUE(site.start()); }
     TestSite site;
 };
 
@@ -80,9 +72,9 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     EXPECT_EQ(binder.boundControls().size(), 7);
     binder.LoadFields();
     bool changed = false;
-    child<QLineEdit>(&form, "txtLine")->setText(QStringLiteral("one"));
-    child<QTextEdit>(&form, "txtRich")->setPlainText(QStringLiteral("two"));
-    child<QPlainTextEdit>(&form, "txtPlain")->setPlainText(QStringLiteral("three"));
+    child<QLineEdit>(&form, "txtLine")->setText(u"one"_s);
+    child<QTextEdit>(&form, "txtRich")->setPlainText(u"two"_s);
+    child<QPlainTextEdit>(&form, "txtPlain")->setPlainText(u"three"_s);
     child<QCheckBox>(&form, "chkFlag")->setChecked(true);
     child<QRadioButton>(&form, "optB")->setChecked(true);
     child<QCheckBox>(&form, "chkBit")->setChecked(true);
@@ -103,8 +95,8 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     build(again);
     TagBinder reloaded(s, &again);
     reloaded.LoadFields();
-    EXPECT_EQ(child<QTextEdit>(&again, "txtRich")->toPlainText(), QStringLiteral("two"));
-    EXPECT_EQ(child<QPlainTextEdit>(&again, "txtPlain")->toPlainText(), QStringLiteral("three"));
+    EXPECT_EQ(child<QTextEdit>(&again, "txtRich")->toPlainText(), u"two"_s);
+    EXPECT_EQ(child<QPlainTextEdit>(&again, "txtPlain")->toPlainText(), u"three"_s);
     EXPECT_TRUE(child<QRadioButton>(&again, "optB")->isChecked());
     EXPECT_TRUE(child<QCheckBox>(&again, "chkBit")->isChecked());
     changed = false;
@@ -114,7 +106,7 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     // Clearing the bit clears only that bit.
     s.options.clientOptions = 4 | 1;
     ASSERT_TRUE(UpdateOptions(s));
-    again.findChild<QCheckBox*>(QStringLiteral("chkBit"))->setChecked(false);
+    again.findChild<QCheckBox*>(u"chkBit"_s)->setChecked(false);
     ASSERT_TRUE(reloaded.SaveFields());
     ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.clientOptions, 1);
@@ -125,22 +117,22 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
     Session& s = site.session();
     {
         frmInfo screen(s);
-        child<QLineEdit>(screen, "txtEmailPassword")->setText(QStringLiteral("Pa55 word!"));
+        child<QLineEdit>(screen, "txtEmailPassword")->setText(u"Pa55 word!"_s);
         EXPECT_TRUE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
         screen.cmdApply_Click();
         EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
     }
     const QString stored = ini(site.localIni(), "Email", "Password");
-    EXPECT_EQ(stored, Encrypt(QStringLiteral("Pa55 word!")));
-    EXPECT_NE(stored, QStringLiteral("Pa55 word!"));
+    EXPECT_EQ(stored, Encrypt(u"Pa55 word!"_s));
+    EXPECT_NE(stored, u"Pa55 word!"_s);
     // The file that holds it is its owner's alone, and stays so when written again.
     const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther | QFileDevice::WriteOther;
     EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
-    PutLocal(s, QStringLiteral("Email"), QStringLiteral("Subject"), QStringLiteral("x"));
+    PutLocal(s, u"Email"_s, u"Subject"_s, u"x"_s);
     EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
 
     frmInfo screen(s);
-    EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->text(), QStringLiteral("Pa55 word!"));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->text(), u"Pa55 word!"_s);
     bool changed = false;
     screen.binder()->CheckFields(changed);
     EXPECT_FALSE(changed);
@@ -154,11 +146,11 @@ TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
     frmInfo screen(s);
     EXPECT_FALSE(child<QCheckBox>(screen, "chkBCC")->isChecked());
     // The fields that show a default keep the stored value empty until saved.
-    EXPECT_EQ(child<QLineEdit>(screen, "txtFindRecs")->text(), QStringLiteral("100"));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtFindRecs")->text(), u"100"_s);
     EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), QString());
     screen.cmdOK_Click();
-    EXPECT_EQ(ini(site.localIni(), "Email", "BCC"), QStringLiteral("False"));
-    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), QStringLiteral("100"));
+    EXPECT_EQ(ini(site.localIni(), "Email", "BCC"), u"False"_s);
+    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), u"100"_s);
 }
 
 TEST_F(Settings, DriveMapList)
@@ -179,7 +171,7 @@ TEST_F(Settings, DriveMapList)
     EXPECT_TRUE(type("G=D"));
     EXPECT_TRUE(type("G=D")) << "an entry already there is not added twice";
     EXPECT_TRUE(type("/srv/tarlox/=/mnt/tarlox"));
-    EXPECT_EQ(screen.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("G=D"), QStringLiteral("/srv/tarlox=/mnt/tarlox")}));
+    EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}));
     EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
 
     // Editing an entry replaces it; emptying it removes it.
@@ -187,30 +179,30 @@ TEST_F(Settings, DriveMapList)
     box->setEditText(QString());
     EXPECT_TRUE(screen.cboDrvMap_LostFocus());
     box->setCurrentIndex(1);
-    box->setEditText(QStringLiteral("h=e"));
+    box->setEditText(u"h=e"_s);
     EXPECT_TRUE(screen.cboDrvMap_LostFocus());
-    EXPECT_EQ(screen.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("H=E")}));
+    EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"H=E"_s}));
     EXPECT_EQ(box->count(), 3);
 
     box->setCurrentIndex(1);
-    box->setEditText(QStringLiteral("G=D"));
+    box->setEditText(u"G=D"_s);
     EXPECT_TRUE(screen.cboDrvMap_LostFocus());
     screen.cmdApply_Click();
-    EXPECT_EQ(ini(site.localIni(), "Info", "DrvMap"), QStringLiteral("F=CG=D"));
-    EXPECT_EQ(s.drvMap, QStringLiteral("F=CG=D"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "DrvMap"), u"F=CG=D"_s);
+    EXPECT_EQ(s.drvMap, u"F=CG=D"_s);
     EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
 
     frmInfo again(s);
-    EXPECT_EQ(again.drvMapEntries(), (QStringList{QStringLiteral("F=C"), QStringLiteral("G=D")}));
+    EXPECT_EQ(again.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s}));
 }
 
 TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 {
     Session& s = site.session();
     frmInfo screen(s);
-    EXPECT_EQ(child<QLineEdit>(screen, "txtNxtimg")->text(), QStringLiteral("1"));
-    EXPECT_EQ(ini(site.localIni(), "Info", "NextName"), QStringLiteral("1"));
-    child<QLineEdit>(screen, "txtNxtimg")->setText(QStringLiteral("4711"));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtNxtimg")->text(), u"1"_s);
+    EXPECT_EQ(ini(site.localIni(), "Info", "NextName"), u"1"_s);
+    child<QLineEdit>(screen, "txtNxtimg")->setText(u"4711"_s);
     screen.cmdApply_Click();
 
     ScriptedPrompter otherPrompter;
@@ -223,12 +215,12 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
     frmInfo fresh(s);
     other->options.nextName = 4800;
     ASSERT_TRUE(UpdateOptions(*other));
-    child<QLineEdit>(fresh, "txtPOShort")->setText(QStringLiteral("Order #"));
+    child<QLineEdit>(fresh, "txtPOShort")->setText(u"Order #"_s);
     fresh.cmdApply_Click();
     ASSERT_TRUE(ReadOptions(*other));
     EXPECT_EQ(other->options.nextName, 4711);
     // ... and the session takes the new field names at once.
-    EXPECT_EQ(s.poShort, QStringLiteral("Order #"));
+    EXPECT_EQ(s.poShort, u"Order #"_s);
 }
 
 TEST_F(Settings, FieldChecks)
@@ -236,56 +228,54 @@ TEST_F(Settings, FieldChecks)
     Session& s = site.session();
     ScriptedPrompter& asked = site.prompter();
     frmInfo screen(s);
+    const auto box = [&](const char* name) { return child<QLineEdit>(screen, name); };
 
-    child<QLineEdit>(screen, "txtFontSize")->setText(QStringLiteral("99"));
+    box("txtFontSize")->setText(u"99"_s);
     screen.txtFontSize_LostFocus();
-    EXPECT_EQ(child<QLineEdit>(screen, "txtFontSize")->text(), QStringLiteral("36"));
-    child<QLineEdit>(screen, "txtBright")->setText(QStringLiteral("-4000"));
+    EXPECT_EQ(box("txtFontSize")->text(), u"36"_s);
+    box("txtBright")->setText(u"-4000"_s);
     screen.txtBright_LostFocus();
-    EXPECT_EQ(child<QLineEdit>(screen, "txtBright")->text(), QStringLiteral("-1000"));
-    child<QLineEdit>(screen, "txtHighDPI")->setText(QString());
-    child<QLineEdit>(screen, "txtHighDPI")->setFocus();
-    child<QLineEdit>(screen, "txtHighDPI")->insert(QStringLiteral("12000"));
-    emit child<QLineEdit>(screen, "txtHighDPI")->textEdited(child<QLineEdit>(screen, "txtHighDPI")->text());
-    EXPECT_EQ(child<QLineEdit>(screen, "txtHighDPI")->text(), QStringLiteral("9999"));
+    EXPECT_EQ(box("txtBright")->text(), u"-1000"_s);
+    box("txtHighDPI")->setText(QString());
+    box("txtHighDPI")->setFocus();
+    box("txtHighDPI")->insert(u"12000"_s);
+    emit box("txtHighDPI")->textEdited(box("txtHighDPI")->text());
+    EXPECT_EQ(box("txtHighDPI")->text(), u"9999"_s);
 
-    child<QLineEdit>(screen, "txtDefaultPages")->setText(QStringLiteral("1-3"));
+    box("txtDefaultPages")->setText(u"1-3"_s);
     EXPECT_FALSE(screen.txtDefaultPages_Validate());
-    EXPECT_TRUE(asked.wasAsked(QStringLiteral("Invalid Pages")));
-    EXPECT_EQ(child<QLineEdit>(screen, "txtDefaultPages")->text(), QString());
-    child<QLineEdit>(screen, "txtDefaultPages")->setText(QStringLiteral("all"));
+    EXPECT_TRUE(asked.wasAsked(u"Invalid Pages"_s));
+    EXPECT_EQ(box("txtDefaultPages")->text(), QString());
+    box("txtDefaultPages")->setText(u"all"_s);
     EXPECT_TRUE(screen.txtDefaultPages_Validate());
 
-    child<QLineEdit>(screen, "txtTmpDir")->clear();
+    box("txtTmpDir")->clear();
     EXPECT_FALSE(screen.txtTmpDir_Validate());
-    EXPECT_EQ(asked.textOf(QStringLiteral("Enter a Temporary Directory")), texts::TempDirRequired);
-    const QString fresh = site.path(QStringLiteral("TEMP2/work"));
-    child<QLineEdit>(screen, "txtTmpDir")->setText(fresh);
+    EXPECT_EQ(asked.textOf(u"Enter a Temporary Directory"_s), texts::TempDirRequired);
+    const QString fresh = site.path(u"TEMP2/work"_s);
+    box("txtTmpDir")->setText(fresh);
     asked.answer(Answer::No);
     EXPECT_FALSE(screen.txtTmpDir_Validate());
     EXPECT_FALSE(QFileInfo(fresh).isDir());
     asked.answer(Answer::Yes);
     EXPECT_TRUE(screen.txtTmpDir_Validate());
     EXPECT_TRUE(QFileInfo(fresh).isDir());
-    EXPECT_EQ(asked.textOf(QStringLiteral("Create Temporary Directory")), texts::CreateTempDir);
+    EXPECT_EQ(asked.textOf(u"Create Temporary Directory"_s), texts::CreateTempDir);
 
     // The stamp file must load as an image.
-    const QString junk = site.path(QStringLiteral("stamp.pcx"));
-    QFile file(junk);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("not an image at all");
-    file.close();
-    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(junk);
+    const QString junk = site.path(u"stamp.pcx"_s);
+    ASSERT_TRUE(WriteFile(junk, "not an image at all"));
+    box("txtAuthorizationStamp")->setText(junk);
     EXPECT_FALSE(screen.txtAuthorizationStamp_Validate());
-    EXPECT_EQ(asked.textOf(QStringLiteral("Stamp File")), texts::InvalidStampFile);
-    EXPECT_EQ(child<QLineEdit>(screen, "txtAuthorizationStamp")->text(), QString());
-    const QString good = site.path(QStringLiteral("stamp.bmp"));
+    EXPECT_EQ(asked.textOf(u"Stamp File"_s), texts::InvalidStampFile);
+    EXPECT_EQ(box("txtAuthorizationStamp")->text(), QString());
+    const QString good = site.path(u"stamp.bmp"_s);
     QImage stamp(40, 20, QImage::Format_Mono);
     stamp.fill(0);
     ASSERT_TRUE(stamp.save(good, "BMP"));
-    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(good);
+    box("txtAuthorizationStamp")->setText(good);
     EXPECT_TRUE(screen.txtAuthorizationStamp_Validate());
-    child<QLineEdit>(screen, "txtAuthorizationStamp")->setText(site.path(QStringLiteral("missing.bmp")));
+    box("txtAuthorizationStamp")->setText(site.path(u"missing.bmp"_s));
     EXPECT_FALSE(screen.txtAuthorizationStamp_Validate());
 }
 
@@ -317,17 +307,7 @@ TEST_F(Settings, DependentControlsFollowTheirSwitches)
 
 TEST_F(Settings, ScannerChosenFromTheDevicesFound)
 {
-    QTemporaryDir sane;
-    QFile dll(sane.filePath(QStringLiteral("dll.conf")));
-    ASSERT_TRUE(dll.open(QIODevice::WriteOnly));
-    dll.write("test\n");
-    dll.close();
-    QFile conf(sane.filePath(QStringLiteral("test.conf")));
-    ASSERT_TRUE(conf.open(QIODevice::WriteOnly));
-    conf.write("number_of_devices 1\n");
-    conf.close();
-    qputenv("SANE_CONFIG_DIR", sane.path().toLocal8Bit());
-
+    UseSaneTestBackend();
     frmInfo screen(site.session());
     QStringList offered;
     screen.chooseDevice = [&](const QStringList& devices) {
@@ -336,10 +316,10 @@ TEST_F(Settings, ScannerChosenFromTheDevicesFound)
     };
     screen.cmdDevice_Click();
     ASSERT_EQ(offered.size(), 1);
-    EXPECT_TRUE(offered.at(0).startsWith(QStringLiteral("test:0")));
-    EXPECT_EQ(child<QLineEdit>(screen, "txtDevice")->text(), QStringLiteral("test:0"));
+    EXPECT_TRUE(offered.at(0).startsWith(u"test:0"_s));
+    EXPECT_EQ(child<QLineEdit>(screen, "txtDevice")->text(), u"test:0"_s);
     screen.cmdOK_Click();
-    EXPECT_EQ(ini(site.localIni(), "Info", "Device"), QStringLiteral("test:0"));
+    EXPECT_EQ(ini(site.localIni(), "Info", "Device"), u"test:0"_s);
 }
 
 TEST_F(Settings, EveryTagNamesItsKey)
@@ -349,7 +329,7 @@ TEST_F(Settings, EveryTagNamesItsKey)
     EXPECT_EQ(bound.size(), 67);
     for (QWidget* w : bound) {
         const QString tag = w->property("tag").toString();
-        EXPECT_FALSE(GetTag(tag, QStringLiteral("Item")).isEmpty()) << w->objectName().toStdString();
+        EXPECT_FALSE(GetTag(tag, u"Item"_s).isEmpty()) << w->objectName().toStdString();
     }
 }
 
@@ -357,19 +337,16 @@ TEST_F(Settings, EveryTagNamesItsKey)
 // with its box and an empty editor, another file as it stands.
 TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
 {
-    const QString own = site.path(QStringLiteral("own.cpe"));
-    QFile file(own);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("! OUR FAX\n{to}\n");
-    file.close();
+    const QString own = site.path(u"own.cpe"_s);
+    ASSERT_TRUE(WriteFile(own, "! OUR FAX\n{to}\n"));
     const struct {
         QString field;
         QString text;  // the box shown, or empty
         bool empty;    // the editor starts without a file
     } rows[] = {
-        {{}, QStringLiteral("Warning: This is the package cover page and may be overwritten with the next update!"), false},
-        {site.path(QStringLiteral("gone.cpe")),
-         QLatin1Char('\'') + site.path(QStringLiteral("gone.cpe")) + QStringLiteral("' does not exist!\nCreate new file and select using browse function."), true},
+        {{}, u"Warning: This is the package cover page and may be overwritten with the next update!"_s, false},
+        {site.path(u"gone.cpe"_s),
+         QLatin1Char('\'') + site.path(u"gone.cpe"_s) + u"' does not exist!\nCreate new file and select using browse function."_s, true},
         {own, {}, false},
     };
     for (const auto& row : rows) {
@@ -377,12 +354,12 @@ TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
         frmInfo screen(site.session());
         child<QLineEdit>(screen, "txtFaxCvr")->setText(row.field);
         screen.txtFaxCvr_DblClick();
-        EXPECT_EQ(site.prompter().textOf(QStringLiteral("Fax Cover Sheet")), row.text) << row.field.toStdString();
-        auto* editor = screen.findChild<QPlainTextEdit*>(QStringLiteral("txtTemplate"));
+        EXPECT_EQ(site.prompter().textOf(u"Fax Cover Sheet"_s), row.text) << row.field.toStdString();
+        auto* editor = screen.findChild<QPlainTextEdit*>(u"txtTemplate"_s);
         ASSERT_NE(editor, nullptr);
         EXPECT_EQ(editor->toPlainText().isEmpty(), row.empty) << row.field.toStdString();
         if (row.field == own) {
-            EXPECT_EQ(editor->toPlainText(), QStringLiteral("! OUR FAX\n{to}\n"));
+            EXPECT_EQ(editor->toPlainText(), u"! OUR FAX\n{to}\n"_s);
         }
     }
 }

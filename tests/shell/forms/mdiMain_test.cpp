@@ -1,28 +1,25 @@
-#include "data/UserData.h"
-#include "shell/forms/DropDownToolButton.h"
-#include "base/forms/FormLayout.h"
-#include "shell/forms/HelpWindow.h"
-#include "base/forms/ChildMenus.h"
-#include "view/forms/ViewerCommands.h"
 #include "shell/forms/mdiMain.h"
-#include "data/Settings.h"
-#include "output/FaxSettings.h"
-#include "support/FaxTestServer.h"
+
+#include "base/IniFile.h"
+#include "base/forms/ChildMenus.h"
+#include "base/forms/FormLayout.h"
 #include "data/FormGeometry.h"
 #include "data/Settings.h"
-#include "base/IniFile.h"
+#include "data/UserData.h"
+#include "output/FaxSettings.h"
+#include "shell/forms/DropDownToolButton.h"
+#include "shell/forms/HelpWindow.h"
+#include "support/FaxTestServer.h"
+#include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
-#include "WidgetApplication.h"
-
+#include "view/forms/ViewerCommands.h"
 #include <QApplication>
+
 #include <QCloseEvent>
 #include <QDeadlineTimer>
 #include <QDialog>
-#include <QDir>
-#include <QFile>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QMenu>
 #include <QMenuBar>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -35,29 +32,13 @@
 
 using namespace tarlox;
 using namespace tarlox::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
-// SANE reads its configuration once per process: a directory of our own,
-// whose dll.conf names no backend that exists, so this program finds no
-// scanner (FrameScanner_test finds one).
-const QString SaneDir = [] {
-    const QString dir = QDir::temp().filePath(QStringLiteral("tarlox-sane-%1").arg(QCoreApplication::applicationPid()));
-    QDir().mkpath(dir);
-    qputenv("SANE_CONFIG_DIR", QFile::encodeName(dir));
-    return dir;
-}();
-
-void useSaneBackend(const char* backend)
-{
-    QFile dll(QDir(SaneDir).filePath(QStringLiteral("dll.conf")));
-    ASSERT_TRUE(dll.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    dll.write(backend);
-    dll.write("\n");
-    QFile test(QDir(SaneDir).filePath(QStringLiteral("test.conf")));
-    ASSERT_TRUE(test.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    test.write("number_of_devices 1\n");
-}
+// SANE reads its configuration once per process: no backend at all, so
+// this program finds no scanner (FrameScanner_test finds one).
+const QString SaneDir = UseNoScanners();
 
 template <class Predicate> bool waitUntil(Predicate done, int ms = 3000)
 {
@@ -73,13 +54,7 @@ public:
     bool refuseClose = false;
 
 protected:
-    void closeEvent(QCloseEvent* event) override
-    {
-        if (refuseClose)
-            event->ignore();
-        else
-            QWidget::closeEvent(event);
-    }
+    void closeEvent(QCloseEvent* event) override { refuseClose ? event->ignore() : QWidget::closeEvent(event); }
 };
 
 class TestViewer : public QWidget, public ViewerCommands, public ChildMenus {
@@ -95,11 +70,11 @@ public:
     QList<QMenu*> framedMenus() const override { return {bar.actions().first()->menu()}; }
     void showOwnMenuBar(bool shown) override { bar.setVisible(shown); }
     QMenuBar bar{this};
-    void RectangleCommand() override { calls << QStringLiteral("Rectangle"); }
-    void StampCommand() override { calls << QStringLiteral("Stamp"); }
-    void LineCommand() override { calls << QStringLiteral("Line"); }
-    void ViewCommand() override { calls << QStringLiteral("View"); }
-    QString activeTool() const override { return calls.isEmpty() ? QStringLiteral("View") : calls.back(); }
+    void RectangleCommand() override { calls << u"Rectangle"_s; }
+    void StampCommand() override { calls << u"Stamp"_s; }
+    void LineCommand() override { calls << u"Line"_s; }
+    void ViewCommand() override { calls << u"View"_s; }
+    QString activeTool() const override { return calls.isEmpty() ? u"View"_s : calls.back(); }
     QStringList calls;
 };
 
@@ -111,12 +86,10 @@ public:
 FormRegistry testForms()
 {
     FormRegistry forms;
-    forms.child<TestForm>(QStringLiteral("frmScan"));
-    forms.child<TestForm>(QStringLiteral("frmBatch"));
-    forms.child<TestForm>(QStringLiteral("frmBarcode"));
-    forms.child<TestForm>(QStringLiteral("frmFind"));
-    forms.child<TestViewer>(QStringLiteral("frmView"));
-    forms.dialog<TestDialog>(QStringLiteral("frmVTRec"));
+    for (const char* name : {"frmScan", "frmBatch", "frmBarcode", "frmFind"})
+        forms.child<TestForm>(QLatin1String(name));
+    forms.child<TestViewer>(u"frmView"_s);
+    forms.dialog<TestDialog>(u"frmVTRec"_s);
     return forms;
 }
 
@@ -131,11 +104,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(frame.get()));
         frame->ChildUnload(nullptr);
     }
-    void TearDown() override
-    {
-        frame.reset();
-        QTest::qWait(1);
-    }
+    void TearDown() override { frame.reset(), QTest::qWait(1); }
 
     QMdiSubWindow* windowOf(QWidget* form) { return qobject_cast<QMdiSubWindow*>(FormWindowOf(form)); }
     int openChildren() const { return static_cast<int>(frame->mdiArea()->subWindowList().size()); }
@@ -160,15 +129,13 @@ TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
     for (QAction* a : frame->menuBar()->actions().first()->menu()->actions())
         if (!a->isSeparator())
             file << a->objectName();
-    EXPECT_EQ(file, (QStringList{QStringLiteral("mnuOpen"), QStringLiteral("mnuScan"), QStringLiteral("mnuBatch"), QStringLiteral("mnuBarcode"),
-                                 QStringLiteral("mnuFind"), QStringLiteral("mnuPrint"), QStringLiteral("mnuList"), QStringLiteral("mnuFax"),
-                                 QStringLiteral("mnuAscii"), QStringLiteral("mnuPack"), QStringLiteral("mnuImport"), QStringLiteral("mnuImportTif"), QStringLiteral("mnuUpdate"),
-                                 QStringLiteral("mnuRepair"), QStringLiteral("mnuSrvSetup"), QStringLiteral("mnuSetup"), QStringLiteral("mnuExit")}));
+    EXPECT_EQ(file.join(u' '), u"mnuOpen mnuScan mnuBatch mnuBarcode mnuFind mnuPrint mnuList mnuFax mnuAscii mnuPack mnuImport mnuImportTif "
+                               "mnuUpdate mnuRepair mnuSrvSetup mnuSetup mnuExit"_s);
 }
 
 TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
 {
-    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    QWidget* form = frame->ShowForm(u"frmScan"_s);
     ASSERT_TRUE(form);
     QMdiSubWindow* window = windowOf(form);
     // Straight from the strip the frame already holds the child as it opened.
@@ -201,7 +168,7 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
 
 TEST_F(Frame, MaximizedFrameBecomesTheStripAndTheNextChildMaximizesItAgain)
 {
-    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    QWidget* form = frame->ShowForm(u"frmScan"_s);
     frame->showMaximized();
     ASSERT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
     windowOf(form)->close();
@@ -209,13 +176,13 @@ TEST_F(Frame, MaximizedFrameBecomesTheStripAndTheNextChildMaximizesItAgain)
     EXPECT_FALSE(frame->isMaximized());
     EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
 
-    frame->ShowForm(QStringLiteral("frmBatch"));
+    frame->ShowForm(u"frmBatch"_s);
     EXPECT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
 
     // Restored by hand while a child is open, it stays normal for the next child.
     frame->showNormal();
     ASSERT_TRUE(waitUntil([&] { return !frame->isMaximized(); }));
-    frame->ShowForm(QStringLiteral("frmFind"));
+    frame->ShowForm(u"frmFind"_s);
     QTest::qWait(20);
     EXPECT_FALSE(frame->isMaximized());
 }
@@ -224,18 +191,18 @@ TEST_F(Frame, ScanTwiceRaisesTheOneWindowAndRestoresItWhenMinimized)
 {
     site.session().machine.scanner = true;
     frame->MDIForm_Activate();
-    QAction* scan = frame->toolbarButton(QStringLiteral("Scan"));
+    QAction* scan = frame->toolbarButton(u"Scan"_s);
     ASSERT_TRUE(scan->isVisible());
     scan->trigger();
-    frame->ShowForm(QStringLiteral("frmFind"));
+    frame->ShowForm(u"frmFind"_s);
     scan->trigger();
     ASSERT_EQ(openChildren(), 2);
     QMdiSubWindow* scanWindow = frame->mdiArea()->currentSubWindow();
-    EXPECT_EQ(scanWindow->widget()->objectName(), QStringLiteral("frmScan"));
+    EXPECT_EQ(scanWindow->widget()->objectName(), u"frmScan"_s);
 
     scanWindow->showMinimized();
-    frame->ShowForm(QStringLiteral("frmFind"));
-    frame->menuEntry(QStringLiteral("mnuScan"))->trigger();
+    frame->ShowForm(u"frmFind"_s);
+    frame->menuEntry(u"mnuScan"_s)->trigger();
     EXPECT_EQ(openChildren(), 2);
     EXPECT_FALSE(scanWindow->isMinimized());
     EXPECT_EQ(frame->mdiArea()->currentSubWindow(), scanWindow);
@@ -260,7 +227,7 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
         EXPECT_FALSE(action->isEnabled()) << entry;
         action->trigger();
     }
-    EXPECT_EQ(bare.ShowForm(QStringLiteral("frmNoSuchForm")), nullptr);
+    EXPECT_EQ(bare.ShowForm(u"frmNoSuchForm"_s), nullptr);
     EXPECT_TRUE(bare.mdiArea()->subWindowList().isEmpty());
     EXPECT_EQ(QApplication::topLevelWidgets().size(), before.size());
 }
@@ -270,10 +237,10 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
     for (const char* key : {"Rectangle", "Stamp", "Line", "View"})
         EXPECT_FALSE(frame->toolbarButton(QLatin1String(key))->isVisible()) << key;
 
-    auto* first = dynamic_cast<TestViewer*>(frame->ShowInstance(QStringLiteral("frmView")));
-    auto* second = dynamic_cast<TestViewer*>(frame->ShowInstance(QStringLiteral("frmView")));
+    auto* first = dynamic_cast<TestViewer*>(frame->ShowInstance(u"frmView"_s));
+    auto* second = dynamic_cast<TestViewer*>(frame->ShowInstance(u"frmView"_s));
     ASSERT_TRUE(first && second);
-    EXPECT_TRUE(frame->toolbarButton(QStringLiteral("Line"))->isVisible());
+    EXPECT_TRUE(frame->toolbarButton(u"Line"_s)->isVisible());
 
     // The pressed button is the active viewer's tool.
     const auto checked = [&] {
@@ -283,25 +250,25 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
                 on << QLatin1String(key);
         return on.join(QLatin1Char(','));
     };
-    EXPECT_EQ(checked(), QStringLiteral("View"));
-    frame->findChild<QAction*>(QStringLiteral("Rectangle"))->trigger();
-    EXPECT_EQ(checked(), QStringLiteral("Rectangle"));
+    EXPECT_EQ(checked(), u"View"_s);
+    frame->findChild<QAction*>(u"Rectangle"_s)->trigger();
+    EXPECT_EQ(checked(), u"Rectangle"_s);
     frame->mdiArea()->setActiveSubWindow(windowOf(first));
-    EXPECT_EQ(checked(), QStringLiteral("View"));
+    EXPECT_EQ(checked(), u"View"_s);
     frame->mdiArea()->setActiveSubWindow(windowOf(second));
-    EXPECT_EQ(checked(), QStringLiteral("Rectangle"));
-    frame->findChild<QAction*>(QStringLiteral("View"))->trigger();
-    EXPECT_EQ(checked(), QStringLiteral("View"));
-    EXPECT_EQ(second->calls, (QStringList{QStringLiteral("Rectangle"), QStringLiteral("View")}));
+    EXPECT_EQ(checked(), u"Rectangle"_s);
+    frame->findChild<QAction*>(u"View"_s)->trigger();
+    EXPECT_EQ(checked(), u"View"_s);
+    EXPECT_EQ(second->calls, (QStringList{u"Rectangle"_s, u"View"_s}));
     EXPECT_TRUE(first->calls.isEmpty());
     EXPECT_EQ(frame->currentChild(), second);
 
     // The arrow beside Rectangle opens its properties at once, modal.
-    auto* button = frame->toolbar()->findChild<DropDownToolButton*>(QStringLiteral("Rectangle"));
+    auto* button = frame->toolbar()->findChild<DropDownToolButton*>(u"Rectangle"_s);
     ASSERT_TRUE(button);
     frame->mdiArea()->setActiveSubWindow(windowOf(first));
     QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(button->width() - 3, button->height() / 2));
-    QWidget* properties = frame->findChild<QDialog*>(QStringLiteral("frmVTRec"));
+    QWidget* properties = frame->findChild<QDialog*>(u"frmVTRec"_s);
     ASSERT_TRUE(properties);
     EXPECT_EQ(properties->windowModality(), Qt::ApplicationModal);
     EXPECT_EQ(frame->currentChild(), first);
@@ -310,7 +277,7 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
     // Stamp and Line have no properties dialog in this build: nothing to open.
-    QAction* stampProperties = frame->findChild<QAction*>(QStringLiteral("StampProperties"));
+    QAction* stampProperties = frame->findChild<QAction*>(u"StampProperties"_s);
     EXPECT_FALSE(stampProperties->isEnabled());
     stampProperties->trigger();
     EXPECT_EQ(frame->findChildren<QDialog*>().size(), 0);
@@ -324,35 +291,35 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
                 names << entry->objectName();
         return names;
     };
-    EXPECT_EQ(shownMenus(), (QStringList{QStringLiteral("viewerFile"), QStringLiteral("mnuWindow"), QStringLiteral("mnuMainHelp")}));
+    EXPECT_EQ(shownMenus(), (QStringList{u"viewerFile"_s, u"mnuWindow"_s, u"mnuMainHelp"_s}));
     EXPECT_FALSE(first->bar.isVisibleTo(first));
 
-    frame->ShowForm(QStringLiteral("frmScan"));
-    EXPECT_EQ(shownMenus().first(), QStringLiteral("mnuFile"));
-    EXPECT_FALSE(shownMenus().contains(QStringLiteral("viewerFile")));
-    EXPECT_FALSE(frame->toolbarButton(QStringLiteral("Rectangle"))->isVisible());
-    EXPECT_FALSE(frame->findChild<QAction*>(QStringLiteral("Rectangle"))->isEnabled());
+    frame->ShowForm(u"frmScan"_s);
+    EXPECT_EQ(shownMenus().first(), u"mnuFile"_s);
+    EXPECT_FALSE(shownMenus().contains(u"viewerFile"_s));
+    EXPECT_FALSE(frame->toolbarButton(u"Rectangle"_s)->isVisible());
+    EXPECT_FALSE(frame->findChild<QAction*>(u"Rectangle"_s)->isEnabled());
 }
 
 TEST_F(Frame, WindowMenuArrangesTheChildren)
 {
     frame->resize(800, 600);
     ASSERT_TRUE(waitUntil([&] { return room().width() > 600; }));
-    QMdiSubWindow* a = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
-    QMdiSubWindow* b = windowOf(frame->ShowForm(QStringLiteral("frmFind")));
+    QMdiSubWindow* a = windowOf(frame->ShowForm(u"frmScan"_s));
+    QMdiSubWindow* b = windowOf(frame->ShowForm(u"frmFind"_s));
     const QSize r = room();
 
-    frame->menuEntry(QStringLiteral("mnuWindowVertical"))->trigger();
+    frame->menuEntry(u"mnuWindowVertical"_s)->trigger();
     EXPECT_EQ(b->geometry().left(), r.width() / 2);
-    frame->menuEntry(QStringLiteral("mnuWindowHorizontal"))->trigger();
+    frame->menuEntry(u"mnuWindowHorizontal"_s)->trigger();
     EXPECT_EQ(a->geometry(), QRect(0, 0, r.width(), r.height() / 2));
 
-    frame->menuEntry(QStringLiteral("mnuWindowCascade"))->trigger();
+    frame->menuEntry(u"mnuWindowCascade"_s)->trigger();
     EXPECT_NE(a->pos(), b->pos());
 
     // Expand fills the frame with each sizable child in its normal state.
     b->setFixedSize(b->size());
-    frame->menuEntry(QStringLiteral("mnuWindowExpand"))->trigger();
+    frame->menuEntry(u"mnuWindowExpand"_s)->trigger();
     EXPECT_EQ(a->geometry(), QRect(QPoint(0, 0), r));
     EXPECT_NE(b->geometry(), QRect(QPoint(0, 0), r));
 
@@ -360,7 +327,7 @@ TEST_F(Frame, WindowMenuArrangesTheChildren)
     b->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     a->showMinimized();
     b->showMinimized();
-    frame->menuEntry(QStringLiteral("mnuWindowArrange"))->trigger();
+    frame->menuEntry(u"mnuWindowArrange"_s)->trigger();
     EXPECT_EQ(b->geometry().bottom(), r.height() - 1);
     EXPECT_EQ(b->geometry().left(), a->geometry().right() + 1);
 }
@@ -368,22 +335,22 @@ TEST_F(Frame, WindowMenuArrangesTheChildren)
 TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
 {
     frame->resize(900, 700);
-    QMdiSubWindow* window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     window->setGeometry(30, 40, 450, 300);
     window->close();
     ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
-    const auto key = [&](const char* k) { return ReadIniValue(site.localIni(), QStringLiteral("Form"), QLatin1String(k)).value; };
-    EXPECT_EQ(key("frmScanState"), QStringLiteral("0"));
-    EXPECT_EQ(key("frmScanWidth"), QStringLiteral("6750"));
+    const auto key = [&](const char* k) { return ReadIniValue(site.localIni(), u"Form"_s, QLatin1String(k)).value; };
+    EXPECT_EQ(key("frmScanState"), u"0"_s);
+    EXPECT_EQ(key("frmScanWidth"), u"6750"_s);
 
-    window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    window = windowOf(frame->ShowForm(u"frmScan"_s));
     EXPECT_EQ(window->geometry(), QRect(30, 40, 450, 300));
     window->showMaximized();
     window->close();
     ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
-    EXPECT_EQ(key("frmScanState"), QStringLiteral("2"));
-    EXPECT_EQ(key("frmScanWidth"), QStringLiteral("6750"));
-    window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+    EXPECT_EQ(key("frmScanState"), u"2"_s);
+    EXPECT_EQ(key("frmScanWidth"), u"6750"_s);
+    window = windowOf(frame->ShowForm(u"frmScan"_s));
     EXPECT_TRUE(window->isMaximized());
 }
 
@@ -392,8 +359,8 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
     // Kept on a larger screen, or at another scaling: (3000, 2000) pixels.
     for (const auto& [key, value] : {std::pair{"frmScanLeft", "45000"}, {"frmScanTop", "30000"}, {"frmScanWidth", "6750"},
                                      {"frmScanHeight", "4500"}, {"frmScanState", "0"}})
-        PutLocal(site.session(), QStringLiteral("Form"), QLatin1String(key), QLatin1String(value));
-    QMdiSubWindow* window = windowOf(frame->ShowForm(QStringLiteral("frmScan")));
+        PutLocal(site.session(), u"Form"_s, QLatin1String(key), QLatin1String(value));
+    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     // Grown to hold the child, not to reach its old place.
     EXPECT_EQ(window->size(), QSize(450, 300));
     EXPECT_LE(frame->width(), window->width() + 40);
@@ -403,40 +370,40 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
 
 TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
 {
-    QWidget* form = frame->ShowForm(QStringLiteral("frmScan"));
+    QWidget* form = frame->ShowForm(u"frmScan"_s);
     form->close();
     EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
-    EXPECT_FALSE(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanState")).value.isEmpty());
+    EXPECT_FALSE(ReadIniValue(site.localIni(), u"Form"_s, u"frmScanState"_s).value.isEmpty());
 }
 
 TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
 {
-    auto* stubborn = static_cast<TestForm*>(frame->ShowForm(QStringLiteral("frmScan")));
-    frame->ShowForm(QStringLiteral("frmFind"));
+    auto* stubborn = static_cast<TestForm*>(frame->ShowForm(u"frmScan"_s));
+    frame->ShowForm(u"frmFind"_s);
     stubborn->refuseClose = true;
-    frame->menuEntry(QStringLiteral("mnuExit"))->trigger();
+    frame->menuEntry(u"mnuExit"_s)->trigger();
     EXPECT_TRUE(frame->isVisible());
     EXPECT_TRUE(waitUntil([&] { return openChildren() == 1; }));
 
     stubborn->refuseClose = false;
     frame->ShowHelp(HelpWindow::Entry::Contents);
-    frame->menuEntry(QStringLiteral("mnuExit"))->trigger();
+    frame->menuEntry(u"mnuExit"_s)->trigger();
     EXPECT_FALSE(frame->isVisible());
     EXPECT_FALSE(frame->helpWindow()->isVisible());
 }
 
 TEST_F(Frame, HelpOpensAtContentsIndexSearchAndChanges)
 {
-    frame->menuEntry(QStringLiteral("mnuIndex"))->trigger();
+    frame->menuEntry(u"mnuIndex"_s)->trigger();
     HelpWindow* help = frame->helpWindow();
     ASSERT_TRUE(help);
     EXPECT_EQ(help->currentEntry(), HelpWindow::Entry::Index);
-    frame->menuEntry(QStringLiteral("mnuSearch"))->trigger();
+    frame->menuEntry(u"mnuSearch"_s)->trigger();
     EXPECT_EQ(frame->helpWindow(), help);
     EXPECT_EQ(help->currentEntry(), HelpWindow::Entry::Search);
-    frame->menuEntry(QStringLiteral("mnuChgs"))->trigger();
-    EXPECT_EQ(help->browser()->source().path(), QStringLiteral("/manual/changes.html"));
-    EXPECT_TRUE(help->browser()->toPlainText().contains(QStringLiteral("Version 8.00")));
+    frame->menuEntry(u"mnuChgs"_s)->trigger();
+    EXPECT_EQ(help->browser()->source().path(), u"/manual/changes.html"_s);
+    EXPECT_TRUE(help->browser()->toPlainText().contains(u"Version 8.00"_s));
 }
 
 TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
@@ -444,20 +411,20 @@ TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
     TestSite other;
     other.create();
     site.prompter().answerFile(other.localIni());
-    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
-    EXPECT_EQ(site.session().dataBase, other.path(QStringLiteral("server/Tarlox.db")));
+    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    EXPECT_EQ(site.session().dataBase, other.path(u"server/Tarlox.db"_s));
     EXPECT_TRUE(frame->isVisible());
 
     // Cancelling the dialog reads the program directory's own file again.
-    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
-    EXPECT_EQ(site.session().dataBase, site.path(QStringLiteral("server/Tarlox.db")));
+    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    EXPECT_EQ(site.session().dataBase, site.path(u"server/Tarlox.db"_s));
 
     // A configuration whose server can't be reached: Cancel ends the program.
     QFile::remove(other.serverIni());
     site.prompter().answerFile(other.localIni());
     site.prompter().answer(Answer::Cancel);
-    frame->menuEntry(QStringLiteral("mnuOpen"))->trigger();
-    EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")));
+    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    EXPECT_TRUE(site.prompter().wasAsked(u"Invalid Server Information File"_s));
     EXPECT_FALSE(frame->isVisible());
 }
 
@@ -465,14 +432,13 @@ class FrameScanner : public Frame {};
 
 TEST_F(FrameScanner, LoadRecordsLoginAndThatNoScannerIsThere)
 {
-    useSaneBackend("tarlox_no_such_backend");
     site.session().machine.scanner = true;
     QSignalSpy checked(frame.get(), &mdiMain::scannerChecked);
     frame->MDIForm_Load();
     ASSERT_TRUE(checked.wait(30000));
     EXPECT_FALSE(checked.first().first().toBool());
-    EXPECT_FALSE(frame->menuEntry(QStringLiteral("mnuScan"))->isEnabled());
-    EXPECT_FALSE(frame->toolbarButton(QStringLiteral("Scan"))->isVisible());
+    EXPECT_FALSE(frame->menuEntry(u"mnuScan"_s)->isEnabled());
+    EXPECT_FALSE(frame->toolbarButton(u"Scan"_s)->isVisible());
 
     const QDateTime login = site.session().machine.lastLogin;
     EXPECT_TRUE(login.isValid());
@@ -490,12 +456,12 @@ TEST(FrameFax, FaxCommandFollowsTheFaxServersAnswer)
     TestSite site;
     ASSERT_TRUE(site.start());
     FormRegistry forms = testForms();
-    forms.child<TestForm>(QStringLiteral("frmFaxct"));
+    forms.child<TestForm>(u"frmFaxct"_s);
     const struct {
         QString address;
         bool offered;
         const char* text;
-    } rows[] = {{QStringLiteral("127.0.0.1:%1").arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
+    } rows[] = {{u"127.0.0.1:%1"_s.arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
     for (const auto& row : rows) {
         PutLocal(site.session(), fax::Section, fax::FaxServer, row.address);
         mdiMain frame(site.session(), forms);
@@ -503,8 +469,8 @@ TEST(FrameFax, FaxCommandFollowsTheFaxServersAnswer)
         frame.MDIForm_Load();
         ASSERT_TRUE(checked.wait(20000));
         EXPECT_EQ(frame.faxAvailable(), row.offered);
-        EXPECT_EQ(frame.menuEntry(QStringLiteral("mnuFax"))->isEnabled(), row.offered);
-        EXPECT_EQ(frame.toolbarButton(QStringLiteral("Fax"))->isVisible(), row.offered);
+        EXPECT_EQ(frame.menuEntry(u"mnuFax"_s)->isEnabled(), row.offered);
+        EXPECT_EQ(frame.toolbarButton(u"Fax"_s)->isVisible(), row.offered);
         EXPECT_TRUE(frame.faxDeviceText().startsWith(QLatin1String(row.text))) << frame.faxDeviceText().toStdString();
     }
 }
@@ -515,7 +481,7 @@ TEST(FrameServer, RepairIsNotOfferedForTheServerDatabase)
     ASSERT_TRUE(site.start());
     mdiMain frame(site.session(), testForms());
     frame.MDIForm_Activate();
-    EXPECT_FALSE(frame.menuEntry(QStringLiteral("mnuRepair"))->isEnabled());
+    EXPECT_FALSE(frame.menuEntry(u"mnuRepair"_s)->isEnabled());
 }
 
 TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
@@ -526,22 +492,22 @@ TEST(Manual, HasItsChaptersIndexAndSearchAndNoBrokenLinks)
     for (const HelpTopic& t : book.contents())
         if (t.level == 0)
             chapters << t.title;
-    EXPECT_EQ(chapters, (QStringList{QStringLiteral("Starting Tarlox"), QStringLiteral("The main window"), QStringLiteral("Scanning"), QStringLiteral("Adding documents in batch"), QStringLiteral("Barcoded Reports"), QStringLiteral("Finding test reports"), QStringLiteral("Listings and Updates"), QStringLiteral("Viewing"), QStringLiteral("Printing and Sending"), QStringLiteral("Annotating"), QStringLiteral("Exchanging reports"), QStringLiteral("Faxing"), QStringLiteral("Administration"), QStringLiteral("Changes")}));
+    EXPECT_EQ(chapters, (QStringList{u"Starting Tarlox"_s, u"The main window"_s, u"Scanning"_s, u"Adding documents in batch"_s, u"Barcoded Reports"_s, u"Finding test reports"_s, u"Listings and Updates"_s, u"Viewing"_s, u"Printing and Sending"_s, u"Annotating"_s, u"Exchanging reports"_s, u"Faxing"_s, u"Administration"_s, u"Changes"_s}));
     EXPECT_TRUE(book.brokenLinks().isEmpty()) << book.brokenLinks().join(QLatin1Char('\n')).toStdString();
 
     const auto indexHas = [&](const QString& keyword, const QString& url) {
         return std::any_of(book.index().begin(), book.index().end(), [&](const HelpKeyword& k) { return k.keyword == keyword && k.url == url; });
     };
-    EXPECT_TRUE(indexHas(QStringLiteral("TARLOX.INI"), QStringLiteral("startup.html#local-settings")));
+    EXPECT_TRUE(indexHas(u"TARLOX.INI"_s, u"startup.html#local-settings"_s));
     EXPECT_TRUE(std::is_sorted(book.index().begin(), book.index().end(), [](const HelpKeyword& a, const HelpKeyword& b) {
         return a.keyword.compare(b.keyword, Qt::CaseInsensitive) < 0;
     }));
 
-    const QList<HelpTopic> odb = book.search(QStringLiteral("odb NDB"));
+    const QList<HelpTopic> odb = book.search(u"odb NDB"_s);
     ASSERT_FALSE(odb.isEmpty());
-    EXPECT_EQ(odb.first().url, QStringLiteral("mainwindow.html#repair"));
+    EXPECT_EQ(odb.first().url, u"mainwindow.html#repair"_s);
     // The manual says that programs are not copied to the server directory.
-    const QList<HelpTopic> copy = book.search(QStringLiteral("not copied server directory"));
+    const QList<HelpTopic> copy = book.search(u"not copied server directory"_s);
     EXPECT_TRUE(std::any_of(copy.begin(), copy.end(), [](const HelpTopic& t) { return t.url == QLatin1String("startup.html#versions"); }));
-    EXPECT_TRUE(book.search(QStringLiteral("zebra quantum")).isEmpty());
+    EXPECT_TRUE(book.search(u"zebra quantum"_s).isEmpty());
 }
