@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QProcess>
-#include <QTcpServer>
 
 #include <gtest/gtest.h>
 
@@ -25,13 +24,6 @@ QString& Reason()
 }
 
 }  // namespace
-
-quint16 ClosedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress(QStringLiteral("127.0.0.1")), 0);
-    return probe.serverPort();
-}
 
 FaxTestServer* FaxTestServer::Get()
 {

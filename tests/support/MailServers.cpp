@@ -4,6 +4,7 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
 
@@ -43,6 +44,13 @@ void stopProcess(QProcess& process)
 }
 
 }  // namespace
+
+quint16 ClosedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress(QStringLiteral("127.0.0.1")), 0);
+    return probe.serverPort();
+}
 
 bool MakeTestCertificate(const QString& dir, TestCertificate& made)
 {

@@ -5,7 +5,6 @@
 #include "data/Settings.h"
 #include "search/SearchData.h"
 #include "view/ViewerTestSupport.h"
-#include "WidgetApplication.h"
 
 #include <QLineEdit>
 #include <QMdiArea>
