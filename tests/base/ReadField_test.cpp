@@ -39,7 +39,7 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
             if (field)
                 fields << *field;
         }
-        EXPECT_EQ(std::pair(fields, error), std::pair(row.fields, row.errorAtEnd)) << row.text.toStdString();
+        EXPECT_EQ(std::tuple(fields, error), std::tuple(row.fields, row.errorAtEnd)) << row.text.toStdString();
     }
 }
 

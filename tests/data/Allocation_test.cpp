@@ -66,9 +66,9 @@ protected:
     void checkRows(const QSet<qint32>& files)
     {
         // References without their image, images without their references.
-        EXPECT_EQ(std::pair(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" NOT IN (SELECT \"Image #\" FROM \"Images\")")),
+        EXPECT_EQ(std::tuple(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" NOT IN (SELECT \"Image #\" FROM \"Images\")")),
                             scalar(QStringLiteral("SELECT count(*) FROM \"Images\" WHERE \"Image #\" NOT IN (SELECT \"Image #\" FROM \"Info\")"))),
-                  std::pair(qint64(0), qint64(0)));
+                  std::tuple(qint64(0), qint64(0)));
         DataOp op(site.session(), QStringLiteral("test"));
         auto rows = op.exec(QStringLiteral("SELECT \"Image #\" FROM \"Images\""));
         ASSERT_TRUE(rows);
@@ -87,7 +87,7 @@ TEST_P(AllocationTest, FourWorkstationsAddingAtOnceGetDistinctNumbers)
     QList<qint32> given;
     for (auto& process : processes) {
         ASSERT_TRUE(process->waitForFinished(600000));
-        EXPECT_EQ(std::pair(process->exitStatus(), process->exitCode()), std::pair(QProcess::NormalExit, 0)) << process->readAllStandardError().toStdString();
+        EXPECT_EQ(std::tuple(process->exitStatus(), process->exitCode()), std::tuple(QProcess::NormalExit, 0)) << process->readAllStandardError().toStdString();
         for (const QByteArray& line : process->readAllStandardOutput().split('\n'))
             if (!line.isEmpty())
                 given << line.toInt();

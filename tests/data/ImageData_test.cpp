@@ -112,7 +112,7 @@ TEST_P(ImageDataTest, ImageRowRoundTrip)
 
     // A number without a row leaves the record as it was.
     EXPECT_FALSE(ReadImage(s(), 8));
-    EXPECT_EQ(std::pair(s().image.imageNumber, prompter().asked().size()), std::pair(7, 0));
+    EXPECT_EQ(std::tuple(s().image.imageNumber, prompter().asked().size()), std::tuple(7, 0));
 
     // The number is the key.
     s().image.path = QStringLiteral("/other");
@@ -134,9 +134,9 @@ TEST_P(ImageDataTest, ImageWithReferencesGoesInWholeOrNotAtAll)
     s().info.heat = QStringLiteral("H1 H1");
     s().info.part = QStringLiteral("P1 P1");
     EXPECT_FALSE(AddImageWithInfo(s(), true));
-    EXPECT_EQ(std::pair(rows("Images", "\"Image #\" = 12"), rows("Info", "\"Image #\" = 12")), std::pair(qint64(0), qint64(0)));
+    EXPECT_EQ(std::tuple(rows("Images", "\"Image #\" = 12"), rows("Info", "\"Image #\" = 12")), std::tuple(qint64(0), qint64(0)));
     ASSERT_TRUE(DeleteImageAll(s(), 11));
-    EXPECT_EQ(std::pair(rows("Images"), rows("Info")), std::pair(qint64(0), qint64(0)));
+    EXPECT_EQ(std::tuple(rows("Images"), rows("Info")), std::tuple(qint64(0), qint64(0)));
 }
 
 TEST_P(ImageDataTest, ListsOfImagesAndReferences)
@@ -168,7 +168,7 @@ TEST_P(ImageDataTest, ListsOfImagesAndReferences)
     const QStringList names{QStringLiteral("Order"), QStringLiteral("Mill"), QStringLiteral("Maker")};
     std::tie(s().poShort, s().vendShort, s().mfgShort) = std::tuple(names[0], names[1], names[2]);
     ASSERT_TRUE(LoadImageGrid(s(), grid, {}));
-    EXPECT_EQ(std::pair(grid.headers.mid(2, 3), grid.rows.size()), std::pair(names, 4));
+    EXPECT_EQ(std::tuple(grid.headers.mid(2, 3), grid.rows.size()), std::tuple(names, 4));
 }
 
 TARLOX_ON_BOTH_ENGINES(ImageDataTest);

@@ -20,7 +20,7 @@ class RecordsTest : public SiteTest {};
 TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
 {
     ASSERT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(std::pair(s().options.status, s().options.version), std::pair(0, s().programVersion));
+    EXPECT_EQ(std::tuple(s().options.status, s().options.version), std::tuple(0, s().programVersion));
     // A blank company name is stored as one space.
     s().options.companyName = QString();
     s().options.nextName = 1234;
@@ -34,14 +34,14 @@ TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
     ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Options\"")));
     WriteIniValue(site.serverIni(), QStringLiteral("Info"), QStringLiteral("NextName"), QStringLiteral("500"));
     EXPECT_FALSE(ReadOptions(s()));
-    EXPECT_EQ(std::pair(s().options.status, s().options.nextName), std::pair(1, 500));
+    EXPECT_EQ(std::tuple(s().options.status, s().options.nextName), std::tuple(1, 500));
 
     // A table without ClientOptions reads with ClientOptions 0.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE TABLE \"Options\" (\"OptionsID\" INTEGER, \"CompanyName\" VARCHAR(64), \"NextName\" INTEGER, \"Version\" VARCHAR(10))")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Options\" VALUES (1, 'Acme', 77, '7.00.0006')")));
     EXPECT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(std::pair(s().options.clientOptions, s().options.nextName), std::pair(0, 77));
+    EXPECT_EQ(std::tuple(s().options.clientOptions, s().options.nextName), std::tuple(0, 77));
 
     // No table at all: the error's number is the status, and its text is kept.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
@@ -54,7 +54,7 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
 {
     // StartSession added this machine's row.
     ASSERT_TRUE(ReadUser(s(), QString()));
-    EXPECT_EQ(std::pair(s().machine.errorNumber, s().machine.lastInterface.date()), std::pair(0, QDate(1900, 1, 1)));
+    EXPECT_EQ(std::tuple(s().machine.errorNumber, s().machine.lastInterface.date()), std::tuple(0, QDate(1900, 1, 1)));
 
     s().machine.machineName = QStringLiteral("O'NEIL-PC");
     s().machine.userName = QStringLiteral("Pat O'Neil");
@@ -118,7 +118,7 @@ TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessAScopeKeepsItOpen)
         ASSERT_TRUE(ReadUser(s(), QString()));
         EXPECT_TRUE(s().db().isOpen());
     }
-    EXPECT_EQ(std::pair(s().db().isOpen(), s().db().opensSoFar()), std::pair(false, before + 3));
+    EXPECT_EQ(std::tuple(s().db().isOpen(), s().db().opensSoFar()), std::tuple(false, before + 3));
 }
 
 TARLOX_ON_BOTH_ENGINES(RecordsTest);

@@ -52,7 +52,7 @@ TEST_P(SchemaTest, LadderUpgradesOldShapeInOrder)
                          schema.hasColumn(QStringLiteral("Images"), QStringLiteral("Volumn ID")),
                          schema.hasColumn(QStringLiteral("Options"), QStringLiteral("ClientOptions")), schema.hasTable(QStringLiteral("TarloxUsers"))),
               std::tuple(false, true, false, true, true));
-    EXPECT_EQ(std::pair(schema.columnLimit(QStringLiteral("Contacts"), QStringLiteral("Email")), schema.indexColumnCount(IndexName::InfoKey)), std::pair(64, 5));
+    EXPECT_EQ(std::tuple(schema.columnLimit(QStringLiteral("Contacts"), QStringLiteral("Email")), schema.indexColumnCount(IndexName::InfoKey)), std::tuple(64, 5));
     // FixInfo gave the null key columns a blank.
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"P/O #\" = ' ' AND \"Mfg Name\" = ' '")), 1);
 }

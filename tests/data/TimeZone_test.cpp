@@ -46,7 +46,7 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
         ASSERT_TRUE(AddImageWithInfo(s(), false));
     }
     const auto dateOf = [&](qint32 image) { return ReadImage(s(), image) ? s().image.entryDate : QDateTime(); };
-    EXPECT_EQ(std::pair(dateOf(501), dateOf(502)), std::pair(lateEvening, summerMorning));
+    EXPECT_EQ(std::tuple(dateOf(501), dateOf(502)), std::tuple(lateEvening, summerMorning));
 
     // 10:30 pm on the 15th is on the 15th here, though already the 16th in UTC.
     FindCriteria day;
@@ -55,7 +55,7 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     day.to = QStringLiteral("1/15/2026");
     const FindResult found = FindReferences(s(), day, 100);
     ASSERT_EQ(found.rows.size(), 1);
-    EXPECT_EQ(std::pair(found.rows.first().imageNumber, found.rows.first().entryDate), std::pair(501, lateEvening));
+    EXPECT_EQ(std::tuple(found.rows.first().imageNumber, found.rows.first().entryDate), std::tuple(501, lateEvening));
 }
 
 TARLOX_ON_BOTH_ENGINES(TimeZoneTest);

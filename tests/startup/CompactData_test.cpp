@@ -84,7 +84,7 @@ TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
     // The session goes on with the rebuilt file.
     EXPECT_TRUE(ReadOptions(site.session()));
     EXPECT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
-    EXPECT_EQ(std::pair(contactsIn(database()), contactsIn(oldFile())), std::pair(11, 10));
+    EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile())), std::tuple(11, 10));
 }
 
 TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
@@ -109,7 +109,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
 
     EXPECT_FALSE(compact());
     EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("The database can't be rebuilt while it is in use:")));
-    EXPECT_EQ(std::pair(QFileInfo::exists(oldFile()), contactsIn(database())), std::pair(false, 10));
+    EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
 
     // Once the other one is gone, the rebuild goes through.
     held.reset();
@@ -132,7 +132,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
     EXPECT_FALSE(compact());
     const QString text = site.prompter().textOf(QStringLiteral("Error"));
     EXPECT_TRUE(text.contains(QStringLiteral("sleep (process ") + QString::number(holder.processId()) + QLatin1Char(')'))) << text.toStdString();
-    EXPECT_EQ(std::pair(QFileInfo::exists(oldFile()), contactsIn(database())), std::pair(false, 10));
+    EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
     holder.kill();
     holder.waitForFinished();
 }

@@ -15,11 +15,11 @@ TEST(FileTools, FileExistsWithWildCardsDirectoriesAndNames)
     const auto found = [&](const char* pattern) {
         QString names;
         const bool exists = FileExists(dir.filePath(QLatin1String(pattern)), &names);
-        return std::pair(exists, names);
+        return std::tuple(exists, names);
     };
-    EXPECT_EQ(found("TR*.TIF"), std::pair(true, QStringLiteral("TR000001.TIF\tTR000002.TIF")));
-    EXPECT_EQ(found("?R000001.TIF").second.split(QLatin1Char('\t')).size(), 2);
-    EXPECT_EQ(found("XX*"), std::pair(false, QString()));
+    EXPECT_EQ(found("TR*.TIF"), std::tuple(true, QStringLiteral("TR000001.TIF\tTR000002.TIF")));
+    EXPECT_EQ(std::get<1>(found("?R000001.TIF")).split(QLatin1Char('\t')).size(), 2);
+    EXPECT_EQ(found("XX*"), std::tuple(false, QString()));
     EXPECT_EQ(std::tuple(FileExists(dir.path() + QLatin1Char('/')), FileExists(dir.filePath(QStringLiteral("OR000001.TIF"))),
                          FileExists(dir.filePath(QStringLiteral("nothing"))), FileExists(QString())),
               std::tuple(true, true, false, false));

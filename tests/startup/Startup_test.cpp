@@ -1,4 +1,5 @@
 #include "data/OptionsData.h"
+#include "data/Connection.h"
 #include "data/Schema.h"
 #include "base/IniFile.h"
 #include "startup/Startup.h"
@@ -173,7 +174,7 @@ TEST(Startup, TraceSwitchForms)
                 {{QStringLiteral("/d=")}, true, ""}};
     for (const auto& row : rows) {
         const TraceSwitch parsed = ParseTraceSwitch(row.arguments);
-        EXPECT_EQ(std::pair(parsed.requested, parsed.path), std::pair(row.requested, QString::fromLatin1(row.path))) << row.arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(std::tuple(parsed.requested, parsed.path), std::tuple(row.requested, QString::fromLatin1(row.path))) << row.arguments.join(QLatin1Char(' ')).toStdString();
     }
 }
 
@@ -189,5 +190,5 @@ TEST_F(StartupTest, TraceWritesMainAndEachProcedure)
     // "/d=" with no path: the open fails through the error report.
     TestSite other;
     StartTrace(other.session(), ParseTraceSwitch({QStringLiteral("/d=")}));
-    EXPECT_EQ(std::pair(other.prompter().wasAsked(QStringLiteral("Tarlox")), other.session().trace().enabled()), std::pair(true, false));
+    EXPECT_EQ(std::tuple(other.prompter().wasAsked(QStringLiteral("Tarlox")), other.session().trace().enabled()), std::tuple(true, false));
 }

@@ -27,7 +27,7 @@ TEST(TextTools, GetNextAndCountItems)
     EXPECT_EQ(next("H1"), (QStringList{QStringLiteral("H1"), QString()}));
     EXPECT_EQ(next("H1     H2\r\n"), (QStringList{QStringLiteral("H1"), QStringLiteral("H2")}));
     EXPECT_EQ(next("").first(), QStringLiteral("(none)"));
-    EXPECT_EQ(std::pair(CountItems(QStringLiteral("  A  B C ")), CountItems(QString())), std::pair(3, 0));
+    EXPECT_EQ(std::tuple(CountItems(QStringLiteral("  A  B C ")), CountItems(QString())), std::tuple(3, 0));
 }
 
 TEST(TextTools, CipherRoundTripsPrintableAsciiWithAnyKey)
@@ -38,7 +38,7 @@ TEST(TextTools, CipherRoundTripsPrintableAsciiWithAnyKey)
     for (const QString& key : {QString(), QStringLiteral("k"), QStringLiteral("a much longer key than usual, 1234567890")}) {
         for (const QString& text : {all, QStringLiteral("p@ss;word"), QStringLiteral("x"), QString(all + all + all)}) {
             const QString enciphered = Encrypt(text, key);
-            EXPECT_EQ(std::pair(enciphered.size(), Decrypt(enciphered, key)), std::pair(text.size(), text));
+            EXPECT_EQ(std::tuple(enciphered.size(), Decrypt(enciphered, key)), std::tuple(text.size(), text));
             for (QChar c : enciphered)
                 EXPECT_TRUE(c.unicode() >= 32 && c.unicode() <= 127) << int(c.unicode());
         }

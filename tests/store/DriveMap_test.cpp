@@ -49,7 +49,7 @@ TEST(DriveMap, LettersAndPrefixesBothWays)
     };
     for (const auto& c : cases) {
         const DriveMapResult result = ApplyDriveMap(QLatin1String(c.map), QLatin1String(c.path), c.direction);
-        EXPECT_EQ(std::pair(result.ok(), result.path), std::pair(true, QString::fromLatin1(c.expected))) << c.map << " " << c.path;
+        EXPECT_EQ(std::tuple(result.ok(), result.path), std::tuple(true, QString::fromLatin1(c.expected))) << c.map << " " << c.path;
     }
 }
 
@@ -57,7 +57,7 @@ TEST(DriveMap, MalformedMapsAreFaults)
 {
     for (const char* map : {"F", "F=C;G", "/srv/tarlox", "/srv/tarlox=", "=/mnt"}) {
         const DriveMapResult result = ApplyDriveMap(QLatin1String(map), QStringLiteral("F:/x"), MapDirection::ToLocal);
-        EXPECT_EQ(std::pair(result.ok(), result.path), std::pair(false, QStringLiteral("F:/x"))) << map;
+        EXPECT_EQ(std::tuple(result.ok(), result.path), std::tuple(false, QStringLiteral("F:/x"))) << map;
     }
 }
 

@@ -56,7 +56,7 @@ TEST_F(FileSafety, ReadOnlyDirectoryGivesMessageAndNoFile)
                && created.error().contains(locked.path()) && !appended.ok()
                && appended.error().contains(QStringLiteral("Permission denied"));
     }));
-    EXPECT_EQ(std::pair(QDir(locked.path()).entryList(QDir::Files | QDir::Hidden), FileBytes(target)), std::pair(QStringList{QStringLiteral("TR000002.TIF")}, before));
+    EXPECT_EQ(std::tuple(QDir(locked.path()).entryList(QDir::Files | QDir::Hidden), FileBytes(target)), std::tuple(QStringList{QStringLiteral("TR000002.TIF")}, before));
     ::chmod(QFile::encodeName(locked.path()).constData(), 0755);
 }
 
@@ -95,7 +95,7 @@ TEST_F(FileSafety, BadTargetsAndSourcesGiveMessagesAndNoStrayFiles)
         auto writer = TiffWriter::create(path("TR000008.TIF"));
         ASSERT_TRUE(writer.ok() && writer->addPage(TextPage(100, 100)).ok());
         const bool empty = writer->addPage(QImage()).ok();
-        EXPECT_EQ(std::pair(empty, writer->addPage(TextPage(100, 100)).ok()), std::pair(false, true)) << "an empty page is refused, not fatal";
+        EXPECT_EQ(std::tuple(empty, writer->addPage(TextPage(100, 100)).ok()), std::tuple(false, true)) << "an empty page is refused, not fatal";
     }
     expectUntouched();
 }
@@ -108,7 +108,7 @@ TEST_F(FileSafety, ReplacingAFileKeepsItsPermissions)
         struct stat info {};
         return ::stat(QFile::encodeName(path(QLatin1String(name))).constData(), &info) == 0 ? info.st_mode & 0777 : 0u;
     };
-    EXPECT_EQ(std::pair(mode("TR000001.TIF"), TiffReader::open(path("TR000001.TIF"))->pageCount()), std::pair(0640u, 2));
+    EXPECT_EQ(std::tuple(mode("TR000001.TIF"), TiffReader::open(path("TR000001.TIF"))->pageCount()), std::tuple(0640u, 2));
 
     // A new file gets the usual permissions, not those of a private temporary file.
     const mode_t mask = ::umask(022);

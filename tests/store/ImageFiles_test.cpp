@@ -27,7 +27,7 @@ TEST(ImageFiles, NamesAndPaths)
     s.dataDir = QStringLiteral("/srv/img/");
     s.tempDir = QStringLiteral("/tmp/tlx");
     const NewImage image = NewImagePaths(s, 42);
-    const std::pair<QString, const char*> rows[] = {
+    const std::tuple<QString, const char*> rows[] = {
         {ImageFileNameFor(999999), "TR999999.TIF"},
         {ImageFileNameFor(1000000), "TR000000.TIF"},
         {ImageLabelFor(1234), "TR001234"},
@@ -68,7 +68,7 @@ TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
     const QString scratch = dir.filePath(QStringLiteral("~TR000003.TIF"));
     ASSERT_TRUE(WriteFile(scratch, "pages"));
     ASSERT_TRUE(CommitWrittenFile(scratch, dir.filePath(QStringLiteral("TR000003.TIF"))));
-    EXPECT_EQ(std::pair(QFile::exists(scratch), FileBytes(dir.filePath(QStringLiteral("TR000003.TIF")))), std::pair(false, QByteArray("pages")));
+    EXPECT_EQ(std::tuple(QFile::exists(scratch), FileBytes(dir.filePath(QStringLiteral("TR000003.TIF")))), std::tuple(false, QByteArray("pages")));
 }
 
 TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
@@ -98,11 +98,11 @@ TEST(FileLists, FileListKeepsTheNamesAndNotesPartialPages)
 {
     const auto build = [](const char* list, const char* separator) {
         bool somePages = true;
-        return std::pair(BuildFileList(QLatin1String(list), QLatin1String(separator), somePages), somePages);
+        return std::tuple(BuildFileList(QLatin1String(list), QLatin1String(separator), somePages), somePages);
     };
-    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;", "+"), std::pair(QStringLiteral("/a/TR1.TIF+/b/TR2.TIF"), false));
-    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;1,2", ";"), std::pair(QStringLiteral("/a/TR1.TIF;/b/TR2.TIF"), true));
-    EXPECT_EQ(build("", ";"), std::pair(QString(), false));
+    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;", "+"), std::tuple(QStringLiteral("/a/TR1.TIF+/b/TR2.TIF"), false));
+    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;1,2", ";"), std::tuple(QStringLiteral("/a/TR1.TIF;/b/TR2.TIF"), true));
+    EXPECT_EQ(build("", ";"), std::tuple(QString(), false));
 }
 
 TEST(FileLists, DeleteTempFilesIgnoresWhatIsMissing)

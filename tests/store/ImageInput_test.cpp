@@ -71,7 +71,7 @@ TEST_F(ImageInputs, PictureFilesAreOnePageWithTheirResolution)
     for (const char* name : {"scan.png", "scan.jpg", "scan.bmp", "scan.ppm", "png-named.tif", "mono.png"}) {
         auto input = ImageInput::open(path(QString::fromLatin1(name)));
         ASSERT_TRUE(input.ok()) << name << input.error().toStdString();
-        ASSERT_EQ(std::pair(input->kind(), input->pageCount()), std::pair(ImageInput::Kind::Picture, 1));
+        ASSERT_EQ(std::tuple(input->kind(), input->pageCount()), std::tuple(ImageInput::Kind::Picture, 1));
         auto page = input->page(0);
         ASSERT_TRUE(page.ok()) << name << page.error().toStdString();
         const bool isMono = std::string(name) == "mono.png";
@@ -80,10 +80,11 @@ TEST_F(ImageInputs, PictureFilesAreOnePageWithTheirResolution)
                   std::tuple(isMono ? QSize(64, 48) : QSize(120, 80), std::string(name) == "scan.ppm" ? kDefaultDpi : 300.0, false)) << name;
         auto reduced = ReduceToBlackAndWhite(*page);
         ASSERT_TRUE(reduced.ok());
-        if (isMono)
+        if (isMono) {
             EXPECT_TRUE(SamePixels(*reduced, mono));
-        else
-            EXPECT_EQ(std::pair(IsBlackAt(*reduced, 60, 30), IsBlackAt(*reduced, 60, 60)), std::pair(true, false)) << name;
+        } else {
+            EXPECT_EQ(std::tuple(IsBlackAt(*reduced, 60, 30), IsBlackAt(*reduced, 60, 60)), std::tuple(true, false)) << name;
+        }
     }
 }
 
@@ -92,17 +93,17 @@ TEST_F(ImageInputs, TiffAndPdfGiveAllTheirPages)
     ASSERT_TRUE(WriteTiff(path("three.tif"), {TextPage(200, 100, 1), TextPage(200, 100, 2), TextPage(200, 100, 3)}).ok());
     auto tiff = ImageInput::open(path("three.tif"));
     ASSERT_TRUE(tiff.ok());
-    ASSERT_EQ(std::pair(tiff->kind(), tiff->pageCount()), std::pair(ImageInput::Kind::Tiff, 3));
+    ASSERT_EQ(std::tuple(tiff->kind(), tiff->pageCount()), std::tuple(ImageInput::Kind::Tiff, 3));
     EXPECT_TRUE(SamePixels(*tiff->page(2), TextPage(200, 100, 3)));
 
     write(QStringLiteral("two.pdf"), LetterPdf({QRectF(72, 648, 144, 72), QRectF(360, 72, 144, 72)}));
     auto pdf = ImageInput::open(path("two.pdf"), 100);
     ASSERT_TRUE(pdf.ok()) << pdf.error().toStdString();
-    ASSERT_EQ(std::pair(pdf->kind(), pdf->pageCount()), std::pair(ImageInput::Kind::Pdf, 2));
+    ASSERT_EQ(std::tuple(pdf->kind(), pdf->pageCount()), std::tuple(ImageInput::Kind::Pdf, 2));
     auto first = pdf->page(0);
     auto second = pdf->page(1);
     ASSERT_TRUE(first.ok() && second.ok());
-    EXPECT_EQ(std::pair(first->size(), DpiOf(*first)), std::pair(QSize(850, 1100), Dpi{100, 100}));
+    EXPECT_EQ(std::tuple(first->size(), DpiOf(*first)), std::tuple(QSize(850, 1100), Dpi{100, 100}));
     // Rectangles at 1 to 3 inches across and 1 to 2 down; then 5 to 7 across, 9 to 10 down.
     EXPECT_EQ(std::tuple(IsBlackAt(*first, 200, 150), IsBlackAt(*first, 600, 950), IsBlackAt(*second, 600, 950), IsBlackAt(*second, 200, 150)),
               std::tuple(true, false, true, false));

@@ -26,7 +26,7 @@ protected:
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
-    std::pair<qint64, qint64> imageAndInfoRows()
+    std::tuple<qint64, qint64> imageAndInfoRows()
     {
         return {scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), scalar(QStringLiteral("SELECT count(*) FROM \"Info\""))};
     }
@@ -54,7 +54,7 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
     ASSERT_TRUE(WriteFile(s().tempFilePath, "scanned pages"));
     ASSERT_TRUE(WriteFile(s().imageFilePath, "older file"));
     ASSERT_TRUE(FromTemp(s()));
-    EXPECT_EQ(std::pair(FileBytes(s().imageFilePath), QFile::exists(s().tempFilePath)), std::pair(QByteArray("scanned pages"), true));
+    EXPECT_EQ(std::tuple(FileBytes(s().imageFilePath), QFile::exists(s().tempFilePath)), std::tuple(QByteArray("scanned pages"), true));
 
     // Nothing to copy: reported, and the file on disk is kept.
     QFile::remove(s().tempFilePath);
@@ -100,7 +100,7 @@ TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
 {
     imageRow(14, data(), s().dataVolume);
     EXPECT_FALSE(GetImage(s(), 14));
-    EXPECT_EQ(std::pair(prompter().titles(), prompter().textOf(QStringLiteral("Error"))), std::pair(QStringList{QStringLiteral("Error")}, texts::ImageFileGone));
+    EXPECT_EQ(std::tuple(prompter().titles(), prompter().textOf(QStringLiteral("Error"))), std::tuple(QStringList{QStringLiteral("Error")}, texts::ImageFileGone));
 
     prompter().clear();
     imageRow(15, data(), QStringLiteral("MTR ARCHIVE 3"));
@@ -130,7 +130,7 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     }).imageNumber;
     ASSERT_EQ(number, 1);
     EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
-    EXPECT_EQ(std::pair(QFile::exists(writtenTo), FileBytes(data(QStringLiteral("TR000001.TIF")))), std::pair(false, QByteArray("page one, page two")));
+    EXPECT_EQ(std::tuple(QFile::exists(writtenTo), FileBytes(data(QStringLiteral("TR000001.TIF")))), std::tuple(false, QByteArray("page one, page two")));
     ASSERT_TRUE(ReadImage(s(), 1));
     EXPECT_EQ((QStringList{s().image.path, s().image.size, local("Last Image"), local("DPI")}),
               (QStringList{s().dataDir, QStringLiteral("G"), QStringLiteral("TR000001.TIF"), QStringLiteral("300")}));
@@ -145,8 +145,8 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
                   return WriteFile(path, "third");
               }).imageNumber,
               2);
-    EXPECT_EQ(std::pair(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")), FileBytes(data(QStringLiteral("TR000002.TIF")))),
-              std::pair(false, QByteArray("third")));
+    EXPECT_EQ(std::tuple(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")), FileBytes(data(QStringLiteral("TR000002.TIF")))),
+              std::tuple(false, QByteArray("third")));
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
 }
 
@@ -159,7 +159,7 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     ASSERT_EQ(prompter().asked().size(), 1);
     EXPECT_EQ(std::tuple(s().currentImage, prompter().asked().first().text, prompter().asked().first().icon, QDir(data()).entryList(QDir::Files)),
               std::tuple(0, texts::ImageNotCreated, Icon::Exclamation, QStringList{}));
-    EXPECT_EQ(std::pair(imageAndInfoRows(), nextName()), std::pair(std::pair<qint64, qint64>(0, 0), 2)) << "a number once taken is not given back";
+    EXPECT_EQ(std::tuple(imageAndInfoRows(), nextName()), std::tuple(std::tuple<qint64, qint64>(0, 0), 2)) << "a number once taken is not given back";
 
     // An entry that fails its checks takes no number and writes nothing.
     prompter().clear();
@@ -179,7 +179,7 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "pages"); }).imageNumber, 0);
     EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
     EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
-    EXPECT_EQ(std::pair(imageAndInfoRows(), QDir(data()).entryList(QDir::Files | QDir::Hidden)), std::pair(std::pair<qint64, qint64>(0, 1), QStringList{}));
+    EXPECT_EQ(std::tuple(imageAndInfoRows(), QDir(data()).entryList(QDir::Files | QDir::Hidden)), std::tuple(std::tuple<qint64, qint64>(0, 1), QStringList{}));
     const auto next = GetNextImage(s());
     EXPECT_TRUE(next && next->number == 2) << "the counter moves on";
 }

@@ -127,7 +127,7 @@ TEST(PageProcessing, DeskewStraightensATurnedPage)
     Skew none{1, 1};
     auto same = DeskewPage(blank, &none);
     ASSERT_TRUE(same.ok());
-    EXPECT_EQ(std::pair(SamePixels(*same, blank), none.angle), std::pair(true, 0.0));
+    EXPECT_EQ(std::tuple(SamePixels(*same, blank), none.angle), std::tuple(true, 0.0));
 }
 
 TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
@@ -137,7 +137,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
     const PixPtr pix = PixFromImage(mono);
     ASSERT_TRUE(pix);
     const QImage back = ImageFromPix(pix.get());
-    EXPECT_EQ(std::pair(SamePixels(back, mono), DpiOf(back)), std::pair(true, Dpi{300, 300}));
+    EXPECT_EQ(std::tuple(SamePixels(back, mono), DpiOf(back)), std::tuple(true, Dpi{300, 300}));
 
     QImage grey(13, 5, QImage::Format_Grayscale8);
     QImage rgb(13, 5, QImage::Format_RGB32);
@@ -146,7 +146,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
             grey.scanLine(y)[x] = uchar(x * 19 + y);
             rgb.setPixel(x, y, qRgb(x * 19, y * 50, 255 - x));
         }
-    EXPECT_EQ(std::pair(ImageFromPix(PixFromImage(grey).get()), ImageFromPix(PixFromImage(rgb).get())), std::pair(grey, rgb));
+    EXPECT_EQ(std::tuple(ImageFromPix(PixFromImage(grey).get()), ImageFromPix(PixFromImage(rgb).get())), std::tuple(grey, rgb));
 }
 
 TEST(PageProcessing, InvertScaleAndTinyPages)

@@ -50,7 +50,7 @@ TEST(SaneFrame, GreyAndColourAtEightAndSixteenBits)
     const quint16 samples[] = {0x1234, 0xABCD};
     auto deep = build(format(SaneFrameFormat::Gray, 16, 2, 4, 1), QByteArray(reinterpret_cast<const char*>(samples), 4));
     ASSERT_TRUE(deep.ok());
-    EXPECT_EQ(std::pair(deep->constScanLine(0)[0], deep->constScanLine(0)[1]), std::pair(0x12, 0xAB));
+    EXPECT_EQ(std::tuple(deep->constScanLine(0)[0], deep->constScanLine(0)[1]), std::tuple(0x12, 0xAB));
 
     auto colour = build(format(SaneFrameFormat::Rgb, 8, 2, 6, 1), QByteArray("\x10\x20\x30\x40\x50\x60", 6));
     ASSERT_TRUE(colour.ok());
@@ -65,7 +65,7 @@ TEST(SaneFrame, GreyAndColourAtEightAndSixteenBits)
     }
     auto threePass = builder.finish(300, 300);
     ASSERT_TRUE(threePass.ok()) << threePass.error().toStdString();
-    EXPECT_EQ(std::pair(threePass->pixel(0, 0), threePass->pixel(1, 0)), std::pair(qRgb(0xFF, 0, 0x80), qRgb(0, 0xFF, 0x80)));
+    EXPECT_EQ(std::tuple(threePass->pixel(0, 0), threePass->pixel(1, 0)), std::tuple(qRgb(0xFF, 0, 0x80), qRgb(0, 0xFF, 0x80)));
 }
 
 // A hand scanner knows its length only at the end; a partial last line is dropped.
@@ -76,7 +76,7 @@ TEST(SaneFrame, UnknownLengthAndBrokenData)
     // A device that stops short of its announced length gives what came.
     auto shortPage = build(format(SaneFrameFormat::Gray, 8, 4, 4, 100), QByteArray(40, '\x10'));
     ASSERT_TRUE(page.ok() && shortPage.ok());
-    EXPECT_EQ(std::pair(page->height(), shortPage->height()), std::pair(7, 10));
+    EXPECT_EQ(std::tuple(page->height(), shortPage->height()), std::tuple(7, 10));
 
     EXPECT_FALSE(build(format(SaneFrameFormat::Gray, 8, 4, 4, 5), QByteArray()).ok()) << "no lines at all";
     EXPECT_FALSE(build(format(SaneFrameFormat::Gray, 12, 4, 8, 1), QByteArray(8, 0)).ok()) << "12-bit samples";

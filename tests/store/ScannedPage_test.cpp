@@ -41,7 +41,7 @@ TEST(ScannedPage, SizeTestAndLengthCutAtTheFrameLengths)
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::Message() << r.dpi << " dpi, " << r.length << " in, " << r.height << " lines");
-        EXPECT_EQ(std::pair(IsTooSmall(r.dpi, r.height, r.length), CutHeight(r.dpi, r.height, r.length)), std::pair(r.tooSmall, r.kept));
+        EXPECT_EQ(std::tuple(IsTooSmall(r.dpi, r.height, r.length), CutHeight(r.dpi, r.height, r.length)), std::tuple(r.tooSmall, r.kept));
     }
 }
 
@@ -82,7 +82,7 @@ TEST(ScannedPage, PreparingAPage)
     work.checkPalette = false;
     const bool inverted = LooksInverted(PrepareScannedPage(scanned, work)->page);
     work.invert = true;
-    EXPECT_EQ(std::pair(inverted, LooksInverted(PrepareScannedPage(scanned, work)->page)), std::pair(true, false));
+    EXPECT_EQ(std::tuple(inverted, LooksInverted(PrepareScannedPage(scanned, work)->page)), std::tuple(true, false));
 
     // A grey page comes out in two colours; a short one is measured as scanned.
     QImage grey(1700, 2000, QImage::Format_Grayscale8);

@@ -98,7 +98,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
     for (int page : {0, 1, 4, 5}) {
         auto image = reader->readPage(page);
         ASSERT_TRUE(image.ok()) << page << image.error().toStdString();
-        ASSERT_EQ(std::pair(image->format(), image->size()), std::pair(QImage::Format_Grayscale8, QSize(width, height))) << page;
+        ASSERT_EQ(std::tuple(image->format(), image->size()), std::tuple(QImage::Format_Grayscale8, QSize(width, height))) << page;
         for (int y : {0, 12, 36})
             for (int x : {0, 17, 39})
                 EXPECT_EQ(image->pixelColor(x, y).red(), GreyAt(x, y)) << "page " << page << " at " << x << "," << y;
@@ -169,7 +169,7 @@ TEST_F(TiffReading, TinyAndHugePages)
     big = QImage();
     auto page = TiffReader::open(path("big.tif"))->readPage(0);
     ASSERT_TRUE(page.ok()) << page.error().toStdString();
-    EXPECT_EQ(std::pair(IsBlackAt(*page, 19995, 19995), IsBlackAt(*page, 100, 100)), std::pair(true, false));
+    EXPECT_EQ(std::tuple(IsBlackAt(*page, 19995, 19995), IsBlackAt(*page, 100, 100)), std::tuple(true, false));
 
     // The same size in grey is refused before anything is decoded. The file
     // holds just a few bytes of data: the refusal must come from the size.
