@@ -127,25 +127,20 @@ TEST_F(ImageInputs, UnreadableEmptyAndAbsurdFilesGiveClearMessages)
     poster.replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]");
     write(QStringLiteral("poster.pdf"), poster);
 
-    struct Case {
-        const char* name;
-        const char* says;
-    };
-    for (const Case& c : {Case{"missing.png", "does not exist"}, Case{"notes.txt", "not a picture file"},
-                          Case{"empty.png", "is empty"}, Case{"broken.pdf", "not a readable PDF"},
-                          Case{"nopages.pdf", "has no pages"}, Case{"header.tif", "has no pages"}}) {
-        auto input = ImageInput::open(path(QString::fromLatin1(c.name)));
-        ASSERT_FALSE(input.ok()) << c.name;
-        EXPECT_TRUE(input.error().contains(QString::fromLatin1(c.says)) && input.error().contains(QString::fromLatin1(c.name)))
-            << input.error().toStdString();
+    using Case = std::pair<const char*, const char*>;  // a file and what its message says
+    for (const auto& [name, says] : {Case{"missing.png", "does not exist"}, {"notes.txt", "not a picture file"}, {"empty.png", "is empty"},
+                                     {"broken.pdf", "not a readable PDF"}, {"nopages.pdf", "has no pages"}, {"header.tif", "has no pages"}}) {
+        auto input = ImageInput::open(path(QString::fromLatin1(name)));
+        ASSERT_FALSE(input.ok()) << name;
+        EXPECT_TRUE(input.error().contains(QString::fromLatin1(says)) && input.error().contains(QString::fromLatin1(name))) << input.error().toStdString();
     }
 
     // These open, but their page can't be had.
-    for (const Case& c : {Case{"cut.png", "cut.png"}, Case{"huge.ppm", "too large"}, Case{"poster.pdf", "too large"}}) {
-        auto input = ImageInput::open(path(QString::fromLatin1(c.name)));
-        ASSERT_TRUE(input.ok()) << c.name << input.error().toStdString();
+    for (const auto& [name, says] : {Case{"cut.png", "cut.png"}, {"huge.ppm", "too large"}, {"poster.pdf", "too large"}}) {
+        auto input = ImageInput::open(path(QString::fromLatin1(name)));
+        ASSERT_TRUE(input.ok()) << name << input.error().toStdString();
         auto page = input->page(0);
-        EXPECT_TRUE(!page.ok() && page.error().contains(QString::fromLatin1(c.says))) << c.name;
+        EXPECT_TRUE(!page.ok() && page.error().contains(QString::fromLatin1(says))) << name;
     }
 
     // 1 x 1 is small, not wrong.

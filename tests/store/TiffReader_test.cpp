@@ -59,8 +59,7 @@ void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int pho
 
 TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
 {
-    const int width = 40;   // neither tile nor word aligned
-    const int height = 37;
+    const int width = 40, height = 37;  // neither tile nor word aligned
     std::vector<uint8_t> grey, rgb, rgba, grey16;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
@@ -71,8 +70,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
             rgba.insert(rgba.end(), colour, colour + 3);
             rgba.push_back(y < height / 2 ? 0 : 255);
             const uint16_t wide = uint16_t(GreyAt(x, y) * 257);
-            grey16.push_back(uint8_t(wide & 0xFF));
-            grey16.push_back(uint8_t(wide >> 8));
+            grey16.insert(grey16.end(), {uint8_t(wide & 0xFF), uint8_t(wide >> 8)});
         }
     std::vector<uint8_t> inverse(grey.size());
     std::transform(grey.begin(), grey.end(), inverse.begin(), [](uint8_t v) { return uint8_t(255 - v); });
@@ -86,15 +84,13 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
         ok = ok && WriteStripPage(tif, width, height, 8, 4, PHOTOMETRIC_RGB, COMPRESSION_LZW, rgba, height);
         ok = ok && WriteStripPage(tif, width, height, 16, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_NONE, grey16, height);
         WriteTiles(tif, width, height, 8, 1, PHOTOMETRIC_MINISBLACK, [](int x, int y, int) { return GreyAt(x, y); });
-        WriteTiles(tif, width, height, 8, 3, PHOTOMETRIC_RGB,
-                   [&](int x, int, int s) { return (x < width / 2 ? kRed : kBlue)[s]; });
+        WriteTiles(tif, width, height, 8, 3, PHOTOMETRIC_RGB, [&](int x, int, int s) { return (x < width / 2 ? kRed : kBlue)[s]; });
         WriteTiles(tif, width, height, 1, 1, PHOTOMETRIC_MINISWHITE, [](int x, int y, int) { return uint8_t(x == y || x == 33); });
         return ok;
     }));
 
     auto reader = TiffReader::open(path("mixed.tif"));
-    ASSERT_TRUE(reader.ok()) << reader.error().toStdString();
-    ASSERT_EQ(reader->pageCount(), 8);
+    ASSERT_TRUE(reader.ok() && reader->pageCount() == 8) << reader.error().toStdString();
     for (int page : {0, 1, 4, 5}) {
         auto image = reader->readPage(page);
         ASSERT_TRUE(image.ok()) << page << image.error().toStdString();
@@ -111,8 +107,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
                   std::tuple(QImage::Format_RGB32, red, qRgb(kBlue[0], kBlue[1], kBlue[2]), page == 3 ? qRgb(255, 255, 255) : red)) << page;
     }
     auto tiledMono = reader->readPage(7);
-    ASSERT_TRUE(tiledMono.ok());
-    EXPECT_EQ(tiledMono->format(), QImage::Format_Mono);
+    ASSERT_TRUE(tiledMono.ok() && tiledMono->format() == QImage::Format_Mono);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             ASSERT_EQ(IsBlackAt(*tiledMono, x, y), x == y || x == 33) << x << "," << y;
