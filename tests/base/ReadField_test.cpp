@@ -7,12 +7,11 @@ using namespace Qt::StringLiterals;
 
 TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
 {
-    struct Row {
+    const struct {
         QString text;
         QStringList fields;
         bool errorAtEnd = false;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {QStringLiteral("\"IMG\",123,#2004-03-09#,\"G\",\"4\"\r\n"), {u"IMG"_s, u"123"_s, u"2004-03-09"_s, u"G"_s, u"4"_s}},
         {QStringLiteral("a,,\"\",b\r\n"), {u"a"_s, {}, {}, u"b"_s}},
         {QStringLiteral("\"A,B\",#2004-03-09 14:05:00#\r\n"), {u"A,B"_s, u"2004-03-09 14:05:00"_s}},
@@ -31,7 +30,7 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
         {QStringLiteral("1,#2004-03-09#"), {u"1"_s, u"2004-03-09"_s}},
         {QStringLiteral("a,b"), {u"a"_s}, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         QStringList fields;
         bool error = false;
         for (qsizetype position = 0; position < row.text.size() && !error;) {
@@ -40,8 +39,7 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
             if (field)
                 fields << *field;
         }
-        EXPECT_EQ(fields, row.fields) << row.text.toStdString();
-        EXPECT_EQ(error, row.errorAtEnd) << row.text.toStdString();
+        EXPECT_EQ(std::tuple(fields, error), std::tuple(row.fields, row.errorAtEnd)) << row.text.toStdString();
     }
 }
 

@@ -1,4 +1,3 @@
-#include "data/DataOp.h"
 #include "data/UserData.h"
 #include "base/IniFile.h"
 #include "startup/Startup.h"
@@ -71,8 +70,7 @@ TEST_P(LockingTest, LockedRowsAskRetryAndRetryRunsTheStatementAgain)
     ASSERT_TRUE(AddUser(site.session(), true));
     ASSERT_EQ(site.prompter().asked().size(), 1);
     const Prompt& box = site.prompter().asked().first();
-    EXPECT_EQ(box.buttons, Buttons::RetryCancel);
-    EXPECT_TRUE(box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'.")));
+    EXPECT_TRUE(box.buttons == Buttons::RetryCancel && box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'.")));
     EXPECT_TRUE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
@@ -80,8 +78,7 @@ TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)
 {
     OtherWriter other(site);
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(AddUser(site.session(), true));
-    EXPECT_NE(site.session().machine.errorNumber, 0);
+    EXPECT_FALSE(AddUser(site.session(), true) || site.session().machine.errorNumber == 0);
     other.release();
     EXPECT_FALSE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }

@@ -20,8 +20,7 @@ class RecordsTest : public SiteTest {};
 TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
 {
     ASSERT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(s().options.status, 0);
-    EXPECT_EQ(s().options.version, s().programVersion);
+    EXPECT_EQ(std::tuple(s().options.status, s().options.version), std::tuple(0, s().programVersion));
     // A blank company name is stored as one space.
     s().options.companyName = QString();
     s().options.nextName = 1234;
@@ -29,24 +28,20 @@ TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
     ASSERT_TRUE(UpdateOptions(s()));
     s().options = {};
     ASSERT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(s().options.companyName, QStringLiteral(" "));
-    EXPECT_EQ(s().options.nextName, 1234);
-    EXPECT_EQ(s().options.clientOptions, 5);
+    EXPECT_EQ(std::tuple(s().options.companyName, s().options.nextName, s().options.clientOptions), std::tuple(QStringLiteral(" "), 1234, 5));
 
     // An empty table: false, status 1, the defaults, NextName from the server file.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Options\"")));
     WriteIniValue(site.serverIni(), QStringLiteral("Info"), QStringLiteral("NextName"), QStringLiteral("500"));
     EXPECT_FALSE(ReadOptions(s()));
-    EXPECT_EQ(s().options.status, 1);
-    EXPECT_EQ(s().options.nextName, 500);
+    EXPECT_EQ(std::tuple(s().options.status, s().options.nextName), std::tuple(1, 500));
 
     // A table without ClientOptions reads with ClientOptions 0.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE TABLE \"Options\" (\"OptionsID\" INTEGER, \"CompanyName\" VARCHAR(64), \"NextName\" INTEGER, \"Version\" VARCHAR(10))")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Options\" VALUES (1, 'Acme', 77, '7.00.0006')")));
     EXPECT_TRUE(ReadOptions(s()));
-    EXPECT_EQ(s().options.clientOptions, 0);
-    EXPECT_EQ(s().options.nextName, 77);
+    EXPECT_EQ(std::tuple(s().options.clientOptions, s().options.nextName), std::tuple(0, 77));
 
     // No table at all: the error's number is the status, and its text is kept.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP TABLE \"Options\"")));
@@ -59,24 +54,21 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
 {
     // StartSession added this machine's row.
     ASSERT_TRUE(ReadUser(s(), QString()));
-    EXPECT_EQ(s().machine.errorNumber, 0);
-    EXPECT_EQ(s().machine.lastInterface.date(), QDate(1900, 1, 1));
+    EXPECT_EQ(std::tuple(s().machine.errorNumber, s().machine.lastInterface.date()), std::tuple(0, QDate(1900, 1, 1)));
 
     s().machine.machineName = QStringLiteral("O'NEIL-PC");
     s().machine.userName = QStringLiteral("Pat O'Neil");
     s().machine.scanner = true;
     ASSERT_TRUE(AddUser(s(), false));
     // The same machine again clashes with the key; with retry the caller reads the status.
-    EXPECT_FALSE(AddUser(s(), true));
-    EXPECT_NE(s().machine.errorNumber, 0);
+    EXPECT_FALSE(AddUser(s(), true) || s().machine.errorNumber == 0);
 
     GridData grid;
     ASSERT_TRUE(LoadUsers(s(), grid));
     ASSERT_EQ(grid.rows.size(), 2);
     const auto other = std::find_if(grid.rows.cbegin(), grid.rows.cend(), [](const QStringList& r) { return r[0] == QLatin1String("O'NEIL-PC"); });
     ASSERT_NE(other, grid.rows.cend());
-    EXPECT_EQ((*other)[1], QStringLiteral("Pat O'Neil"));
-    EXPECT_EQ((*other)[2], QStringLiteral("True"));
+    EXPECT_EQ(other->mid(1, 2), (QStringList{QStringLiteral("Pat O'Neil"), QStringLiteral("True")}));
 
     s().machine.userName = QString();
     s().machine.scanner = false;
@@ -87,8 +79,7 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
 
     // A machine without a row keeps error number 1.
     ASSERT_TRUE(DeleteUser(s(), RetrieveComputerName()));
-    EXPECT_FALSE(ReadUser(s(), QString()));
-    EXPECT_EQ(s().machine.errorNumber, 1);
+    EXPECT_FALSE(ReadUser(s(), QString()) || s().machine.errorNumber != 1);
 }
 
 TEST_P(RecordsTest, ContactsKeepBlanksAndApostrophes)
@@ -100,8 +91,7 @@ TEST_P(RecordsTest, ContactsKeepBlanksAndApostrophes)
 
     s().contact = ContactRecord{QStringLiteral("O'Neil"), QStringLiteral("Pat"), QStringLiteral("Steel & Co; Ltd")};
     ASSERT_TRUE(ReadContact(s()));
-    EXPECT_EQ(s().contact.faxNumber, QStringLiteral(" "));
-    EXPECT_EQ(s().contact.email, QStringLiteral("pat@example.com"));
+    EXPECT_EQ((QStringList{s().contact.faxNumber, s().contact.email}), (QStringList{QStringLiteral(" "), QStringLiteral("pat@example.com")}));
 
     QStringList lines;
     ASSERT_TRUE(LoadContacts(s(), lines, false));
@@ -111,8 +101,7 @@ TEST_P(RecordsTest, ContactsKeepBlanksAndApostrophes)
 
     ASSERT_TRUE(DeleteContact(s()));
     EXPECT_FALSE(ReadContact(s()));
-    ASSERT_TRUE(LoadContacts(s(), lines, false));
-    EXPECT_EQ(lines.size(), 1);
+    EXPECT_TRUE(LoadContacts(s(), lines, false) && lines.size() == 1);
 }
 
 TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessAScopeKeepsItOpen)
@@ -129,8 +118,7 @@ TEST_P(RecordsTest, EachOperationOpensAndClosesUnlessAScopeKeepsItOpen)
         ASSERT_TRUE(ReadUser(s(), QString()));
         EXPECT_TRUE(s().db().isOpen());
     }
-    EXPECT_FALSE(s().db().isOpen());
-    EXPECT_EQ(s().db().opensSoFar(), before + 3);
+    EXPECT_EQ(std::tuple(s().db().isOpen(), s().db().opensSoFar()), std::tuple(false, before + 3));
 }
 
 TARLOX_ON_BOTH_ENGINES(RecordsTest);

@@ -13,9 +13,7 @@ using namespace tarlox::test;
 
 namespace {
 
-// A workstation six hours behind UTC in winter, five in summer: the clock
-// times it stores must come back as they went in, and finding by a day
-// must see the report of that day.
+// A workstation six hours behind UTC in winter, five in summer.
 class TimeZoneTest : public SiteTest {
 protected:
     static void SetUpTestSuite()
@@ -47,10 +45,8 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
         s().info = InfoRecord{QStringLiteral("HZ%1").arg(number), QStringLiteral("P"), {}, {}, {}, when, number};
         ASSERT_TRUE(AddImageWithInfo(s(), false));
     }
-    ASSERT_TRUE(ReadImage(s(), 501));
-    EXPECT_EQ(s().image.entryDate, lateEvening);
-    ASSERT_TRUE(ReadImage(s(), 502));
-    EXPECT_EQ(s().image.entryDate, summerMorning);
+    const auto dateOf = [&](qint32 image) { return ReadImage(s(), image) ? s().image.entryDate : QDateTime(); };
+    EXPECT_EQ(std::tuple(dateOf(501), dateOf(502)), std::tuple(lateEvening, summerMorning));
 
     // 10:30 pm on the 15th is on the 15th here, though already the 16th in UTC.
     FindCriteria day;
@@ -59,8 +55,7 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     day.to = QStringLiteral("1/15/2026");
     const FindResult found = FindReferences(s(), day, 100);
     ASSERT_EQ(found.rows.size(), 1);
-    EXPECT_EQ(found.rows.first().imageNumber, 501);
-    EXPECT_EQ(found.rows.first().entryDate, lateEvening);
+    EXPECT_EQ(std::tuple(found.rows.first().imageNumber, found.rows.first().entryDate), std::tuple(501, lateEvening));
 }
 
 TARLOX_ON_BOTH_ENGINES(TimeZoneTest);

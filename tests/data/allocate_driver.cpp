@@ -1,13 +1,7 @@
-// One workstation adding reports as fast as it can, for the numbering
-// tests: take a number, write a checkable file to the work file, copy it to
-// its place, add the image row and its references together. Prints each
-// number stored on its own line.
-//
+// One workstation adding reports as fast as it can, for the numbering tests; prints each number stored.
 //   allocate_driver --ini LOCALINI --count N [--bytes SIZE]
-//
-// Exit codes: 0 done, 2 bad usage or no session, 3 no number, 4 the image
-// file existed already, 5 the file could not be placed, 6 the rows failed,
-// 7 a question was asked.
+// Exit codes: 0 done, 2 bad usage or no session, 3 no number, 4 the image file existed already,
+// 5 the file could not be placed, 6 the rows failed, 7 a question was asked.
 
 #include "data/ImageData.h"
 #include "data/InfoData.h"
@@ -40,14 +34,11 @@ public:
     int asked = 0;
 };
 
-// The content of the file of one image: a head and a trailer naming it, so a
-// reader can tell a complete file of the right number from anything else.
+// A head and a trailer naming the image: a complete file of the right number is told from anything else.
 QByteArray contentFor(qint32 number, int bytes)
 {
-    QByteArray content = "TARLOX TEST " + QByteArray::number(number) + '\n';
-    content += QByteArray(std::max(bytes, 0), static_cast<char>('a' + number % 26));
-    content += "\nEND " + QByteArray::number(number) + '\n';
-    return content;
+    return "TARLOX TEST " + QByteArray::number(number) + '\n' + QByteArray(std::max(bytes, 0), static_cast<char>('a' + number % 26)) + "\nEND "
+           + QByteArray::number(number) + '\n';
 }
 
 }  // namespace
@@ -86,11 +77,8 @@ int main(int argc, char** argv)
         const qint32 number = taken->number;
         s.tempFilePath = taken->tempFilePath;
         s.imageFilePath = taken->filePath;
-        {
-            QFile work(s.tempFilePath);
-            if (!work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0)
-                return 5;
-        }
+        if (QFile work(s.tempFilePath); !work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0)
+            return 5;
         if (QFile::exists(s.imageFilePath)) {
             std::fprintf(stderr, "%s exists already\n", qPrintable(s.imageFilePath));
             return 4;

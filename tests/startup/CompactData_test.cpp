@@ -4,7 +4,6 @@
 #include "support/TestSite.h"
 
 #include <QDeadlineTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QSqlDatabase>
@@ -72,27 +71,20 @@ TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
 {
     const QByteArray bytes = FileBytes(database());
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(CompactData(site.session()));
-    EXPECT_FALSE(QFileInfo::exists(oldFile()) || QFileInfo::exists(newFile()));
+    EXPECT_FALSE(CompactData(site.session()) || QFileInfo::exists(oldFile()) || QFileInfo::exists(newFile()));
     EXPECT_EQ(FileBytes(database()), bytes);
 
     site.prompter().clear();
     ASSERT_TRUE(compact());
     const Prompt& asked = site.prompter().asked().first();
-    EXPECT_EQ(asked.title, QStringLiteral("Compact OK?"));
-    EXPECT_TRUE(asked.text.contains(QStringLiteral("integrity is checked"))) << asked.text.toStdString();
-    EXPECT_EQ(asked.buttons, Buttons::OkCancel);
-    EXPECT_EQ(site.prompter().asked().size(), 1);
-
-    EXPECT_EQ(contactsIn(database()), 10);
-    EXPECT_EQ(contactsIn(oldFile()), 10);
-    EXPECT_FALSE(QFileInfo::exists(newFile()));
+    EXPECT_EQ(std::tuple(asked.title, asked.text.contains(QStringLiteral("integrity is checked")), asked.buttons, site.prompter().asked().size()),
+              std::tuple(QStringLiteral("Compact OK?"), true, Buttons::OkCancel, 1));
+    EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile()), QFileInfo::exists(newFile())), std::tuple(10, 10, false));
     EXPECT_LT(QFileInfo(database()).size(), bytes.size());
     // The session goes on with the rebuilt file.
     EXPECT_TRUE(ReadOptions(site.session()));
     EXPECT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
-    EXPECT_EQ(contactsIn(database()), 11);
-    EXPECT_EQ(contactsIn(oldFile()), 10);
+    EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile())), std::tuple(11, 10));
 }
 
 TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
@@ -103,13 +95,9 @@ TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
     site.prompter().clear();
 
     EXPECT_FALSE(compact());
-    ASSERT_TRUE(site.prompter().wasAsked(QStringLiteral("Error")));
-    const QString error = site.prompter().textOf(QStringLiteral("Error"));
-    EXPECT_TRUE(error.contains(QStringLiteral("File already exists"))) << error.toStdString();
-    EXPECT_EQ(contactsIn(database()), 11);
-    EXPECT_EQ(FileBytes(oldFile()), previous);
-    EXPECT_FALSE(QFileInfo::exists(newFile()));
-    EXPECT_TRUE(ReadOptions(site.session()));
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).contains(QStringLiteral("File already exists")));
+    EXPECT_EQ(std::tuple(contactsIn(database()), FileBytes(oldFile()), QFileInfo::exists(newFile()), ReadOptions(site.session())),
+              std::tuple(11, previous, false, true));
 }
 
 TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
@@ -120,16 +108,13 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
     ASSERT_TRUE(ReadOptions(*other));
 
     EXPECT_FALSE(compact());
-    const QString text = site.prompter().textOf(QStringLiteral("Error"));
-    EXPECT_TRUE(text.startsWith(QStringLiteral("The database can't be rebuilt while it is in use:"))) << text.toStdString();
-    EXPECT_FALSE(QFileInfo::exists(oldFile()));
-    EXPECT_EQ(contactsIn(database()), 10);
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("The database can't be rebuilt while it is in use:")));
+    EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
 
     // Once the other one is gone, the rebuild goes through.
     held.reset();
     site.prompter().clear();
-    EXPECT_TRUE(compact());
-    EXPECT_TRUE(QFileInfo::exists(oldFile()));
+    EXPECT_TRUE(compact() && QFileInfo::exists(oldFile()));
 }
 
 TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
@@ -142,29 +127,26 @@ TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
     while (ProcessesHoldingFiles({database()}).isEmpty() && !deadline.hasExpired())
         QThread::msleep(20);
     const QList<FileHolder> holders = ProcessesHoldingFiles({database()});
-    ASSERT_EQ(holders.size(), 1);
-    EXPECT_EQ(holders.first().pid, holder.processId());
+    ASSERT_TRUE(holders.size() == 1 && holders.first().pid == holder.processId());
 
     EXPECT_FALSE(compact());
     const QString text = site.prompter().textOf(QStringLiteral("Error"));
     EXPECT_TRUE(text.contains(QStringLiteral("sleep (process ") + QString::number(holder.processId()) + QLatin1Char(')'))) << text.toStdString();
-    EXPECT_FALSE(QFileInfo::exists(oldFile()));
-    EXPECT_EQ(contactsIn(database()), 10);
+    EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
     holder.kill();
     holder.waitForFinished();
 }
 
 TEST_F(CompactDataTest, NamesBesideTheDatabase)
 {
-    EXPECT_EQ(CompactNewName(QStringLiteral("/srv/tarlox/Tarlox.db")), QStringLiteral("/srv/tarlox/Tarlox.NDB"));
-    EXPECT_EQ(CompactOldName(QStringLiteral("/srv/tarlox/Tarlox.mdb")), QStringLiteral("/srv/tarlox/Tarlox.ODB"));
-    EXPECT_EQ(CompactOldName(QStringLiteral("/srv/tarlox.d/Tarlox")), QStringLiteral("/srv/tarlox.d/Tarlox.ODB"));
+    EXPECT_EQ((QStringList{CompactNewName(QStringLiteral("/srv/tarlox/Tarlox.db")), CompactOldName(QStringLiteral("/srv/tarlox/Tarlox.mdb")),
+                           CompactOldName(QStringLiteral("/srv/tarlox.d/Tarlox"))}),
+              (QStringList{QStringLiteral("/srv/tarlox/Tarlox.NDB"), QStringLiteral("/srv/tarlox/Tarlox.ODB"), QStringLiteral("/srv/tarlox.d/Tarlox.ODB")}));
 }
 
 TEST(CompactDataServer, IsNotOfferedForTheServerDatabase)
 {
     TestSite site(Engine::Postgres);
     ASSERT_TRUE(site.start());
-    EXPECT_FALSE(CompactData(site.session()));
-    EXPECT_TRUE(site.prompter().asked().isEmpty());
+    EXPECT_FALSE(CompactData(site.session()) || !site.prompter().asked().isEmpty());
 }

@@ -1,6 +1,5 @@
 #include "base/FileTools.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -11,21 +10,19 @@ using namespace tarlox;
 TEST(FileTools, FileExistsWithWildCardsDirectoriesAndNames)
 {
     QTemporaryDir dir;
-    for (const char* name : {"TR000001.TIF", "TR000002.TIF", "OR000001.TIF"}) {
-        QFile f(dir.filePath(QLatin1String(name)));
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    }
-    QString names;
-    EXPECT_TRUE(FileExists(dir.filePath(QStringLiteral("TR*.TIF")), &names));
-    EXPECT_EQ(names, QStringLiteral("TR000001.TIF\tTR000002.TIF"));
-    EXPECT_TRUE(FileExists(dir.filePath(QStringLiteral("?R000001.TIF")), &names));
-    EXPECT_EQ(names.split(QLatin1Char('\t')).size(), 2);
-    EXPECT_FALSE(FileExists(dir.filePath(QStringLiteral("XX*")), &names));
-    EXPECT_TRUE(names.isEmpty());
-    EXPECT_TRUE(FileExists(dir.path() + QLatin1Char('/')));
-    EXPECT_TRUE(FileExists(dir.filePath(QStringLiteral("OR000001.TIF"))));
-    EXPECT_FALSE(FileExists(dir.filePath(QStringLiteral("nothing"))));
-    EXPECT_FALSE(FileExists(QString()));
+    for (const char* name : {"TR000001.TIF", "TR000002.TIF", "OR000001.TIF"})
+        ASSERT_TRUE(QFile(dir.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
+    const auto found = [&](const char* pattern) {
+        QString names;
+        const bool exists = FileExists(dir.filePath(QLatin1String(pattern)), &names);
+        return std::tuple(exists, names);
+    };
+    EXPECT_EQ(found("TR*.TIF"), std::tuple(true, QStringLiteral("TR000001.TIF\tTR000002.TIF")));
+    EXPECT_EQ(std::get<1>(found("?R000001.TIF")).split(QLatin1Char('\t')).size(), 2);
+    EXPECT_EQ(found("XX*"), std::tuple(false, QString()));
+    EXPECT_EQ(std::tuple(FileExists(dir.path() + QLatin1Char('/')), FileExists(dir.filePath(QStringLiteral("OR000001.TIF"))),
+                         FileExists(dir.filePath(QStringLiteral("nothing"))), FileExists(QString())),
+              std::tuple(true, true, false, false));
 
     KillFile(dir.filePath(QStringLiteral("OR000001.TIF")));
     KillFile(dir.filePath(QStringLiteral("never there")));

@@ -12,13 +12,11 @@ using namespace tarlox::test;
 
 TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
 {
-    struct Row {
+    const struct {
         const char* tag;
         QSize form;
-        QRect control;
-        QRect expected;
-    };
-    const Row rows[] = {
+        QRect control, expected;
+    } rows[] = {
         // A column that keeps its distance from the right edge.
         {"FromRight=3225", {9615, 5940}, {100, 200, 1500, 300}, {6390, 200, 1500, 300}},
         {"FromRight=3225", {10615, 5940}, {6390, 200, 1500, 300}, {7390, 200, 1500, 300}},
@@ -31,18 +29,16 @@ TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
         // A form too small for the stretch: nothing becomes negative.
         {"FromWidth=20000", {9615, 5940}, {0, 0, 100, 100}, {0, 0, 0, 100}},
     };
-    for (const Row& row : rows) {
-        const LayoutTag layout = ReadLayoutTag(QLatin1String(row.tag));
-        EXPECT_EQ(PlaceByLayoutTag(layout, row.form, row.control), row.expected) << row.tag;
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(PlaceByLayoutTag(ReadLayoutTag(QLatin1String(row.tag)), row.form, row.control), row.expected) << row.tag;
     EXPECT_TRUE(ReadLayoutTag(QStringLiteral("Section=Info,Item=DataDir")).isEmpty());
 }
 
 TEST(LayoutTag, MinimumSizeOfTheFormsTag)
 {
-    EXPECT_EQ(MinimumSizeOfTag(QStringLiteral("MinWidth=9615,MinHeight=5940")), QSize(9615, 5940));
-    EXPECT_EQ(MinimumSizeOfTag(QStringLiteral("MinHeight=5940")), QSize(0, 5940));
-    EXPECT_EQ(MinimumSizeOfTag(QString()), QSize(0, 0));
+    EXPECT_EQ((QList<QSize>{MinimumSizeOfTag(QStringLiteral("MinWidth=9615,MinHeight=5940")), MinimumSizeOfTag(QStringLiteral("MinHeight=5940")),
+                            MinimumSizeOfTag(QString())}),
+              (QList<QSize>{QSize(9615, 5940), QSize(0, 5940), QSize(0, 0)}));
 }
 
 class FormGeometryFile : public ::testing::Test {
@@ -64,22 +60,20 @@ protected:
 TEST_F(FormGeometryFile, NormalPlaceRoundTripsUnderFormWithTheNamedKeys)
 {
     SaveFormGeometry(session, QString(), QStringLiteral("frmFind"), FormState::Normal, QRect(150, 300, 9615, 5940));
-    const QStringList keys{QStringLiteral("State"), QStringLiteral("Height"), QStringLiteral("Width"), QStringLiteral("Top"), QStringLiteral("Left")};
     QStringList values;
-    for (const QString& key : keys)
-        values << read(QStringLiteral("Form"), QStringLiteral("frmFind") + key);
+    for (const char* key : {"State", "Height", "Width", "Top", "Left"})
+        values << read(QStringLiteral("Form"), QStringLiteral("frmFind") + QLatin1String(key));
     EXPECT_EQ(values, (QStringList{QStringLiteral("0"), QStringLiteral("5940"), QStringLiteral("9615"), QStringLiteral("300"), QStringLiteral("150")}));
     EXPECT_EQ(readBack(QString(), QStringLiteral("frmFind")), (Fields{FormState::Normal, 5940, 9615, 300, 150}));
 }
 
-// Maximized keeps the last normal place and reads no measures; never saved
-// or blank keys leave the designed place.
+// Maximized keeps the last normal place; never saved or blank keys leave the designed place.
 TEST_F(FormGeometryFile, MaximizedNeverSavedAndBlankKeysReadNoMeasures)
 {
     SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Normal, QRect(0, 0, 6000, 4000));
     SaveFormGeometry(session, QStringLiteral("Batch"), QStringLiteral("frmBatch"), FormState::Maximized, QRect(0, 0, 20000, 15000));
-    EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchState")), QStringLiteral("2"));
-    EXPECT_EQ(read(QStringLiteral("Batch"), QStringLiteral("frmBatchWidth")), QStringLiteral("6000"));
+    EXPECT_EQ((QStringList{read(QStringLiteral("Batch"), QStringLiteral("frmBatchState")), read(QStringLiteral("Batch"), QStringLiteral("frmBatchWidth"))}),
+              (QStringList{QStringLiteral("2"), QStringLiteral("6000")}));
     EXPECT_EQ(readBack(QStringLiteral("Batch"), QStringLiteral("frmBatch")), (Fields{FormState::Maximized, {}, {}, {}, {}}));
 
     EXPECT_EQ(readBack(QString(), QStringLiteral("frmScan")), Fields{});

@@ -2,40 +2,34 @@
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtConcurrent>
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 using namespace tarlox;
 
 namespace {
 
-QString readAll(const QString& path) { return QString::fromUtf8(test::FileBytes(path)); }
-void writeAll(const QString& path, const QByteArray& bytes) { ASSERT_TRUE(test::WriteFile(path, bytes)); }
-
 class IniFileTest : public ::testing::Test {
 protected:
+    QString readAll() const { return QString::fromUtf8(test::FileBytes(file)); }
+    void writeAll(const QByteArray& bytes) const { ASSERT_TRUE(test::WriteFile(file, bytes)); }
+    QString read(const char* section, const char* key) const { return ReadIniValue(file, QLatin1String(section), QLatin1String(key)).value; }
+
     QTemporaryDir dir;
     QString file = dir.filePath(QStringLiteral("TARLOX.INI"));
 };
 
 }  // namespace
 
-// One write into a file as found: the whole file after it. Files are
-// written with CRLF whatever they were read with; comments, other keys and
-// the case of what stands there are kept; runs of blank lines become one.
+// Written with CRLF whatever they were read with; comments, other keys and case are kept; runs of blank lines become one.
 TEST_F(IniFileTest, WritesChangeOnlyTheirKey)
 {
     const struct {
-        const char* before;
-        const char* section;
-        const char* key;
-        const char* value;
-        const char* after;
+        const char *before, *section, *key, *value, *after;
     } rows[] = {
         {nullptr, "Info", "DataDir", "/srv/mtr", "[Info]\r\nDataDir=/srv/mtr\r\n"},
         {"[Info]\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n", "Info", "User", "y", "[Info]\r\nUser=y\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n"},
@@ -48,26 +42,23 @@ TEST_F(IniFileTest, WritesChangeOnlyTheirKey)
     for (const auto& row : rows) {
         QFile::remove(file);
         if (row.before)
-            writeAll(file, row.before);
+            writeAll(row.before);
         ASSERT_TRUE(WriteIniValue(file, QLatin1String(row.section), QLatin1String(row.key), QLatin1String(row.value)).ok);
-        EXPECT_EQ(readAll(file), QLatin1String(row.after));
+        EXPECT_EQ(readAll(), QLatin1String(row.after));
     }
     // Reading ignores the case of section and key.
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("data"), QStringLiteral("DATABASE")).value, QStringLiteral("/b.db"));
+    EXPECT_EQ(read("data", "DATABASE"), QStringLiteral("/b.db"));
 }
 
 TEST_F(IniFileTest, MissingKeySectionAndFileReadEmpty)
 {
-    writeAll(file, "[Info]\r\nA=1\r\n");
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("B")).value, QString());
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Nope"), QStringLiteral("A")).value, QString());
+    writeAll("[Info]\r\nA=1\r\n");
+    const QString missingKey = read("Info", "B"), missingSection = read("Nope", "A");
     // A key outside any section and a key named like a prefix don't match.
-    writeAll(file, "A=0\r\n[Info]\r\nAB=1\r\n");
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).value, QString());
-    const QString missing = dir.filePath(QStringLiteral("new.ini"));
-    const IniResult r = ReadIniValue(missing, QStringLiteral("Info"), QStringLiteral("A"));
-    EXPECT_TRUE(r.ok);
-    EXPECT_TRUE(r.value.isEmpty());
+    writeAll("A=0\r\n[Info]\r\nAB=1\r\n");
+    EXPECT_EQ((QStringList{missingKey, missingSection, read("Info", "A")}), (QStringList{QString(), QString(), QString()}));
+    const IniResult r = ReadIniValue(dir.filePath(QStringLiteral("new.ini")), QStringLiteral("Info"), QStringLiteral("A"));
+    EXPECT_TRUE(r.ok && r.value.isEmpty());
 }
 
 TEST_F(IniFileTest, GarbageLongLinesAndNoSections)
@@ -76,11 +67,10 @@ TEST_F(IniFileTest, GarbageLongLinesAndNoSections)
     for (int i = 0; i < 4096; ++i)
         garbage.append(static_cast<char>((i * 37) % 256));
     garbage += "\r\n" + QByteArray(100000, 'x') + "\r\n";
-    writeAll(file, garbage);
+    writeAll(garbage);
     EXPECT_TRUE(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).ok);
     ASSERT_TRUE(WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("A"), QStringLiteral("1")).ok);
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).value, QStringLiteral("1"));
-    EXPECT_TRUE(readAll(file).contains(QString(100000, QLatin1Char('x'))));
+    EXPECT_TRUE(read("Info", "A") == QLatin1String("1") && readAll().contains(QString(100000, QLatin1Char('x'))));
 }
 
 TEST_F(IniFileTest, ADirectoryInPlaceOfTheFileFailsClearly)
@@ -94,18 +84,15 @@ TEST_F(IniFileTest, ADirectoryInPlaceOfTheFileFailsClearly)
 TEST_F(IniFileTest, ConcurrentWritersLoseNoKey)
 {
     // Many writers at once, each its own key: every key must survive.
-    QList<int> keys;
-    for (int i = 0; i < 64; ++i)
-        keys << i;
-    QtConcurrent::blockingMap(keys, [this](int i) {
-        WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i), QString::number(i));
-    });
+    QList<int> keys(64);
+    std::iota(keys.begin(), keys.end(), 0);
+    QtConcurrent::blockingMap(keys, [this](int i) { WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i), QString::number(i)); });
     for (int i = 0; i < 64; ++i)
         EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i)).value, QString::number(i)) << i;
 }
 
 TEST_F(IniFileTest, Latin1FilesFromOlderInstallationsRead)
 {
-    writeAll(file, "[Custom]\r\nVendLong=Stahlh\xe4ndler\r\n");
-    EXPECT_EQ(ReadIniValue(file, QStringLiteral("Custom"), QStringLiteral("VendLong")).value, QStringLiteral("Stahlh\u00e4ndler"));
+    writeAll("[Custom]\r\nVendLong=Stahlh\xe4ndler\r\n");
+    EXPECT_EQ(read("Custom", "VendLong"), QStringLiteral("Stahlh\u00e4ndler"));
 }

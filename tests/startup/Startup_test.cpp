@@ -1,13 +1,9 @@
-#include "data/DataOp.h"
 #include "data/OptionsData.h"
-#include "data/Schema.h"
-#include "data/UserData.h"
 #include "data/Connection.h"
+#include "data/Schema.h"
 #include "base/IniFile.h"
-#include "data/Session.h"
 #include "startup/Startup.h"
 #include "support/PrivatePostgres.h"
-#include "support/ScriptedPrompter.h"
 #include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
@@ -47,17 +43,14 @@ TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
     ASSERT_TRUE(StartSession(session).ok());
     ASSERT_EQ(prompter.asked().size(), 1) << prompter.titles().join(QLatin1Char(',')).toStdString();
     const Prompt& question = prompter.asked().first();
-    EXPECT_EQ(question.title, QStringLiteral("Initialize Tarlox Settings"));
-    EXPECT_EQ(question.text, texts::InitializeSettings);
-    EXPECT_EQ(question.buttons, Buttons::OkCancel);
-    EXPECT_EQ(question.defaultAnswer, Answer::Cancel);
+    EXPECT_EQ(std::tuple(question.title, question.text, question.buttons, question.defaultAnswer),
+              std::tuple(QStringLiteral("Initialize Tarlox Settings"), texts::InitializeSettings, Buttons::OkCancel, Answer::Cancel));
 
     const QString ini = dir.filePath(QStringLiteral("TARLOX.INI"));
-    EXPECT_EQ(ReadIniValue(ini, QStringLiteral("Info"), QStringLiteral("ServerIni")).value, ini);
-    EXPECT_EQ(ReadIniValue(ini, QStringLiteral("Data"), QStringLiteral("DatabaseType")).value, QStringLiteral("Access"));
+    EXPECT_EQ((QStringList{ReadIniValue(ini, QStringLiteral("Info"), QStringLiteral("ServerIni")).value,
+                           ReadIniValue(ini, QStringLiteral("Data"), QStringLiteral("DatabaseType")).value, session.dataDir, session.options.version}),
+              (QStringList{ini, QStringLiteral("Access"), dir.filePath(QStringLiteral("DATA")), session.programVersion}));
     EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("Tarlox.db"))).isFile());
-    EXPECT_EQ(session.dataDir, dir.filePath(QStringLiteral("DATA")));
-    EXPECT_EQ(session.options.version, session.programVersion);
     EXPECT_EQ(session.machine.errorNumber, 0) << "the machine got its row";
 
     // The next start asks nothing.
@@ -71,9 +64,8 @@ TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
 TEST_F(FirstStartTest, CancelEndsWithoutFiles)
 {
     EXPECT_FALSE(StartSession(session).ok());
-    EXPECT_EQ(prompter.titles(), (QStringList{QStringLiteral("Initialize Tarlox Settings"), QStringLiteral("Tarlox")}));
-    EXPECT_EQ(prompter.asked().last().text, texts::NoLocalSettings);
-    EXPECT_TRUE(QDir(dir.path()).isEmpty());
+    EXPECT_EQ(std::tuple(prompter.titles(), prompter.asked().last().text, QDir(dir.path()).isEmpty()),
+              std::tuple(QStringList{QStringLiteral("Initialize Tarlox Settings"), QStringLiteral("Tarlox")}, texts::NoLocalSettings, true));
 }
 
 TEST_F(FirstStartTest, ProgramDirectoryFromEnvironmentGetsOneSeparator)
@@ -99,8 +91,7 @@ TEST_F(StartupTest, MissingServerFileAsksRetryUntilItAppears)
     site.prompter().answer(Answer::Retry);
     site.prompter().answer(Answer::Retry);
     ASSERT_TRUE(StartSession(site.session()).ok());
-    EXPECT_EQ(asks, 2);
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Invalid Server Information File")).contains(server));
+    EXPECT_TRUE(asks == 2 && site.prompter().textOf(QStringLiteral("Invalid Server Information File")).contains(server));
     // Cancel ends the start.
     QFile::remove(server);
     site.prompter().answer(Answer::Cancel);
@@ -109,19 +100,17 @@ TEST_F(StartupTest, MissingServerFileAsksRetryUntilItAppears)
 
 TEST_F(StartupTest, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
 {
-    WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DatabaseType"), QStringLiteral("Oracle"));
-    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DataDir"), site.path(QStringLiteral("MTR/")));
-    WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("AddYear"), QStringLiteral("True"));
+    for (const auto& [file, section, key, value] : {std::tuple{site.serverIni(), "Data", "DatabaseType", QStringLiteral("Oracle")},
+                                                    {site.localIni(), "Info", "DataDir", site.path(QStringLiteral("MTR/"))},
+                                                    {site.localIni(), "Info", "AddYear", QStringLiteral("True")}})
+        WriteIniValue(file, QLatin1String(section), QLatin1String(key), value);
     site.session().clock().pin(QDateTime(QDate(2026, 3, 1), QTime(9, 0)));
     ASSERT_TRUE(StartSession(site.session()).ok());
     EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
-    EXPECT_EQ(site.session().databaseType, QStringLiteral("Access"));
-    EXPECT_TRUE(QFileInfo(site.session().dataDir).isDir());
-    EXPECT_EQ(site.session().dataDir, site.path(QStringLiteral("MTR/2026")));
+    EXPECT_EQ(std::tuple(site.session().databaseType, site.session().dataDir, QFileInfo(site.session().dataDir).isDir()),
+              std::tuple(QStringLiteral("Access"), site.path(QStringLiteral("MTR/2026")), true));
 }
 
-// A file that is no database, or none at all: the failed connection is
-// reported, nothing is created, and the file stays as it was.
 TEST_F(StartupTest, BadDatabaseFileGivesClearMessagesAndStaysAsItWas)
 {
     for (const char* name : {"notes.txt", "gone/Tarlox.db"}) {
@@ -135,9 +124,8 @@ TEST_F(StartupTest, BadDatabaseFileGivesClearMessagesAndStaysAsItWas)
         site.prompter().answer(Answer::Cancel);  // the Options box
         EXPECT_FALSE(StartSession(site.session()).ok());
         EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("Driver=SQLite;Data Source=") + file));
-        EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")));
-        EXPECT_EQ(FileBytes(file), content);
-        EXPECT_EQ(QFileInfo::exists(file), !content.isEmpty());
+        EXPECT_EQ(std::tuple(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")), FileBytes(file), QFileInfo::exists(file)),
+                  std::tuple(true, content, !content.isEmpty()));
     }
 }
 
@@ -169,9 +157,9 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     site.prompter().answer(Answer::Ok);     // the report of the failed connection
     site.prompter().answer(Answer::Retry);  // the server is back
     ASSERT_TRUE(StartSession(site.session()).ok()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("password=******")));
-    EXPECT_FALSE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("secret")));
-    EXPECT_EQ(site.session().databaseType, QStringLiteral("SQL"));
+    const QString report = site.prompter().textOf(QStringLiteral("Tarlox"));
+    EXPECT_EQ(std::tuple(report.contains(QStringLiteral("password=******")), report.contains(QStringLiteral("secret")), site.session().databaseType),
+              std::tuple(true, false, QStringLiteral("SQL")));
 }
 
 TEST(Startup, TraceSwitchForms)
@@ -186,8 +174,7 @@ TEST(Startup, TraceSwitchForms)
                 {{QStringLiteral("/d=")}, true, ""}};
     for (const auto& row : rows) {
         const TraceSwitch parsed = ParseTraceSwitch(row.arguments);
-        EXPECT_EQ(parsed.requested, row.requested) << row.arguments.join(QLatin1Char(' ')).toStdString();
-        EXPECT_EQ(parsed.path, QLatin1String(row.path));
+        EXPECT_EQ(std::tuple(parsed.requested, parsed.path), std::tuple(row.requested, QString::fromLatin1(row.path))) << row.arguments.join(QLatin1Char(' ')).toStdString();
     }
 }
 
@@ -198,13 +185,10 @@ TEST_F(StartupTest, TraceWritesMainAndEachProcedure)
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Tarlox")), QStringLiteral("Now adding debug messages to ") + log);
     ASSERT_TRUE(StartSession(site.session()).ok());
     const QStringList lines = QString::fromUtf8(FileBytes(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    ASSERT_FALSE(lines.isEmpty());
-    EXPECT_EQ(lines.first(), QStringLiteral("Main"));
-    EXPECT_TRUE(lines.contains(QLatin1String("ReadUser")));
+    EXPECT_TRUE(!lines.isEmpty() && lines.first() == QLatin1String("Main") && lines.contains(QLatin1String("ReadUser")));
 
     // "/d=" with no path: the open fails through the error report.
     TestSite other;
     StartTrace(other.session(), ParseTraceSwitch({QStringLiteral("/d=")}));
-    EXPECT_TRUE(other.prompter().wasAsked(QStringLiteral("Tarlox")));
-    EXPECT_FALSE(other.session().trace().enabled());
+    EXPECT_EQ(std::tuple(other.prompter().wasAsked(QStringLiteral("Tarlox")), other.session().trace().enabled()), std::tuple(true, false));
 }

@@ -1,4 +1,3 @@
-#include "data/OptionsData.h"
 #include "base/IniFile.h"
 #include "startup/Startup.h"
 #include "startup/VersionUpgrade.h"
@@ -19,15 +18,10 @@ namespace {
 
 // A site whose data carries dataVersion, started by a program of programVersion.
 struct VersionSite {
-    explicit VersionSite(Engine engine = Engine::Sqlite)
-        : site(engine)
+    explicit VersionSite(const char* dataVersion, Engine engine = Engine::Sqlite) : site(engine)
     {
         site.create();
-    }
-
-    void setDataVersion(const QString& version)
-    {
-        ASSERT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"Version\" = '%1'").arg(version)));
+        EXPECT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"Version\" = '%1'").arg(QLatin1String(dataVersion))));
     }
 
     bool start(const QString& programVersion)
@@ -49,27 +43,19 @@ struct VersionSite {
     }
 
     // An upgrade program in the server directory that leaves a mark when it runs.
-    QString placeUpgradeProgram(const QString& name, bool executable = true)
+    void placeUpgradeProgram(const char* name, bool executable)
     {
-        const QString path = site.path(QStringLiteral("server/") + name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\ntouch \"$(dirname \"$0\")/upgrade-ran\"\n");
-        file.close();
-        if (executable)
-            file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser);
-        return path;
+        const QString path = site.path(QStringLiteral("server/") + QLatin1String(name));
+        EXPECT_TRUE(WriteFile(path, "#!/bin/sh\ntouch \"$(dirname \"$0\")/upgrade-ran\"\n"));
+        EXPECT_TRUE(!executable || QFile::setPermissions(path, QFile::permissions(path) | QFile::ExeOwner | QFile::ExeUser));
     }
 
     bool upgradeRan(int waitMs = 5000) const
     {
-        const QDeadlineTimer deadline(waitMs);
-        while (!deadline.hasExpired()) {
-            if (QFile::exists(site.path(QStringLiteral("server/upgrade-ran"))))
-                return true;
-            QThread::msleep(20);
-        }
-        return QFile::exists(site.path(QStringLiteral("server/upgrade-ran")));
+        for (const QDeadlineTimer deadline(waitMs); !QFile::exists(site.path(QStringLiteral("server/upgrade-ran"))); QThread::msleep(20))
+            if (deadline.hasExpired())
+                return false;
+        return true;
     }
 
     TestSite site;
@@ -79,18 +65,16 @@ struct VersionSite {
 
 class NewerProgram : public ::testing::TestWithParam<Engine> {};
 
-// A newer program upgrades the data once (a short version text counts as the
-// first version); the next workstation of that version asks and writes nothing.
+// A short version text counts as the first version; the next workstation asks and writes nothing.
 TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
 {
     for (const char* dataVersion : {"6.50.0001", "1.0"}) {
         SCOPED_TRACE(dataVersion);
-        VersionSite v(GetParam());
-        v.setDataVersion(QLatin1String(dataVersion));
+        VersionSite v(dataVersion, GetParam());
         ASSERT_TRUE(v.start(QStringLiteral("7.00.0006")));
         EXPECT_TRUE(v.site.prompter().asked().isEmpty()) << v.site.prompter().titles().join(QLatin1Char(',')).toStdString();
-        EXPECT_EQ(v.storedVersion(), QStringLiteral("7.00.0006"));
-        EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("7.00.0006"));
+        EXPECT_EQ((QStringList{v.storedVersion(), ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value}),
+                  (QStringList{QStringLiteral("7.00.0006"), QStringLiteral("7.00.0006")}));
 
         WriteIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version"), QStringLiteral("untouched"));
         ScriptedPrompter next;
@@ -99,16 +83,14 @@ TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
         second.localIni = v.site.localIni();
         second.programVersion = QStringLiteral("7.00.0006");
         ASSERT_TRUE(StartSession(second).ok());
-        EXPECT_TRUE(next.asked().isEmpty());
-        EXPECT_EQ(ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value, QStringLiteral("untouched"));
+        EXPECT_EQ(std::tuple(next.asked().size(), ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value),
+                  std::tuple(0, QStringLiteral("untouched")));
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, NewerProgram, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
 
-// An older program without an upgrade program is told the one to run (one
-// for the data's version, or the generic one when only the revision
-// differs), works on, and leaves the data's version alone.
+// One for the data's version, or the generic one when only the revision differs; the data's version stays.
 TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
 {
     const struct {
@@ -118,21 +100,18 @@ TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
         {"1.0", "0.90.0001", "1.00.0000", "TLUg1.00.exe"},  // a short version text is the first version
     };
     for (const auto& row : rows) {
-        VersionSite v;
-        v.setDataVersion(QLatin1String(row.dataVersion));
+        VersionSite v(row.dataVersion);
         ASSERT_TRUE(v.start(QLatin1String(row.programVersion)));
         auto& p = v.site.prompter();
         ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
         EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")),
                   texts::NoUpgradeProgram.arg(QLatin1String(row.programVersion), QLatin1String(row.shownVersion),
                                               QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QLatin1Char('/') + QLatin1String(row.upgradeProgram)));
-        EXPECT_EQ(p.asked().first().buttons, Buttons::Ok);
-        EXPECT_EQ(v.storedVersion(), QLatin1String(row.dataVersion));
+        EXPECT_EQ(std::tuple(p.asked().first().buttons, v.storedVersion()), std::tuple(Buttons::Ok, QString::fromLatin1(row.dataVersion)));
     }
 }
 
-// The person's answers to "Bad Version" and, where the program can't run,
-// to "Can't Upgrade": whether the start goes on and the program ran.
+// Answers to "Bad Version" and, where the program can't run, to "Can't Upgrade".
 TEST(OlderProgram, AnswersToTheUpgradeQuestion)
 {
     const struct {
@@ -151,25 +130,23 @@ TEST(OlderProgram, AnswersToTheUpgradeQuestion)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.program);
-        VersionSite v;
-        v.setDataVersion(QLatin1String(row.dataVersion));
-        v.placeUpgradeProgram(QLatin1String(row.program), row.executable);
+        VersionSite v(row.dataVersion);
+        v.placeUpgradeProgram(row.program, row.executable);
         for (Answer a : row.answers)
             v.site.prompter().answer(a);
-        EXPECT_EQ(v.start(QStringLiteral("7.00.0004")), row.goesOn);
-        EXPECT_EQ(v.upgradeRan(row.ran ? 5000 : 300), row.ran);
-        EXPECT_EQ(v.site.prompter().asked().first().buttons, Buttons::YesNoCancel);
-        if (!row.executable) {
-            EXPECT_EQ(v.site.prompter().textOf(QStringLiteral("Can't Upgrade")), texts::CantUpgrade);
-        }
-        EXPECT_FALSE(v.site.prompter().wasAsked(QStringLiteral("Bad Data Version")));
+        const bool goesOn = v.start(QStringLiteral("7.00.0004"));
+        const bool ran = v.upgradeRan(row.ran ? 5000 : 300);
+        auto& p = v.site.prompter();
+        EXPECT_EQ(std::tuple(goesOn, ran, p.asked().first().buttons, p.wasAsked(QStringLiteral("Bad Data Version"))),
+                  std::tuple(row.goesOn, row.ran, Buttons::YesNoCancel, false));
+        EXPECT_TRUE(row.executable || p.textOf(QStringLiteral("Can't Upgrade")) == texts::CantUpgrade);
     }
 }
 
 TEST(VersionTexts, WithoutRevisionAndUpgradeProgramNames)
 {
-    EXPECT_EQ(VersionWithoutRevision(QStringLiteral("7.00.0006")), QStringLiteral("7.00"));
-    EXPECT_EQ(VersionWithoutRevision(QStringLiteral("1.0")), QString());
+    EXPECT_EQ((QStringList{VersionWithoutRevision(QStringLiteral("7.00.0006")), VersionWithoutRevision(QStringLiteral("1.0"))}),
+              (QStringList{QStringLiteral("7.00"), QString()}));
 
     QTemporaryDir dir;
     const auto place = [&](const char* name, bool executable) {

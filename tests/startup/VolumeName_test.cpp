@@ -23,14 +23,12 @@ class VolumeNameTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("mnt/a/MTR")));
-        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("mnt/ab/MTR")));
-        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("mnt/with blank/MTR")));
-        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("disk/by-label")));
-        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("disk/by-uuid")));
+        for (const char* path : {"mnt/a/MTR", "mnt/ab/MTR", "mnt/with blank/MTR", "disk/by-label", "disk/by-uuid"})
+            ASSERT_TRUE(QDir(root.path()).mkpath(QLatin1String(path)));
     }
     QString at(const QString& relative) const { return root.filePath(relative); }
     QString disk() const { return at(QStringLiteral("disk")); }
+    QString name(const char* path, const QString& table) const { return VolumeNameIn(at(QLatin1String(path)), table, disk()); }
     void link(const QString& relative, const QString& target) { ASSERT_TRUE(QFile::link(target, at(relative))); }
 
     QTemporaryDir root;
@@ -45,17 +43,14 @@ TEST_F(VolumeNameTest, LabelThenUuidOfTheDeviceOfTheLongestMount)
         + line(2, at(QStringLiteral("mnt/a")), QStringLiteral("ext4"), QStringLiteral("/dev/null"))
         + line(3, at(QStringLiteral("mnt/ab")), QStringLiteral("xfs"), QStringLiteral("/dev/zero"))
         + line(4, at(QStringLiteral("mnt/with blank")), QStringLiteral("ext4"), QStringLiteral("/dev/null"));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a/MTR")), table, disk()), QStringLiteral("MTR DISK/2"));
-    // Missing paths belong to their nearest parent.
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/with blank/MTR/2031/TR000001.TIF")), table, disk()), QStringLiteral("MTR DISK/2"));
-    EXPECT_EQ(MountPointIn(at(QStringLiteral("mnt/with blank/none")), table), at(QStringLiteral("mnt/with blank")));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a")), table, disk()), QStringLiteral("MTR DISK/2"));
-    // "/mnt/a" is no prefix of "/mnt/ab"; a 36-character UUID fits the column without its dashes.
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/ab/MTR/TR000001.TIF")), table, disk()), QStringLiteral("0f2c6a5e1b7d4c1e9a538d2f1e3b4c5d"));
-    EXPECT_EQ(MountPointIn(at(QStringLiteral("mnt/ab/MTR/TR000001.TIF")), table), at(QStringLiteral("mnt/ab")));
-    // A device without a name, and no path at all.
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("disk")), table, disk()), QString());
-    EXPECT_EQ(VolumeNameIn(QStringLiteral(" "), table, disk()), QString());
+    // Missing paths belong to their nearest parent; "/mnt/a" is no prefix of "/mnt/ab"; a 36-character
+    // UUID fits the column without its dashes; a device without a name, and no path at all.
+    EXPECT_EQ((QStringList{name("mnt/a/MTR", table), name("mnt/with blank/MTR/2031/TR000001.TIF", table), name("mnt/a", table),
+                           name("mnt/ab/MTR/TR000001.TIF", table), name("disk", table), VolumeNameIn(QStringLiteral(" "), table, disk())}),
+              (QStringList{QStringLiteral("MTR DISK/2"), QStringLiteral("MTR DISK/2"), QStringLiteral("MTR DISK/2"),
+                           QStringLiteral("0f2c6a5e1b7d4c1e9a538d2f1e3b4c5d"), QString(), QString()}));
+    EXPECT_EQ((QStringList{MountPointIn(at(QStringLiteral("mnt/with blank/none")), table), MountPointIn(at(QStringLiteral("mnt/ab/MTR/TR000001.TIF")), table)}),
+              (QStringList{at(QStringLiteral("mnt/with blank")), at(QStringLiteral("mnt/ab"))}));
 }
 
 TEST_F(VolumeNameTest, LaterMountsHideEarlierOnesAtTheSamePoint)
@@ -64,7 +59,7 @@ TEST_F(VolumeNameTest, LaterMountsHideEarlierOnesAtTheSamePoint)
     link(QStringLiteral("disk/by-label/SECOND"), QStringLiteral("/dev/zero"));
     const QString table = line(2, at(QStringLiteral("mnt/a")), QStringLiteral("ext4"), QStringLiteral("/dev/null"))
         + line(3, at(QStringLiteral("mnt/a")), QStringLiteral("ext4"), QStringLiteral("/dev/zero"));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a/MTR")), table, disk()), QStringLiteral("SECOND"));
+    EXPECT_EQ(name("mnt/a/MTR", table), QStringLiteral("SECOND"));
 }
 
 TEST_F(VolumeNameTest, NetworkMountsAreNamedByTheirSource)
@@ -73,11 +68,9 @@ TEST_F(VolumeNameTest, NetworkMountsAreNamedByTheirSource)
     QString table = line(2, at(QStringLiteral("mnt/a")), QStringLiteral("nfs4"), QStringLiteral("files:/srv/mtr"))
         + line(3, at(QStringLiteral("mnt/ab")), QStringLiteral("nfs"), longSource)
         + line(4, at(QStringLiteral("mnt/with blank")), QStringLiteral("cifs"), QStringLiteral("//nas/scans"));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/a/MTR")), table, disk()), QStringLiteral("files:/srv/mtr"));
-    EXPECT_EQ(VolumeNameIn(at(QStringLiteral("mnt/with blank/MTR")), table, disk()), QStringLiteral("//nas/scans"));
-    const QString fitted = VolumeNameIn(at(QStringLiteral("mnt/ab/MTR")), table, disk());
-    EXPECT_EQ(fitted.size(), 32);
-    EXPECT_TRUE(fitted.startsWith(longSource.left(23)));
+    EXPECT_EQ((QStringList{name("mnt/a/MTR", table), name("mnt/with blank/MTR", table)}), (QStringList{QStringLiteral("files:/srv/mtr"), QStringLiteral("//nas/scans")}));
+    const QString fitted = name("mnt/ab/MTR", table);
+    EXPECT_TRUE(fitted.size() == 32 && fitted.startsWith(longSource.left(23)));
     EXPECT_EQ(fitted, FitVolumeName(longSource)) << "the same name at every reading";
     EXPECT_NE(fitted, FitVolumeName(longSource + QStringLiteral("2")));
 }

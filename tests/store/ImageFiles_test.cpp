@@ -4,9 +4,6 @@
 #include "store/ImageFiles.h"
 #include "store/NextImage.h"
 #include "support/QtPrinters.h"
-#include "support/ScriptedPrompter.h"
-
-#include "data/Session.h"
 #include "support/TestSite.h"
 
 #include <QDir>
@@ -22,8 +19,7 @@ namespace {
 using test::FileBytes;
 using test::WriteFile;
 
-// Names and paths: six digits (the counter wraps past 999999), siblings by
-// the prefix twelve characters from the end, buffers beside the temp directory.
+// The counter wraps past 999999; siblings by the prefix twelve characters from the end.
 TEST(ImageFiles, NamesAndPaths)
 {
     test::ScriptedPrompter prompter;
@@ -31,7 +27,7 @@ TEST(ImageFiles, NamesAndPaths)
     s.dataDir = QStringLiteral("/srv/img/");
     s.tempDir = QStringLiteral("/tmp/tlx");
     const NewImage image = NewImagePaths(s, 42);
-    const std::pair<QString, const char*> rows[] = {
+    const std::tuple<QString, const char*> rows[] = {
         {ImageFileNameFor(999999), "TR999999.TIF"},
         {ImageFileNameFor(1000000), "TR000000.TIF"},
         {ImageLabelFor(1234), "TR001234"},
@@ -59,22 +55,20 @@ TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)
     ASSERT_TRUE(WriteFile(target, "old"));
     const IoStatus copied = ReplaceWithCopy(source, target);
     ASSERT_TRUE(copied) << copied.error().toStdString();
-    EXPECT_EQ(FileBytes(target), big);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("work.tif")}));
+    const auto state = [&] { return std::tuple(FileBytes(target), QDir(dir.path()).entryList(QDir::Files, QDir::Name)); };
+    const auto whole = std::tuple(big, QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("work.tif")});
+    EXPECT_EQ(state(), whole);
     EXPECT_TRUE(QFile::permissions(target) & QFileDevice::ReadOther) << "other workstations must read it";
 
-    // A missing source leaves the target as it was.
+    // A missing source or directory leaves the target as it was.
     EXPECT_FALSE(ReplaceWithCopy(dir.filePath(QStringLiteral("none.tif")), target));
-    EXPECT_EQ(FileBytes(target), big);
-    // A missing directory is an error, not a crash.
     EXPECT_FALSE(ReplaceWithCopy(source, dir.filePath(QStringLiteral("no/TR000002.TIF"))));
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 2);
+    EXPECT_EQ(state(), whole);
 
     const QString scratch = dir.filePath(QStringLiteral("~TR000003.TIF"));
     ASSERT_TRUE(WriteFile(scratch, "pages"));
     ASSERT_TRUE(CommitWrittenFile(scratch, dir.filePath(QStringLiteral("TR000003.TIF"))));
-    EXPECT_FALSE(QFile::exists(scratch));
-    EXPECT_EQ(FileBytes(dir.filePath(QStringLiteral("TR000003.TIF"))), QByteArray("pages"));
+    EXPECT_EQ(std::tuple(QFile::exists(scratch), FileBytes(dir.filePath(QStringLiteral("TR000003.TIF")))), std::tuple(false, QByteArray("pages")));
 }
 
 TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
@@ -86,36 +80,29 @@ TEST(ImageFiles, TheOriginalIsTheFileAsFirstCaptured)
     ASSERT_TRUE(WriteFile(copy, "scan with a stamp"));
     ASSERT_TRUE(KeepOriginal(copy));
     EXPECT_EQ(FileBytes(dir.filePath(QStringLiteral("OR000007.TIF"))), QByteArray("scan"));
-    EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF"))));
-    EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("OR000008.TIF"))));
+    EXPECT_FALSE(KeepOriginal(dir.filePath(QStringLiteral("TR000008.TIF"))) || QFile::exists(dir.filePath(QStringLiteral("OR000008.TIF"))));
 }
 
 TEST(FileLists, PageListsHaveNoUpperLimit)
 {
     for (const char* all : {"", "All", "all", " ALL "}) {
         const PageSelection selection = CheckPages(QLatin1String(all));
-        EXPECT_TRUE(selection.all) << all;
-        EXPECT_TRUE(selection.contains(0));
-        EXPECT_TRUE(selection.contains(5000));
+        EXPECT_TRUE(selection.all && selection.contains(0) && selection.contains(5000)) << all;
     }
     const PageSelection some = CheckPages(QStringLiteral("1,3"));
-    EXPECT_FALSE(some.all);
-    EXPECT_FALSE(some.contains(2));
-    EXPECT_TRUE(some.contains(3));
+    EXPECT_EQ(std::tuple(some.all, some.contains(2), some.contains(3)), std::tuple(false, false, true));
     EXPECT_EQ(CheckPages(QStringLiteral("2,1200,,x, 7")).pages, (std::set<int>{2, 7, 1200}));
 }
 
 TEST(FileLists, FileListKeepsTheNamesAndNotesPartialPages)
 {
-    bool somePages = true;
-    EXPECT_EQ(BuildFileList(QStringLiteral("/a/TR1.TIF;All;/b/TR2.TIF;"), QStringLiteral("+"), somePages),
-              QStringLiteral("/a/TR1.TIF+/b/TR2.TIF"));
-    EXPECT_FALSE(somePages);
-    EXPECT_EQ(BuildFileList(QStringLiteral("/a/TR1.TIF;All;/b/TR2.TIF;1,2"), QStringLiteral(";"), somePages),
-              QStringLiteral("/a/TR1.TIF;/b/TR2.TIF"));
-    EXPECT_TRUE(somePages);
-    EXPECT_EQ(BuildFileList(QString(), QStringLiteral(";"), somePages), QString());
-    EXPECT_FALSE(somePages);
+    const auto build = [](const char* list, const char* separator) {
+        bool somePages = true;
+        return std::tuple(BuildFileList(QLatin1String(list), QLatin1String(separator), somePages), somePages);
+    };
+    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;", "+"), std::tuple(QStringLiteral("/a/TR1.TIF+/b/TR2.TIF"), false));
+    EXPECT_EQ(build("/a/TR1.TIF;All;/b/TR2.TIF;1,2", ";"), std::tuple(QStringLiteral("/a/TR1.TIF;/b/TR2.TIF"), true));
+    EXPECT_EQ(build("", ";"), std::tuple(QString(), false));
 }
 
 TEST(FileLists, DeleteTempFilesIgnoresWhatIsMissing)
@@ -127,9 +114,7 @@ TEST(FileLists, DeleteTempFilesIgnoresWhatIsMissing)
     ASSERT_TRUE(WriteFile(a, "a"));
     ASSERT_TRUE(WriteFile(b, "b"));
     DeleteTempFiles(s, a + QStringLiteral("+") + dir.filePath(QStringLiteral("gone.tif")) + QStringLiteral("++") + b, QStringLiteral("+"));
-    EXPECT_FALSE(QFile::exists(a));
-    EXPECT_FALSE(QFile::exists(b));
-    EXPECT_TRUE(prompter.asked().isEmpty());
+    EXPECT_EQ(std::tuple(QFile::exists(a), QFile::exists(b), prompter.asked().size()), std::tuple(false, false, 0));
 }
 
 }  // namespace

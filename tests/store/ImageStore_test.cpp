@@ -1,4 +1,3 @@
-#include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/InfoData.h"
 #include "base/IniFile.h"
@@ -27,6 +26,10 @@ protected:
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
+    std::tuple<qint64, qint64> imageAndInfoRows()
+    {
+        return {scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), scalar(QStringLiteral("SELECT count(*) FROM \"Info\""))};
+    }
 
     void imageRow(qint32 number, const QString& path, const QString& volume)
     {
@@ -51,16 +54,14 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
     ASSERT_TRUE(WriteFile(s().tempFilePath, "scanned pages"));
     ASSERT_TRUE(WriteFile(s().imageFilePath, "older file"));
     ASSERT_TRUE(FromTemp(s()));
-    EXPECT_EQ(FileBytes(s().imageFilePath), QByteArray("scanned pages"));
-    EXPECT_TRUE(QFile::exists(s().tempFilePath)) << "the work file stays";
+    EXPECT_EQ(std::tuple(FileBytes(s().imageFilePath), QFile::exists(s().tempFilePath)), std::tuple(QByteArray("scanned pages"), true));
 
     // Nothing to copy: reported, and the file on disk is kept.
     QFile::remove(s().tempFilePath);
     EXPECT_FALSE(FromTemp(s()));
-    EXPECT_EQ(FileBytes(s().imageFilePath), QByteArray("scanned pages"));
-    ASSERT_EQ(prompter().asked().size(), 1);
+    EXPECT_EQ(std::tuple(FileBytes(s().imageFilePath), prompter().asked().size(), QDir(data()).entryList(QDir::Files)),
+              std::tuple(QByteArray("scanned pages"), 1, QStringList{QStringLiteral("TR000005.TIF")}));
     EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("Procedure: FromTemp")));
-    EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000005.TIF")});
 
     // One directory for both: nothing to do.
     s().tempDir = s().dataDir;
@@ -77,8 +78,7 @@ TEST_P(ImageStoreTest, DeleteFileRemovesCopyAndOriginalWhereTheRowSays)
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000010.TIF")});
     // No row: nothing happens, nothing is asked.
     DeleteFile(s(), 10);
-    EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000010.TIF"))));
-    EXPECT_TRUE(prompter().asked().isEmpty());
+    EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000010.TIF"))) && prompter().asked().isEmpty());
 }
 
 TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
@@ -87,9 +87,8 @@ TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
     imageRow(12, QStringLiteral("/srv/tarlox/DATA"), QStringLiteral(" "));
     ASSERT_TRUE(WriteFile(data(QStringLiteral("TR000012.TIF")), "x"));
     ASSERT_TRUE(GetImage(s(), 12));
-    EXPECT_EQ(s().imageFilePath, data(QStringLiteral("TR000012.TIF")));
-    EXPECT_EQ(local("Last Image"), QStringLiteral("TR000012.TIF"));
-    EXPECT_EQ(local("ImageDir"), data().chopped(1));
+    EXPECT_EQ((QStringList{s().imageFilePath, local("Last Image"), local("ImageDir")}),
+              (QStringList{data(QStringLiteral("TR000012.TIF")), QStringLiteral("TR000012.TIF"), data().chopped(1)}));
     EXPECT_TRUE(prompter().asked().isEmpty());
 
     EXPECT_FALSE(GetImage(s(), 13));
@@ -97,14 +96,11 @@ TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
     EXPECT_EQ(prompter().asked().first().text, texts::ImageNotInDatabase);
 }
 
-// A missing file on the right volume is gone; on another volume the
-// person is asked to put in the right one.
 TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
 {
     imageRow(14, data(), s().dataVolume);
     EXPECT_FALSE(GetImage(s(), 14));
-    EXPECT_EQ(prompter().titles(), QStringList{QStringLiteral("Error")});
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageFileGone);
+    EXPECT_EQ(std::tuple(prompter().titles(), prompter().textOf(QStringLiteral("Error"))), std::tuple(QStringList{QStringLiteral("Error")}, texts::ImageFileGone));
 
     prompter().clear();
     imageRow(15, data(), QStringLiteral("MTR ARCHIVE 3"));
@@ -120,8 +116,7 @@ TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
     prompter().clear();
     prompter().onAsk([&](const Prompt&) { WriteFile(data(QStringLiteral("TR000015.TIF")), "restored"); });
     prompter().answer(Answer::Retry);
-    EXPECT_TRUE(GetImage(s(), 15));
-    EXPECT_EQ(prompter().asked().size(), 1);
+    EXPECT_TRUE(GetImage(s(), 15) && prompter().asked().size() == 1);
 }
 
 TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
@@ -135,14 +130,11 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     }).imageNumber;
     ASSERT_EQ(number, 1);
     EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
-    EXPECT_FALSE(QFile::exists(writtenTo));
-    EXPECT_EQ(FileBytes(data(QStringLiteral("TR000001.TIF"))), QByteArray("page one, page two"));
+    EXPECT_EQ(std::tuple(QFile::exists(writtenTo), FileBytes(data(QStringLiteral("TR000001.TIF")))), std::tuple(false, QByteArray("page one, page two")));
     ASSERT_TRUE(ReadImage(s(), 1));
-    EXPECT_EQ(s().image.path, s().dataDir);
-    EXPECT_EQ(s().image.size, QStringLiteral("G"));
+    EXPECT_EQ((QStringList{s().image.path, s().image.size, local("Last Image"), local("DPI")}),
+              (QStringList{s().dataDir, QStringLiteral("G"), QStringLiteral("TR000001.TIF"), QStringLiteral("300")}));
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 1 AND \"P/O #\" = 'A'")), 2);
-    EXPECT_EQ(local("Last Image"), QStringLiteral("TR000001.TIF"));
-    EXPECT_EQ(local("DPI"), QStringLiteral("300"));
     EXPECT_TRUE(prompter().asked().isEmpty());
 
     // The work file can lie in the data directory itself.
@@ -153,8 +145,8 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
                   return WriteFile(path, "third");
               }).imageNumber,
               2);
-    EXPECT_FALSE(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")));
-    EXPECT_EQ(FileBytes(data(QStringLiteral("TR000002.TIF"))), QByteArray("third"));
+    EXPECT_EQ(std::tuple(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")), FileBytes(data(QStringLiteral("TR000002.TIF")))),
+              std::tuple(false, QByteArray("third")));
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
 }
 
@@ -164,29 +156,22 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     s().currentImage = 77;
     // Half a file and then a failure: the report's name never sees it.
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "half") && false; }).imageNumber, 0);
-    EXPECT_EQ(s().currentImage, 0);
     ASSERT_EQ(prompter().asked().size(), 1);
-    EXPECT_EQ(prompter().asked().first().text, texts::ImageNotCreated);
-    EXPECT_EQ(prompter().asked().first().icon, Icon::Exclamation);
-    EXPECT_TRUE(QDir(data()).entryList(QDir::Files).isEmpty());
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")), 0);
-    EXPECT_EQ(nextName(), 2) << "a number once taken is not given back";
+    EXPECT_EQ(std::tuple(s().currentImage, prompter().asked().first().text, prompter().asked().first().icon, QDir(data()).entryList(QDir::Files)),
+              std::tuple(0, texts::ImageNotCreated, Icon::Exclamation, QStringList{}));
+    EXPECT_EQ(std::tuple(imageAndInfoRows(), nextName()), std::tuple(std::tuple<qint64, qint64>(0, 0), 2)) << "a number once taken is not given back";
 
     // An entry that fails its checks takes no number and writes nothing.
     prompter().clear();
     entry(QString(), QStringLiteral("P1"));
     bool called = false;
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString&) { return called = true; }).imageNumber, 0);
-    EXPECT_FALSE(called);
-    EXPECT_EQ(nextName(), 2);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::HeatRequired);
+    EXPECT_EQ(std::tuple(called, nextName(), prompter().textOf(QStringLiteral("Error"))), std::tuple(false, 2, texts::HeatRequired));
 }
 
 TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
 {
-    // A reference of image 1 without its image row: the entry's row for the
-    // same key can't go in.
+    // A reference of image 1 without its image row: the entry's row for the same key can't go in.
     s().info = InfoRecord{QStringLiteral("H1"), QStringLiteral("P1"), {}, QStringLiteral("Vend"), QStringLiteral("Mfg"), Jan2, 1};
     ASSERT_TRUE(AddInfo(s(), false));
     entry(QStringLiteral("H1"), QStringLiteral("P1"));
@@ -194,12 +179,9 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "pages"); }).imageNumber, 0);
     EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
     EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), 0);
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")), 1);
-    EXPECT_EQ(QDir(data()).entryList(QDir::Files | QDir::Hidden), QStringList{});
+    EXPECT_EQ(std::tuple(imageAndInfoRows(), QDir(data()).entryList(QDir::Files | QDir::Hidden)), std::tuple(std::tuple<qint64, qint64>(0, 1), QStringList{}));
     const auto next = GetNextImage(s());
-    ASSERT_TRUE(next);
-    EXPECT_EQ(next->number, 2) << "the counter moves on";
+    EXPECT_TRUE(next && next->number == 2) << "the counter moves on";
 }
 
 TARLOX_ON_BOTH_ENGINES(ImageStoreTest);

@@ -2,7 +2,6 @@
 #include "store/PageProcessing.h"
 #include "TestPages.h"
 
-#include <QPainter>
 #include <QTransform>
 
 #include <gtest/gtest.h>
@@ -14,11 +13,8 @@ using namespace tarlox::test;
 
 namespace {
 
-// A scanned-looking grey page drawn from a black-and-white truth page: the
-// paper darkens from 235 on the left to 110 on the right, a round shadow
-// darkens it by 50 more, text is near black, and every fifth line is faint
-// (60 % of the paper under it). The faint text on the left (about 140) is
-// lighter than the paper on the right: no fixed level can separate them.
+// A scanned-looking grey page: paper from 235 (left) to 110 (right), a round shadow of 50 more,
+// every fifth line faint (60 % of its paper): no fixed level separates faint text from dark paper.
 QImage ScannedGrey(const QImage& truth, QRect solidBox)
 {
     QImage grey(truth.size(), QImage::Format_Grayscale8);
@@ -46,9 +42,9 @@ QImage ScannedGrey(const QImage& truth, QRect solidBox)
     return grey;
 }
 
+// The shares of text pixels that came out black and of paper pixels that came out white.
 struct Score {
-    double textBlack = 0;       // share of text pixels that came out black
-    double paperWhite = 0;      // share of paper pixels that came out white
+    double textBlack = 0, paperWhite = 0;
 };
 
 Score Compare(const QImage& result, const QImage& truth, QRect solidBox)
@@ -88,8 +84,7 @@ TEST(PageProcessing, BinarizationKeepsTextBlackAndUnevenPaperWhite)
     ASSERT_TRUE(result.ok()) << result.error().toStdString();
     EXPECT_EQ(result->colorTable(), MonoColorTable());
     const Score score = Compare(*result, truth, box);
-    EXPECT_GT(score.textBlack, 0.99);
-    EXPECT_GT(score.paperWhite, 0.999);
+    EXPECT_TRUE(score.textBlack > 0.99 && score.paperWhite > 0.999) << score.textBlack << " " << score.paperWhite;
 
     // The same page in colour: bluish ink on yellowish, unevenly lit paper.
     QImage colour(grey.size(), QImage::Format_RGB32);
@@ -103,8 +98,7 @@ TEST(PageProcessing, BinarizationKeepsTextBlackAndUnevenPaperWhite)
     auto fromColour = ReduceToBlackAndWhite(colour);
     ASSERT_TRUE(fromColour.ok());
     const Score colourScore = Compare(*fromColour, truth, box);
-    EXPECT_GT(colourScore.textBlack, 0.98);
-    EXPECT_GT(colourScore.paperWhite, 0.999);
+    EXPECT_TRUE(colourScore.textBlack > 0.98 && colourScore.paperWhite > 0.999) << colourScore.textBlack << " " << colourScore.paperWhite;
 }
 
 TEST(PageProcessing, DeskewStraightensATurnedPage)
@@ -123,8 +117,7 @@ TEST(PageProcessing, DeskewStraightensATurnedPage)
         EXPECT_EQ(straight->size(), turned.size());
         EXPECT_NEAR(found.angle, before->angle, 0.01);
         auto after = FindSkew(*straight);
-        ASSERT_TRUE(after.ok());
-        EXPECT_LT(std::abs(after->angle), 0.3) << turn;
+        EXPECT_TRUE(after.ok() && std::abs(after->angle) < 0.3) << turn;
     }
     // The sign: a page turned clockwise on the screen needs a counter-clockwise turn back.
     EXPECT_LT(FindSkew(Rotated(page, 3.0))->angle, 0);
@@ -134,8 +127,7 @@ TEST(PageProcessing, DeskewStraightensATurnedPage)
     Skew none{1, 1};
     auto same = DeskewPage(blank, &none);
     ASSERT_TRUE(same.ok());
-    EXPECT_TRUE(SamePixels(*same, blank));
-    EXPECT_EQ(none.angle, 0);
+    EXPECT_EQ(std::tuple(SamePixels(*same, blank), none.angle), std::tuple(true, 0.0));
 }
 
 TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
@@ -145,8 +137,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
     const PixPtr pix = PixFromImage(mono);
     ASSERT_TRUE(pix);
     const QImage back = ImageFromPix(pix.get());
-    EXPECT_TRUE(SamePixels(back, mono));
-    EXPECT_EQ(DpiOf(back), (Dpi{300, 300}));
+    EXPECT_EQ(std::tuple(SamePixels(back, mono), DpiOf(back)), std::tuple(true, Dpi{300, 300}));
 
     QImage grey(13, 5, QImage::Format_Grayscale8);
     QImage rgb(13, 5, QImage::Format_RGB32);
@@ -155,8 +146,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
             grey.scanLine(y)[x] = uchar(x * 19 + y);
             rgb.setPixel(x, y, qRgb(x * 19, y * 50, 255 - x));
         }
-    EXPECT_EQ(ImageFromPix(PixFromImage(grey).get()), grey);
-    EXPECT_EQ(ImageFromPix(PixFromImage(rgb).get()), rgb);
+    EXPECT_EQ(std::tuple(ImageFromPix(PixFromImage(grey).get()), ImageFromPix(PixFromImage(rgb).get())), std::tuple(grey, rgb));
 }
 
 TEST(PageProcessing, InvertScaleAndTinyPages)
@@ -165,17 +155,13 @@ TEST(PageProcessing, InvertScaleAndTinyPages)
     FillBlack(page, 0, 0, 32, 40);
     SetDpi(page, Dpi{200, 200});
     const QImage inverted = InvertPage(page);
-    EXPECT_FALSE(IsBlackAt(inverted, 10, 10));
-    EXPECT_TRUE(IsBlackAt(inverted, 50, 10));
-    EXPECT_TRUE(SamePixels(InvertPage(inverted), page));
+    EXPECT_EQ(std::tuple(IsBlackAt(inverted, 10, 10), IsBlackAt(inverted, 50, 10), SamePixels(InvertPage(inverted), page)),
+              std::tuple(false, true, true));
 
     auto half = ScalePage(page, 32, 20);
     ASSERT_TRUE(half.ok());
-    EXPECT_TRUE(IsBlackAndWhite(*half));
-    EXPECT_TRUE(IsBlackAt(*half, 5, 5));
-    EXPECT_FALSE(IsBlackAt(*half, 25, 5));
-    EXPECT_EQ(DpiOf(*half), (Dpi{100, 100}));
-    EXPECT_FALSE(ScalePage(page, 0, 10).ok());
+    EXPECT_EQ(std::tuple(IsBlackAndWhite(*half), IsBlackAt(*half, 5, 5), IsBlackAt(*half, 25, 5), DpiOf(*half), ScalePage(page, 0, 10).ok()),
+              std::tuple(true, true, false, Dpi{100, 100}, false));
 
     // 1 x 1 pages go through every step without failing.
     QImage dark(1, 1, QImage::Format_Grayscale8);
@@ -185,11 +171,9 @@ TEST(PageProcessing, InvertScaleAndTinyPages)
     auto darkMono = ReduceToBlackAndWhite(dark);
     auto lightMono = ReduceToBlackAndWhite(light);
     ASSERT_TRUE(darkMono.ok() && lightMono.ok());
-    EXPECT_TRUE(IsBlackAt(*darkMono, 0, 0));
-    EXPECT_FALSE(IsBlackAt(*lightMono, 0, 0));
     auto straight = DeskewPage(*darkMono);
     ASSERT_TRUE(straight.ok());
-    EXPECT_TRUE(IsBlackAt(*straight, 0, 0));
-    EXPECT_TRUE(FindSkew(light).ok());
-    EXPECT_FALSE(ReduceToBlackAndWhite(QImage()).ok());
+    EXPECT_EQ(std::tuple(IsBlackAt(*darkMono, 0, 0), IsBlackAt(*lightMono, 0, 0), IsBlackAt(*straight, 0, 0), FindSkew(light).ok(),
+                         ReduceToBlackAndWhite(QImage()).ok()),
+              std::tuple(true, false, true, true, false));
 }

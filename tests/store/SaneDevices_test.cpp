@@ -14,8 +14,6 @@ TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
 {
     UseSaneTestBackend(2);
     QCoreApplication* app = QCoreApplication::instance();
-    ASSERT_NE(app, nullptr);
-
     auto* gone = new QObject;
     bool calledAfterGone = false;
     ProbeSaneDevices(gone, [&](const QList<SaneDeviceEntry>&) { calledAfterGone = true; });
@@ -33,11 +31,9 @@ TEST(SaneDevices, ProbeAnswersOnTheCallersThreadAndNeverAfterItsContextIsGone)
     });
     QTimer::singleShot(30000, app, &QCoreApplication::quit);
     QCoreApplication::exec();
-    ASSERT_TRUE(done);
-    ASSERT_EQ(answer.size(), 2);
-    EXPECT_EQ(answer.first().name, QStringLiteral("test:0"));
-    EXPECT_EQ(answer.first().entry(), answer.first().name + QStringLiteral(" (") + answer.first().description() + QLatin1Char(')'));
-    EXPECT_EQ(thread, QThread::currentThreadId());
+    ASSERT_TRUE(done && answer.size() == 2);
+    EXPECT_EQ(std::tuple(answer.first().name, answer.first().entry(), thread),
+              std::tuple(QStringLiteral("test:0"), QStringLiteral("test:0 (") + answer.first().description() + QLatin1Char(')'), QThread::currentThreadId()));
     // The first probe, whose context went first, has had time to finish: it said nothing.
     QThread::msleep(200);
     QCoreApplication::processEvents();

@@ -83,9 +83,7 @@ inline bool WriteWithLibtiff(const QString& path, const std::function<bool(TIFF*
     return ok;
 }
 
-// One page of raw rows (packed, top to bottom) in strips of rowsPerStrip.
-inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int samples, int photometric, int compression,
-                           const std::vector<uint8_t>& rows, int rowsPerStrip)
+inline void SetPageFields(TIFF* tif, int width, int height, int bits, int samples, int photometric, int compression)
 {
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(width));
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(height));
@@ -94,6 +92,13 @@ inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int sampl
     TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric);
     TIFFSetField(tif, TIFFTAG_COMPRESSION, compression);
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+}
+
+// One page of raw rows (packed, top to bottom) in strips of rowsPerStrip.
+inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int samples, int photometric, int compression,
+                           const std::vector<uint8_t>& rows, int rowsPerStrip)
+{
+    SetPageFields(tif, width, height, bits, samples, photometric, compression);
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(rowsPerStrip));
     const size_t rowBytes = (size_t(width) * bits * samples + 7) / 8;
     for (int row = 0; row < height; ++row) {
@@ -103,48 +108,47 @@ inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int sampl
     return TIFFWriteDirectory(tif) == 1;
 }
 
+// Reads one page of a file with libtiff directly; false when the file or page is missing.
+inline bool ReadWithLibtiff(const QString& path, int page, const std::function<bool(TIFF*)>& read)
+{
+    TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), "r");
+    if (!tif)
+        return false;
+    const bool ok = TIFFSetDirectory(tif, tdir_t(page)) == 1 && read(tif);
+    TIFFClose(tif);
+    return ok;
+}
+
 // The stored bytes of each strip of a page, as they are in the file.
 inline std::vector<QByteArray> RawStrips(const QString& path, int page)
 {
     std::vector<QByteArray> strips;
-    TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), "r");
-    if (!tif)
-        return strips;
-    if (TIFFSetDirectory(tif, tdir_t(page)) == 1) {
+    ReadWithLibtiff(path, page, [&](TIFF* tif) {
         for (uint32_t strip = 0; strip < TIFFNumberOfStrips(tif); ++strip) {
-            QByteArray bytes(qsizetype(TIFFRawStripSize(tif, strip)), '\0');
-            TIFFReadRawStrip(tif, strip, bytes.data(), bytes.size());
-            strips.push_back(bytes);
+            strips.emplace_back(qsizetype(TIFFRawStripSize(tif, strip)), '\0');
+            TIFFReadRawStrip(tif, strip, strips.back().data(), strips.back().size());
         }
-    }
-    TIFFClose(tif);
+        return true;
+    });
     return strips;
 }
 
 // An ASCII field of a page as the bytes in the file; null when absent.
 inline QByteArray ReadTagBytes(const QString& path, int page, uint32_t tag)
 {
-    QByteArray bytes;
-    TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), "r");
-    if (!tif)
-        return bytes;
-    char* text = nullptr;
-    if (TIFFSetDirectory(tif, tdir_t(page)) == 1 && TIFFGetField(tif, tag, &text) == 1 && text)
-        bytes = QByteArray(text);
-    TIFFClose(tif);
+    QByteArray bytes;  // copied before the file is closed
+    ReadWithLibtiff(path, page, [&](TIFF* tif) {
+        char* text = nullptr;
+        return TIFFGetField(tif, tag, &text) == 1 && text && !(bytes = QByteArray(text)).isNull();
+    });
     return bytes;
 }
 
-// One numeric field of a page, read with libtiff directly.
+// One numeric field of a page.
 template <typename T>
 inline bool ReadField(const QString& path, int page, uint32_t tag, T& value)
 {
-    TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), "r");
-    if (!tif)
-        return false;
-    const bool found = TIFFSetDirectory(tif, tdir_t(page)) == 1 && TIFFGetField(tif, tag, &value) == 1;
-    TIFFClose(tif);
-    return found;
+    return ReadWithLibtiff(path, page, [&](TIFF* tif) { return TIFFGetField(tif, tag, &value) == 1; });
 }
 
 }  // namespace tarlox::test
