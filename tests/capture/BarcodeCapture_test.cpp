@@ -28,12 +28,8 @@ QList<QImage> StackPages(const char* layout)
 {
     QList<QImage> pages;
     int sheets = 0;
-    for (const char* c = layout; *c; ++c) {
-        if (*c == 'S')
-            pages.append(*SeparatorSheet({QStringLiteral("PO-%1").arg(++sheets), qint16(sheets), 7, 0}));
-        else
-            pages.append(TextPage(1275, 1650, quint32(pages.size() + 1), 150));
-    }
+    for (const char* c = layout; *c; ++c)
+        pages.append(*c == 'S' ? *SeparatorSheet({QStringLiteral("PO-%1").arg(++sheets), qint16(sheets), 7, 0}) : TextPage(1275, 1650, quint32(pages.size() + 1), 150));
     return pages;
 }
 
@@ -69,17 +65,14 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
         ASSERT_TRUE(WriteTiff(stack, pages).ok());
         int progress = 0;
         const BarcodeGrid grid = ReadBarcodeStack(stack, reader, *client, [&](int done, int) { return ++progress == done; });
-        EXPECT_EQ(grid.error.toStdString(), c.error);
         QList<int> pgs;
         for (const BarcodeRow& row : grid.rows)
             pgs.append(row.pages);
-        EXPECT_EQ(pgs, c.pages);
-        EXPECT_EQ(grid.canUpdate(), !c.stored.isEmpty());
+        EXPECT_EQ(std::tuple(grid.error, pgs, grid.canUpdate()), std::tuple(QString::fromLatin1(c.error), c.pages, !c.stored.isEmpty()));
         if (!grid.canUpdate())
             continue;
-        EXPECT_EQ(grid.rows[0].heat, QStringLiteral("H1"));
-        EXPECT_EQ(grid.rows[0].vendor, QStringLiteral("Acme, Inc."));
-        EXPECT_EQ(grid.rows[1].heat, QString()) << "PO-2 is not in the file";
+        // PO-2 is not in the file.
+        EXPECT_EQ(std::tuple(grid.rows[0].heat, grid.rows[0].vendor, grid.rows[1].heat), std::tuple(QStringLiteral("H1"), QStringLiteral("Acme, Inc."), QString()));
 
         QList<BarcodeRow> rows = grid.rows;
         for (BarcodeRow& row : rows)
@@ -127,7 +120,7 @@ TEST(RbqClient, ProvidersFillAndRecord)
                                    "lookup) [ \"$2\" = PO9 ] || { echo \"no line $2\" >&2; exit 3; }\n"
                                    "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
                                    "esac\n"));
-    QFile(program).setPermissions(QFile(program).permissions() | QFileDevice::ExeOwner);
+    QFile::setPermissions(program, QFile::permissions(program) | QFileDevice::ExeOwner);
     struct Case {
         QString setting;
         bool fills;
@@ -146,20 +139,14 @@ TEST(RbqClient, ProvidersFillAndRecord)
         const std::unique_ptr<RbqClient> client = MakeRbqClient(c.setting);
         const IoResult<RbqLine> line = client->lookUp({QStringLiteral("PO9"), 0, 7, 0});
         ASSERT_TRUE(line.ok()) << line.error().toStdString();
-        EXPECT_EQ(line->heat, c.fills ? QStringLiteral("H9") : QString());
-        EXPECT_EQ(line->manufacturer, c.fills ? QStringLiteral("Mill") : QString());
-        EXPECT_EQ(line->key.receipt, c.receipt);
-        EXPECT_EQ(client->lookUp({QStringLiteral("PO8"), 0, 7, 0}).ok(), !c.fills);
-        EXPECT_TRUE(client->update({QStringLiteral("PO9"), 0, 7, 0}, 123).ok());
-        EXPECT_TRUE(client->finish().ok());
-        if (!c.record.isEmpty()) {
-            EXPECT_TRUE(ReadAll(c.record).endsWith(c.recorded)) << ReadAll(c.record).toStdString();
-        }
+        EXPECT_EQ(std::tuple(line->heat, line->manufacturer, line->key.receipt, client->lookUp({QStringLiteral("PO8"), 0, 7, 0}).ok()),
+                  std::tuple(c.fills ? QStringLiteral("H9") : QString(), c.fills ? QStringLiteral("Mill") : QString(), c.receipt, !c.fills));
+        EXPECT_TRUE(client->update({QStringLiteral("PO9"), 0, 7, 0}, 123).ok() && client->finish().ok());
+        EXPECT_TRUE(c.record.isEmpty() || ReadAll(c.record).endsWith(c.recorded)) << ReadAll(c.record).toStdString();
     }
     QString note;
     MakeRbqClient(QStringLiteral("odbc:erp"), &note);
-    EXPECT_FALSE(note.isEmpty());
-    EXPECT_FALSE(MakeRbqClient(QStringLiteral("csv:") + dir.filePath(QStringLiteral("missing.csv")))->lookUp({}).ok());
+    EXPECT_FALSE(note.isEmpty() || MakeRbqClient(QStringLiteral("csv:") + dir.filePath(QStringLiteral("missing.csv")))->lookUp({}).ok());
 }
 
 TEST(BarcodeKey, KeyLinesAndColumnWidths)
@@ -167,8 +154,7 @@ TEST(BarcodeKey, KeyLinesAndColumnWidths)
     const IoResult<QList<BarcodeKey>> keys = ReadKeyLines(QStringLiteral("PO1,2,3,4\n\n\"P,O\",,9\nPO3\t1\t2\t3\n"));
     ASSERT_TRUE(keys.ok()) << keys.error().toStdString();
     EXPECT_EQ(*keys, (QList<BarcodeKey>{{QStringLiteral("PO1"), 2, 3, 4}, {QStringLiteral("P,O"), 0, 9, 0}, {QStringLiteral("PO3"), 1, 2, 3}}));
-    EXPECT_EQ(ReadKeyLines(QStringLiteral("PO1\nPO2,x")).error().left(7), QStringLiteral("Line 2:"));
-    EXPECT_FALSE(ReadKeyLines(QStringLiteral(",1,2,3")).ok());
+    EXPECT_EQ(std::pair(ReadKeyLines(QStringLiteral("PO1\nPO2,x")).error().left(7), ReadKeyLines(QStringLiteral(",1,2,3")).ok()), std::pair(QStringLiteral("Line 2:"), false));
     for (auto [stored, width] : {std::pair{"150", 600}, {"200", 200}, {"", 600}, {"1440", 1440}})
         EXPECT_EQ(BarcodeColumnWidth(QLatin1String(stored)), width) << stored;
 }
@@ -189,7 +175,6 @@ TEST(BarcodeScan, FirstPageWithoutBarcodesIsRefused)
         QObject::connect(&scanner, &ScannerSession::pageReady, [&] { ++pagesScanned; });
     };
     EXPECT_FALSE(ScanBarcodeStack(site.session(), reader, request));
-    EXPECT_EQ(site.prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("No Barcodes"), QStringLiteral("Error")}));
-    EXPECT_EQ(pagesScanned, 0);
-    EXPECT_FALSE(QFile::exists(BarcodeBufferPath(site.session())));
+    EXPECT_EQ(std::tuple(site.prompter().titles(), pagesScanned, QFile::exists(BarcodeBufferPath(site.session()))),
+              std::tuple(QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("No Barcodes"), QStringLiteral("Error")}, 0, false));
 }

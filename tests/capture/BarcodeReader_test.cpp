@@ -36,8 +36,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
     grey.fill(Qt::white);
     QPainter painter(&grey);
     QFont font(QStringLiteral("DejaVu Sans"));
-    font.setPixelSize(dpi / 7);
-    painter.setFont(font);
+    font.setPixelSize(dpi / 7), painter.setFont(font);
     for (int y = dpi; y < 10 * dpi; y += dpi / 4)
         painter.drawText(dpi / 2, y, QStringLiteral("Heat 4471%1  C 0.21  Mn 0.85  P 0.012  S 0.004  Yield 52,400 psi").arg(y % 97));
     for (const Symbol& symbol : symbols) {
@@ -80,8 +79,8 @@ TEST(BarcodeReader, EveryFormatAt200And300Dpi)
         for (const Symbol& symbol : symbols) {
             const BarcodePage page = reader.read(ReportPage(dpi, {symbol}));
             ASSERT_EQ(page.codes.size(), 1) << symbol.text << " at " << dpi << " dpi: " << page.note.toStdString();
-            EXPECT_EQ(page.codes[0].format, QString::fromLatin1(ZXing::ToString(symbol.format)));
-            EXPECT_EQ(page.text(), QString::fromLatin1(symbol.text) + QLatin1Char('\t'));
+            EXPECT_EQ(std::pair(page.codes[0].format, page.text()),
+                      std::pair(QString::fromLatin1(ZXing::ToString(symbol.format)), QString(QString::fromLatin1(symbol.text) + QLatin1Char('\t'))));
             EXPECT_NEAR(page.codes[0].area.left(), symbol.left * dpi, dpi / 10) << symbol.text;
         }
     }
@@ -93,15 +92,12 @@ TEST(BarcodeReader, DataMatrixAnywhereOnThePageAndPagesWithout)
     // Three symbols on one band, none on the page's middle lines, and one
     // more near a corner: all four in reading order.
     BarcodeReader reader;
-    const BarcodePage read = reader.read(ReportPage(300, {{F::DataMatrix, "A1", 0.6, 1.1},
-                                                         {F::DataMatrix, "B2", 3.1, 1.15},
-                                                         {F::DataMatrix, "C3", 6.4, 1.05},
-                                                         {F::DataMatrix, "D4", 7.3, 9.9}}));
+    const BarcodePage read = reader.read(
+        ReportPage(300, {{F::DataMatrix, "A1", 0.6, 1.1}, {F::DataMatrix, "B2", 3.1, 1.15}, {F::DataMatrix, "C3", 6.4, 1.05}, {F::DataMatrix, "D4", 7.3, 9.9}}));
     EXPECT_EQ(Texts(read), (QStringList{QStringLiteral("A1"), QStringLiteral("B2"), QStringLiteral("C3"), QStringLiteral("D4")}));
     // A page without codes: nothing, and nothing wrong.
     const BarcodePage none = reader.read(ReportPage(300, {}));
-    EXPECT_TRUE(none.codes.isEmpty() && none.note.isEmpty());
-    EXPECT_EQ(none.text(), QString());
+    EXPECT_TRUE(none.codes.isEmpty() && none.note.isEmpty() && none.text().isEmpty());
 }
 
 TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
@@ -125,18 +121,16 @@ TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
             IoResult<QImage> page = input->page(i);
             ASSERT_TRUE(page.ok());
             const BarcodePage read = reader.read(*page);
-            EXPECT_EQ(read.note.toStdString(), "");
             const IoResult<BarcodeKey> key = SplitBarcodeText(read.text());
             ASSERT_TRUE(key.ok()) << key.error().toStdString();
-            EXPECT_TRUE(*key == keys[i]) << path.toStdString() << " page " << i << ": " << read.text().toStdString();
+            EXPECT_TRUE(read.note.isEmpty() && *key == keys[i]) << path.toStdString() << " page " << i << ": " << read.text().toStdString() << read.note.toStdString();
         }
     }
     // Fed a little crooked and scanned in grey.
     const QImage crooked = SeparatorSheet(keys.at(1))->transformed(QTransform().rotate(1.5), Qt::SmoothTransformation);
     EXPECT_EQ(reader.read(crooked).text().toStdString(), "45-9981/B\t32767\t-12\t3\t");
 
-    EXPECT_FALSE(SeparatorSheet({QStringLiteral("PO\u00e9")}).ok());
-    EXPECT_FALSE(WriteSeparatorSheetsTiff(tiff, {}).ok());
+    EXPECT_FALSE(SeparatorSheet({QStringLiteral("PO\u00e9")}).ok() || WriteSeparatorSheetsTiff(tiff, {}).ok());
 }
 
 TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
@@ -159,8 +153,7 @@ TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
         const BarcodePage lost = reader.read(page);
         if (killer.joinable())
             killer.join();
-        EXPECT_TRUE(lost.codes.isEmpty());
-        EXPECT_TRUE(lost.note.contains(hang ? QStringLiteral("took more than") : QStringLiteral("stopped"))) << lost.note.toStdString();
+        EXPECT_TRUE(lost.codes.isEmpty() && lost.note.contains(hang ? QStringLiteral("took more than") : QStringLiteral("stopped"))) << lost.note.toStdString();
         EXPECT_EQ(reader.read(page).text(), QStringLiteral("NEXT-1\t"));
         EXPECT_NE(reader.helperProcessId(), pid);
     }
@@ -168,12 +161,7 @@ TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
 
 TEST(BarcodeKey, SplitOfTheBarcodeText)
 {
-    const struct {
-        const char* text;
-        const char* po;
-        int receipt, line, tag;
-        bool ok;
-    } rows[] = {
+    const struct { const char* text; const char* po; int receipt, line, tag; bool ok; } rows[] = {
         {"PO123\t7\t", "PO123", 0, 7, 0, true},  // two codes: P/O and line
         {"PO123\t4\t7\t2\t", "PO123", 4, 7, 2, true},
         {"PO123\t4\t7\t", "PO123", 4, 7, 0, true},
@@ -188,10 +176,6 @@ TEST(BarcodeKey, SplitOfTheBarcodeText)
     for (const auto& r : rows) {
         const IoResult<BarcodeKey> key = SplitBarcodeText(QString::fromLatin1(r.text));
         ASSERT_EQ(key.ok(), r.ok) << r.text;
-        if (r.ok) {
-            EXPECT_EQ(*key, (BarcodeKey{QString::fromLatin1(r.po), qint16(r.receipt), qint16(r.line), qint16(r.tag)})) << r.text;
-        } else {
-            EXPECT_FALSE(key.error().isEmpty());
-        }
+        EXPECT_TRUE((r.ok ? *key == BarcodeKey{QString::fromLatin1(r.po), qint16(r.receipt), qint16(r.line), qint16(r.tag)} : !key.error().isEmpty())) << r.text;
     }
 }

@@ -31,8 +31,7 @@ BatchPages walk(const QStringList& data)
         pages.visit(page);
         BatchItem& it = pages.item(page);
         it.skip = data[page - 1].startsWith(QLatin1Char('-'));
-        it.heat = data[page - 1].mid(it.skip ? 1 : 0);
-        it.part = QStringLiteral("P");
+        it.heat = data[page - 1].mid(it.skip ? 1 : 0), it.part = QStringLiteral("P");
         it.append = pages.matchesEarlier(page);
     }
     return pages;
@@ -52,8 +51,7 @@ QImage markedPage(int width, int height, double dpi)
     QImage page(width, height, QImage::Format_RGB32);
     page.fill(Qt::white);
     QPainter(&page).fillRect(width / 4, height / 4, width / 2, height / 2, Qt::black);
-    page.setDotsPerMeterX(int(dpi / 0.0254 + 0.5));
-    page.setDotsPerMeterY(int(dpi / 0.0254 + 0.5));
+    page.setDotsPerMeterX(int(dpi / 0.0254 + 0.5)), page.setDotsPerMeterY(int(dpi / 0.0254 + 0.5));
     return page;
 }
 
@@ -78,13 +76,7 @@ bool blackInMiddle(const QString& workFile, int page)
 // report carries is named, not lost.
 TEST(BatchPagesTest, PagesJoinByEqualData)
 {
-    struct Case {
-        const char* name;
-        QStringList data;
-        QList<QList<int>> reports;
-        QList<int> unjoined;
-        QList<BatchAction> offered;
-    };
+    struct Case { const char* name; QStringList data; QList<QList<int>> reports; QList<int> unjoined; QList<BatchAction> offered; };
     using A = BatchAction;
     const Case cases[] = {
         {"A B A: pages 1+3 and 2", {S("A"), S("B"), S("A")}, {{1, 3}, {2}}, {}, {A::New, A::New, A::Append}},
@@ -96,10 +88,10 @@ TEST(BatchPagesTest, PagesJoinByEqualData)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const BatchPages pages = walk(c.data);
-        EXPECT_EQ(reportPages(pages), c.reports);
-        EXPECT_EQ(pages.unjoined(), c.unjoined);
+        QList<BatchAction> offered;
         for (int page = 1; page <= pages.pageCount(); ++page)
-            EXPECT_EQ(pages.offeredAction(page), c.offered[page - 1]) << "page " << page;
+            offered << pages.offeredAction(page);
+        EXPECT_EQ(std::tuple(reportPages(pages), pages.unjoined(), offered), std::tuple(c.reports, c.unjoined, c.offered));
     }
     // Defaults: the last earlier page that is not skipped.
     BatchPages pages;
@@ -107,14 +99,10 @@ TEST(BatchPagesTest, PagesJoinByEqualData)
     pages.visit(1);
     pages.item(1).heat = S("H1");
     pages.visit(2);
-    pages.item(2).skip = true;
-    pages.item(2).heat = S("H2");
+    pages.item(2).skip = true, pages.item(2).heat = S("H2");
     pages.visit(3);
-    EXPECT_EQ(pages.item(3).heat, S("H1"));
-    EXPECT_TRUE(pages.item(3).append);
-    EXPECT_FALSE(pages.item(1).append);
-    EXPECT_EQ(pages.rowText(2), S("Skip"));
-    EXPECT_EQ(pages.rowText(3), S("H1\t\t\t\t\t**Appended**"));
+    EXPECT_EQ(std::tuple(pages.item(3).heat, pages.item(3).append, pages.item(1).append, pages.rowText(2), pages.rowText(3)),
+              std::tuple(S("H1"), true, false, S("Skip"), S("H1\t\t\t\t\t**Appended**")));
     EXPECT_EQ(PageListText({1, 2, 3, 5, 7, 8}), S("1-3, 5, 7, 8"));
 }
 
@@ -128,8 +116,7 @@ TEST(BatchFilesTest, FilesReadPageByPage)
     ASSERT_TRUE(markedPage(850, 1400, 100).save(path("legal.png"), "PNG"));
     {
         QPdfWriter pdf(path("two.pdf"));
-        pdf.setResolution(72);
-        pdf.setPageSize(QPageSize(QPageSize::A4));
+        pdf.setResolution(72), pdf.setPageSize(QPageSize(QPageSize::A4));
         QPainter painter(&pdf);
         painter.fillRect(150, 200, 300, 400, Qt::black);
         pdf.setPageSize(QPageSize(QPageSize::Legal));
@@ -138,7 +125,7 @@ TEST(BatchFilesTest, FilesReadPageByPage)
     }
     ASSERT_TRUE(WriteFile(path("drawing.wmf"), metafile));
     ASSERT_TRUE(WriteFile(path("bad.gif"), "GIF89a not really"));
-    ASSERT_TRUE(WriteTiff(path("multi.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
+    ASSERT_TRUE(WriteTiff(path("multi.tif"), QList<QImage>(3, markedPage(850, 1100, 100))));
 
     EXPECT_EQ(ListBatchFiles(dir.path()),
               (QStringList{S("multi.tif"), S("one.jpg"), S("bad.gif"), S("two.pdf"), S("drawing.wmf"), S("legal.png")}));
@@ -161,28 +148,23 @@ TEST(BatchFilesTest, FilesReadPageByPage)
         SCOPED_TRACE(c.name);
         const int before = QFile::exists(work) ? TiffReader::open(work)->pageCount() : 0;
         const BatchReadResult r = ReadBatchFiles(c.files, work, 150);
-        EXPECT_EQ(r.pages, c.pages);
-        EXPECT_EQ(r.pageSizeCodes, c.sizes);
+        EXPECT_EQ(std::pair(r.pages, r.pageSizeCodes), std::pair(c.pages, c.sizes));
         if (!c.stepStart.isEmpty()) {
-            EXPECT_TRUE(r.step.contains(c.stepStart)) << r.step.toStdString();
-            EXPECT_TRUE(r.error.contains(S("bad.gif"))) << r.error.toStdString();
+            EXPECT_TRUE(r.step.contains(c.stepStart) && r.error.contains(S("bad.gif"))) << r.step.toStdString() << " / " << r.error.toStdString();
             EXPECT_EQ(TiffReader::open(work)->pageCount(), before) << "the work file stays as it was";
             continue;
         }
         ASSERT_TRUE(r.ok()) << r.error.toStdString();
-        EXPECT_EQ(TiffReader::open(work)->pageCount(), c.pages);
-        EXPECT_EQ(WorkFilePageSizes(work), c.sizes);
-        for (int p = 0; p < c.pages; ++p) {
-            EXPECT_TRUE(TiffReader::open(work)->pageInfo(p)->isBlackAndWhite());
-            EXPECT_TRUE(blackInMiddle(work, p)) << "page " << p + 1;
-        }
+        EXPECT_EQ(std::pair(TiffReader::open(work)->pageCount(), WorkFilePageSizes(work)), std::pair(c.pages, c.sizes));
+        for (int p = 0; p < c.pages; ++p)
+            EXPECT_TRUE(TiffReader::open(work)->pageInfo(p)->isBlackAndWhite() && blackInMiddle(work, p)) << "page " << p + 1;
     }
     EXPECT_EQ(TiffReader::open(work)->pageInfo(0)->dpi.x, 150) << "metafiles are drawn at the work resolution";
 
     // No silent limit on the list.
     QTemporaryDir many;
     for (int i = 0; i < 1001; ++i)
-        QFile(many.filePath(QStringLiteral("p%1.jpg").arg(i, 4, 10, QLatin1Char('0')))).open(QIODevice::WriteOnly);
+        WriteFile(many.filePath(QStringLiteral("p%1.jpg").arg(i, 4, 10, QLatin1Char('0'))), {});
     EXPECT_EQ(ListBatchFiles(many.path()).size(), 1001);
 }
 
@@ -190,8 +172,7 @@ class BatchAddTest : public SiteTest {
 protected:
     QString scalarText(const QString& sql)
     {
-        DataOp op(site.session(), S("test"));
-        auto v = op.scalar(sql);
+        auto v = DataOp(site.session(), S("test")).scalar(sql);
         return v ? v->toString() : S("(failed)");
     }
 };
@@ -205,39 +186,32 @@ TEST_P(BatchAddTest, ReportsStoredWithTagsAndReferences)
     ASSERT_TRUE(WriteTiff(work, {markedPage(850, 1100, 100), markedPage(850, 1400, 100), markedPage(850, 1100, 100)}));
     BatchPages pages = walk({S("H1"), S("H2"), S("H1")});
     pages.item(1).po = pages.item(3).po = S("PO-1");
-    pages.item(1).vend = S("Acme Steel");
-    pages.item(2).pageSizeCode = S("G");
+    pages.item(1).vend = S("Acme Steel"), pages.item(2).pageSizeCode = S("G");
 
     BatchAddOptions options;
     options.duplicates = Duplicates::Allow;
     options.progress = [](int done, int) { return done < 1; };
     const BatchAddResult first = AddBatchReports(s, work, pages, options);
-    EXPECT_TRUE(first.cancelled);
-    ASSERT_EQ(first.stored(), 1);
-    EXPECT_EQ(first.reports[0].pages, (QList<int>{1, 3}));
-    EXPECT_EQ(first.notStored(pages), (QList<int>{2}));
+    ASSERT_EQ(std::pair(first.cancelled, first.stored()), std::pair(true, 1));
+    EXPECT_EQ(std::pair(first.reports[0].pages, first.notStored(pages)), std::pair(QList<int>{1, 3}, QList<int>{2}));
 
     options.progress = {};
     const BatchAddResult second = AddBatchReports(s, work, pages, options);
     ASSERT_EQ(second.stored(), 1);
-    EXPECT_EQ(second.reports[0].pages, (QList<int>{2}));
-    EXPECT_TRUE(pages.reports().isEmpty());
+    EXPECT_EQ(std::pair(second.reports[0].pages, pages.reports().isEmpty()), std::pair(QList<int>{2}, true));
 
     const qint32 one = first.reports[0].imageNumber;
     const qint32 two = second.reports[0].imageNumber;
     const auto file = [&](qint32 n) { return site.path(S("DATA/TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'))); };
     auto reader = TiffReader::open(file(one));
     ASSERT_TRUE(reader);
-    EXPECT_EQ(reader->pageCount(), 2);
-    EXPECT_EQ(reader->tags().heat, S("H1"));
-    EXPECT_EQ(reader->tags().purchaseOrder, S("PO-1"));
-    EXPECT_EQ(reader->tags().vendor, S("Acme Steel"));
-    EXPECT_EQ(reader->tags().manufacturer, QString());
-    EXPECT_EQ(TiffReader::open(file(two))->tags().heat, S("H2"));
-    EXPECT_EQ(scalarText(S("SELECT \"Vend Name\" FROM \"Info\" WHERE \"Image #\" = %1").arg(one)), S("Acme Steel"));
-    EXPECT_EQ(scalarText(S("SELECT \"Heat #\" FROM \"Info\" WHERE \"Image #\" = %1").arg(two)), S("H2"));
-    EXPECT_EQ(scalarText(S("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(two)), S("G"));
-    EXPECT_EQ(scalar(S("SELECT COUNT(*) FROM \"Info\"")), 2);
+    EXPECT_EQ(std::tuple(reader->pageCount(), reader->tags().heat, reader->tags().purchaseOrder, reader->tags().vendor, reader->tags().manufacturer,
+                         TiffReader::open(file(two))->tags().heat),
+              std::tuple(2, S("H1"), S("PO-1"), S("Acme Steel"), QString(), S("H2")));
+    EXPECT_EQ(std::tuple(scalarText(S("SELECT \"Vend Name\" FROM \"Info\" WHERE \"Image #\" = %1").arg(one)),
+                         scalarText(S("SELECT \"Heat #\" FROM \"Info\" WHERE \"Image #\" = %1").arg(two)),
+                         scalarText(S("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(two)), scalar(S("SELECT COUNT(*) FROM \"Info\""))),
+              std::tuple(S("Acme Steel"), S("H2"), S("G"), qint64(2)));
 }
 
 TARLOX_ON_BOTH_ENGINES(BatchAddTest);
@@ -251,7 +225,7 @@ TEST(BatchCliTest, IndexedPagesStoredAndSummarised)
     ASSERT_EQ(cli({S("init")}).code, 0);
     const QString files = dir.filePath(S("in"));
     QDir().mkpath(files);
-    ASSERT_TRUE(WriteTiff(files + S("/a.tif"), {markedPage(850, 1100, 100), markedPage(850, 1100, 100)}));
+    ASSERT_TRUE(WriteTiff(files + S("/a.tif"), QList<QImage>(2, markedPage(850, 1100, 100))));
     ASSERT_TRUE(markedPage(850, 1100, 100).save(files + S("/b.jpg")));
     const auto index = [&](const QByteArray& text) { return WriteFile(dir.filePath(S("index.csv")), text) ? dir.filePath(S("index.csv")) : QString(); };
     const QString good = index("heat,part,po,vendor,mfg,action\nH1,P1,PO,V,M,New\nH2,P2,PO,V,M,New\nH1,P1,PO,V,,Append\n");
@@ -260,14 +234,11 @@ TEST(BatchCliTest, IndexedPagesStoredAndSummarised)
     EXPECT_TRUE(dry.out.contains(S("Would store pages 1, 3"))) << dry.out.toStdString();
     CliRun run = cli({S("batch"), files, S("--index"), good});
     EXPECT_EQ(run.code, 0) << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains(S("Stored image 1: pages 1, 3"))) << run.out.toStdString();
-    EXPECT_TRUE(run.out.contains(S("Stored image 2: page 2")));
+    EXPECT_TRUE(run.out.contains(S("Stored image 1: pages 1, 3")) && run.out.contains(S("Stored image 2: page 2"))) << run.out.toStdString();
 
     CliRun orphan = cli({S("batch"), files + S("/b.jpg"), files + S("/b.jpg"), S("--index"), index("X,P,,,,Skip\nX,P,,,,Append\n")});
-    EXPECT_EQ(orphan.code, 1);
-    EXPECT_TRUE(orphan.out.contains(S("page 2: Append, but no page before"))) << orphan.out.toStdString();
+    EXPECT_TRUE(orphan.code == 1 && orphan.out.contains(S("page 2: Append, but no page before"))) << orphan.out.toStdString();
     CliRun wrong = cli({S("batch"), files, S("--index"), index("H7,P,,,,New\nH7,P,,,,New\nH8,P,,,,New\n")});
-    EXPECT_EQ(wrong.code, 1);
-    EXPECT_TRUE(wrong.err.contains(S("line 2: page 2"))) << wrong.err.toStdString();
+    EXPECT_TRUE(wrong.code == 1 && wrong.err.contains(S("line 2: page 2"))) << wrong.err.toStdString();
     EXPECT_EQ(cli({S("show"), S("3")}).code, 1) << "nothing stored by the wrong index";
 }

@@ -56,27 +56,33 @@ protected:
 
     QString text(const QString& sql)
     {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(sql);
+        auto value = DataOp(s(), QStringLiteral("test")).scalar(sql);
         return value ? value->toString() : QStringLiteral("(failed)");
     }
     qint64 imageRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Images\"")); }
     qint64 infoRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\"")); }
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
+    // The rows of both tables and the next number.
+    std::tuple<qint64, qint64, qint64> counts() { return {imageRows(), infoRows(), nextName()}; }
     int pagesIn(const QString& path)
     {
         auto reader = TiffReader::open(path);
         return reader ? reader->pageCount() : 0;
     }
+    QStringList titles() { return prompter().titles(); }
+    static QStringList list(std::initializer_list<const char*> texts)
+    {
+        QStringList result;
+        for (const char* text : texts)
+            result << QString::fromLatin1(text);
+        return result;
+    }
 
-    ScanEntryFields entry(const QString& heat, const QString& part)
+    ScanEntryFields entry(const char* heat, const char* part = "P1")
     {
         ScanEntryFields f;
-        f.heat = heat;
-        f.part = part;
-        f.po = QStringLiteral("PO-77");
-        f.vend = QStringLiteral("Acme Steel");
-        f.mfg = QStringLiteral("Mill 4");
+        f.heat = QString::fromLatin1(heat), f.part = QString::fromLatin1(part);
+        f.po = QStringLiteral("PO-77"), f.vend = QStringLiteral("Acme Steel"), f.mfg = QStringLiteral("Mill 4");
         return f;
     }
 };
@@ -94,26 +100,24 @@ TEST_P(ScanEntryTest, ThreeSheetsStoredAndIndexed)
     QStringList steps;
     QObject::connect(&scan, &ScanEntry::stepChanged, [&](const QString& step) { steps << step; });
     const qint64 before = nextName();
-    ScanEntryFields f = entry(QStringLiteral("H100 H200"), QStringLiteral("P1 P2"));
+    ScanEntryFields f = entry("H100 H200", "P1 P2");
     f.pageSizeCode = QStringLiteral("G");
     const ScanEntry::Result result = scan.cmdScan_Click(f);
 
     ASSERT_EQ(result.outcome, ScanEntry::Outcome::Stored) << prompter().titles().join(QLatin1Char('|')).toStdString();
     const qint32 n = result.imageNumber;
-    EXPECT_EQ(n, before);
-    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page")}));
+    EXPECT_EQ(std::tuple(n, s().currentImage, titles()), std::tuple(before, n, list({"Prepare to Scan", "Scan Next Page"})));
     EXPECT_EQ(prompter().asked().first().text, texts::PutReportInScanner);
     const QString name = QStringLiteral("TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'));
-    EXPECT_EQ(pagesIn(data(name)), 3);
-    EXPECT_EQ(pagesIn(site.path(QStringLiteral("TEMP/") + name)), 3) << "the work file stays in the temporary directory";
+    // The work file stays in the temporary directory.
+    EXPECT_EQ(std::pair(pagesIn(data(name)), pagesIn(site.path(QStringLiteral("TEMP/") + name))), std::pair(3, 3));
     EXPECT_NEAR(TiffReader::open(data(name))->pageInfo(0)->height, 2800, 1) << "Legal";
 
-    EXPECT_EQ(text(QStringLiteral("SELECT \"Size\" FROM \"Images\"")), QStringLiteral("G"));
-    EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = 'PO-77'").arg(n)), 2);
-    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value, name);
-    EXPECT_EQ(steps, (QStringList{QString(), QStringLiteral("GetNextImage"), QStringLiteral("Scanning"), QStringLiteral("Copy from Temp"),
-                                  QStringLiteral("Add data")}));
-    EXPECT_EQ(s().currentImage, n);
+    EXPECT_EQ(std::tuple(text(QStringLiteral("SELECT \"Size\" FROM \"Images\"")),
+                         scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = 'PO-77'").arg(n)),
+                         ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value),
+              std::tuple(QStringLiteral("G"), qint64(2), name));
+    EXPECT_EQ(steps, list({"", "GetNextImage", "Scanning", "Copy from Temp", "Add data"}));
 }
 
 // A blank vendor is stored as one blank in the references, while the
@@ -122,33 +126,26 @@ TEST_P(ScanEntryTest, BlankVendorAndTheHighResolution)
 {
     PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("250"));
     ScanEntry scan(s());
-    ScanEntryFields f = entry(QStringLiteral("H1"), QStringLiteral("P1"));
-    f.vend.clear();
-    f.highResolution = true;
+    ScanEntryFields f = entry("H1");
+    f.vend.clear(), f.highResolution = true;
     const ScanEntry::Result result = scan.cmdScan_Click(f);
     ASSERT_TRUE(result.stored());
     EXPECT_EQ(text(QStringLiteral("SELECT \"Vend Name\" FROM \"Info\"")), QStringLiteral(" "));
     auto reader = TiffReader::open(s().imageFilePath);
     ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(reader->tags().vendor, QString());
-    EXPECT_EQ(reader->tags().manufacturer, QStringLiteral("Mill 4"));
-    EXPECT_EQ(reader->pageInfo(0)->dpi, (Dpi{250, 250}));
+    EXPECT_EQ(std::tuple(reader->tags().vendor, reader->tags().manufacturer, reader->pageInfo(0)->dpi), std::tuple(QString(), QStringLiteral("Mill 4"), Dpi{250, 250}));
 }
 
 // Nothing is used up when the entry is refused or the operator cancels.
 TEST_P(ScanEntryTest, RefusedOrCancelledEntriesTakeNoNumber)
 {
-    const qint64 before = nextName();
+    const auto before = counts();
     ScanEntry scan(s());
-    EXPECT_EQ(scan.cmdScan_Click(entry(QString(), QStringLiteral("P1"))).outcome, ScanEntry::Outcome::Refused);
+    EXPECT_EQ(scan.cmdScan_Click(entry("")).outcome, ScanEntry::Outcome::Refused);
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::HeatRequired);
-    prompter().clear();
-    prompter().answer(Answer::Cancel);
-    EXPECT_EQ(scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1"))).outcome, ScanEntry::Outcome::Cancelled);
-    EXPECT_EQ(prompter().titles(), QStringList{QStringLiteral("Prepare to Scan")});
-    EXPECT_EQ(nextName(), before);
-    EXPECT_EQ(imageRows(), 0);
-    EXPECT_TRUE(QDir(data()).entryList(QDir::Files).isEmpty());
+    prompter().clear(), prompter().answer(Answer::Cancel);
+    EXPECT_EQ(scan.cmdScan_Click(entry("H1")).outcome, ScanEntry::Outcome::Cancelled);
+    EXPECT_EQ(std::tuple(titles(), counts(), QDir(data()).entryList(QDir::Files)), std::tuple(list({"Prepare to Scan"}), before, QStringList()));
 }
 
 // A scan that produces nothing removes the image row again; the number is
@@ -158,15 +155,10 @@ TEST_P(ScanEntryTest, NothingScannedRemovesTheImageRow)
     ScanEntry scan(s());
     scan.prepareScanner = withOption("read-return-value", QStringLiteral("SANE_STATUS_COVER_OPEN"));
     const qint64 before = nextName();
-    const ScanEntry::Result result = scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1")));
-    EXPECT_EQ(result.outcome, ScanEntry::Outcome::NotCreated);
-    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scanner Error"), QStringLiteral("Error")}));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageNotCreated);
-    EXPECT_EQ(imageRows(), 0);
-    EXPECT_EQ(infoRows(), 0);
-    EXPECT_EQ(nextName(), before + 1);
-    EXPECT_EQ(s().currentImage, 0);
-    EXPECT_EQ(scan.stepLabel(), QStringLiteral("Image not created"));
+    const ScanEntry::Result result = scan.cmdScan_Click(entry("H1"));
+    EXPECT_EQ(std::tuple(result.outcome, titles(), prompter().textOf(QStringLiteral("Error"))),
+              std::tuple(ScanEntry::Outcome::NotCreated, list({"Prepare to Scan", "Scanner Error", "Error"}), texts::ImageNotCreated));
+    EXPECT_EQ(std::tuple(counts(), s().currentImage, scan.stepLabel()), std::tuple(std::tuple(qint64(0), qint64(0), before + 1), 0, QStringLiteral("Image not created")));
 }
 
 // The too-small question answered No on the only page leaves no file: as
@@ -175,13 +167,12 @@ TEST_P(ScanEntryTest, TooSmallPageAnsweredNoOrYes)
 {
     ScanEntry scan(s());
     scan.prepareScanner = withOption("br-y", 250.0);
-    EXPECT_EQ(scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1"))).outcome, ScanEntry::Outcome::NotCreated);
-    EXPECT_EQ(imageRows(), 0);
+    const ScanEntry::Outcome nothing = scan.cmdScan_Click(entry("H1")).outcome;
+    EXPECT_EQ(std::pair(nothing, imageRows()), std::pair(ScanEntry::Outcome::NotCreated, qint64(0)));
 
-    prompter().clear();
-    prompter().answer(Answer::Ok);   // Prepare to Scan
-    prompter().answer(Answer::Yes);  // too small: use it anyway
-    const ScanEntry::Result result = scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1")));
+    // Prepare to Scan, and too small: use it anyway.
+    prompter().clear(), prompter().answer(Answer::Ok), prompter().answer(Answer::Yes);
+    const ScanEntry::Result result = scan.cmdScan_Click(entry("H1"));
     ASSERT_TRUE(result.stored());
     EXPECT_NEAR(TiffReader::open(s().imageFilePath)->pageInfo(0)->height, 1969, 1);
 }
@@ -192,14 +183,11 @@ TEST_P(ScanEntryTest, CancelInTheCheckDialogStoresTheFirstPage)
     for (bool showInvert : {false, true}) {
         SCOPED_TRACE(showInvert ? "asked before saving" : "asked after the pass");
         PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ShowInvert"), BoolToIni(showInvert));
-        prompter().clear();
-        prompter().answer(Answer::Ok);
-        prompter().answer(Answer::Cancel);
+        prompter().clear(), prompter().answer(Answer::Ok), prompter().answer(Answer::Cancel);
         ScanEntry scan(s());
-        const ScanEntry::Result result = scan.cmdScan_Click(entry(showInvert ? QStringLiteral("H2") : QStringLiteral("H1"), QStringLiteral("P1")));
-        ASSERT_TRUE(result.stored()) << prompter().titles().join(QLatin1Char('|')).toStdString();
-        EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page")}));
-        EXPECT_EQ(pagesIn(s().imageFilePath), 1);
+        const ScanEntry::Result result = scan.cmdScan_Click(entry(showInvert ? "H2" : "H1"));
+        ASSERT_TRUE(result.stored()) << titles().join(QLatin1Char('|')).toStdString();
+        EXPECT_EQ(std::pair(titles(), pagesIn(s().imageFilePath)), std::pair(list({"Prepare to Scan", "Scan Next Page"}), 1));
     }
     EXPECT_EQ(infoRows(), 2);
 }
@@ -209,12 +197,10 @@ TEST_P(ScanEntryTest, JamStoresThePagesBeforeIt)
 {
     ScanEntry scan(s());
     scan.prepareScanner = withOption("read-return-value", QStringLiteral("SANE_STATUS_JAMMED"), 2);
-    ScanEntryFields f = entry(QStringLiteral("H1"), QStringLiteral("P1"));
+    ScanEntryFields f = entry("H1");
     f.useAdf = true;
-    const ScanEntry::Result result = scan.cmdScan_Click(f);
-    ASSERT_TRUE(result.stored());
-    EXPECT_EQ(pagesIn(s().imageFilePath), 2);
-    EXPECT_TRUE(prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("jammed")));
+    ASSERT_TRUE(scan.cmdScan_Click(f).stored());
+    EXPECT_EQ(std::pair(pagesIn(s().imageFilePath), prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("jammed"))), std::pair(2, true));
 }
 
 // References that can't be written take the image row and the file with them.
@@ -227,22 +213,17 @@ TEST_P(ScanEntryTest, FailedReferencesRemoveRowAndFile)
         ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON \"Info\" FOR EACH ROW EXECUTE FUNCTION refuse()")));
     }
     ScanEntry scan(s());
-    const ScanEntry::Result result = scan.cmdScan_Click(entry(QStringLiteral("H1"), QStringLiteral("P1")));
-    EXPECT_EQ(result.outcome, ScanEntry::Outcome::NotIndexed);
-    EXPECT_EQ(imageRows(), 0);
-    EXPECT_EQ(infoRows(), 0);
-    EXPECT_FALSE(QFile::exists(s().imageFilePath));
-    EXPECT_TRUE(prompter().wasAsked(ProgramTitle())) << "the failure was reported";
+    const ScanEntry::Result result = scan.cmdScan_Click(entry("H1"));
+    // The failure was reported.
+    EXPECT_EQ(std::tuple(result.outcome, imageRows(), infoRows(), QFile::exists(s().imageFilePath), prompter().wasAsked(ProgramTitle())),
+              std::tuple(ScanEntry::Outcome::NotIndexed, qint64(0), qint64(0), false, true));
 }
 
 TARLOX_ON_BOTH_ENGINES(ScanEntryTest);
 
 TEST(ScanChoices, DittoKeyOfThePartField)
 {
-    const struct {
-        const char* typed;
-        const char* result;
-    } rows[] = {
+    const struct { const char* typed; const char* result; } rows[] = {
         {"A B", "A B B"}, {"A", "A A"}, {"  A  B  ", "A  B B"}, {"", " "}, {"   ", " "}, {"P-1 P-22", "P-1 P-22 P-22"},
     };
     for (const auto& r : rows)
@@ -264,17 +245,15 @@ TEST(ScanChoices, ResolutionsAndDefaultsFromTheSettings)
     TestSite site;
     ASSERT_TRUE(site.start());
     Session& s = site.session();
-    ResolutionChoice choice = ReadResolutionChoice(s);
-    EXPECT_EQ(choice.lowCaption(), QStringLiteral("200dpi"));
-    EXPECT_EQ(choice.highCaption(), QStringLiteral("300dpi"));
-    EXPECT_EQ(choice.dpiFor(true), QStringLiteral("300"));
-    PutLocal(s, QStringLiteral("Info"), QStringLiteral("LowDPI"), QStringLiteral("150"));
-    PutLocal(s, QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
-    choice = ReadResolutionChoice(s);
-    EXPECT_EQ(choice.lowCaption(), QStringLiteral("150dpi"));
-    EXPECT_EQ(choice.dpiFor(false), QStringLiteral("150"));
-    EXPECT_EQ(choice.dpiFor(true), QStringLiteral("400"));
-    PutLocal(s, QStringLiteral("Info"), QStringLiteral("Brightness"), QStringLiteral("7000"));
+    // Low caption, high caption, and the resolutions of each.
+    const auto read = [&] {
+        const ResolutionChoice choice = ReadResolutionChoice(s);
+        return QStringList{choice.lowCaption(), choice.highCaption(), choice.dpiFor(false), choice.dpiFor(true)};
+    };
+    EXPECT_EQ(read(), (QStringList{QStringLiteral("200dpi"), QStringLiteral("300dpi"), QStringLiteral("200"), QStringLiteral("300")}));
+    for (auto [key, value] : {std::pair{"LowDPI", "150"}, {"HighDPI", "400"}, {"Brightness", "7000"}})
+        PutLocal(s, QStringLiteral("Info"), QLatin1String(key), QLatin1String(value));
+    EXPECT_EQ(read(), (QStringList{QStringLiteral("150dpi"), QStringLiteral("400dpi"), QStringLiteral("150"), QStringLiteral("400")}));
     EXPECT_EQ(DefaultBrightness(s), 1000);
 }
 
@@ -289,11 +268,8 @@ protected:
         ASSERT_TRUE(StartWithTestScanner(site));
         // A Letter report of two heats, scanned the everyday way, made current as the select form does.
         ScanEntryFields f;
-        f.heat = QStringLiteral("H1 H2");
-        f.part = QStringLiteral("P1 P2");
-        f.po = QStringLiteral("PO1 PO2");
-        ScanEntry scan(s());
-        const ScanEntry::Result result = scan.cmdScan_Click(f);
+        f.heat = QStringLiteral("H1 H2"), f.part = QStringLiteral("P1 P2"), f.po = QStringLiteral("PO1 PO2");
+        const ScanEntry::Result result = ScanEntry(s()).cmdScan_Click(f);
         ASSERT_TRUE(result.stored());
         number = result.imageNumber;
         ASSERT_TRUE(GetImage(s(), number));
@@ -302,9 +278,15 @@ protected:
 
     QString size()
     {
-        DataOp op(s(), QStringLiteral("test"));
-        auto value = op.scalar(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number));
+        auto value = DataOp(s(), QStringLiteral("test")).scalar(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number));
         return value ? value->toString() : QStringLiteral("(failed)");
+    }
+    // Prepares the scanner for each sheet: the test device's read status.
+    static std::function<void(ScannerSession&)> readStatus(const char* status)
+    {
+        return [=](ScannerSession& scanner) {
+            scanner.beforeSheet = [=](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QLatin1String(status)); };
+        };
     }
     int heightOfFirstPage()
     {
@@ -327,8 +309,8 @@ TEST_P(RescanTest, LetterRescannedAsLegal)
     Rescan rescan(s());
     RescanChoices choices;
     ASSERT_TRUE(rescan.Load(choices));
-    EXPECT_EQ(choices.pageSizeCode, QStringLiteral(" "));
-    EXPECT_EQ(rescan.targetPath(), site.path(QStringLiteral("DATA/TM%1.TIF").arg(number, 6, 10, QLatin1Char('0'))));
+    EXPECT_EQ(std::pair(choices.pageSizeCode, rescan.targetPath()),
+              std::pair(QStringLiteral(" "), site.path(QStringLiteral("DATA/TM%1.TIF").arg(number, 6, 10, QLatin1Char('0')))));
 
     choices.pageSizeCode = QStringLiteral("G");
     QStringList steps;
@@ -337,10 +319,9 @@ TEST_P(RescanTest, LetterRescannedAsLegal)
     };
     ASSERT_TRUE(rescan.cmdScan_Click(choices));
     EXPECT_NEAR(heightOfFirstPage(), 2800, 1) << "14 inches from the first page";
-    EXPECT_TRUE(steps.contains(QStringLiteral("Set Frame length to 14 for test:0")));
-    EXPECT_EQ(size(), QStringLiteral("G"));
-    EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number)), references);
-    EXPECT_FALSE(QFile::exists(rescan.targetPath()));
+    EXPECT_EQ(std::tuple(steps.contains(QStringLiteral("Set Frame length to 14 for test:0")), size(),
+                         scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number)), QFile::exists(rescan.targetPath())),
+              std::tuple(true, QStringLiteral("G"), references, false));
     EXPECT_TRUE(TiffReader::open(s().imageFilePath)->tags().heat.isEmpty()) << "rescanned files carry no tags";
 }
 
@@ -353,23 +334,15 @@ TEST_P(RescanTest, NothingScannedLeavesTheReportAlone)
     RescanChoices choices;
     ASSERT_TRUE(rescan.Load(choices));
     choices.pageSizeCode = QStringLiteral("A");
-    rescan.prepareScanner = [](ScannerSession& scanner) {
-        scanner.beforeSheet = [](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_IO_ERROR")); };
-    };
+    rescan.prepareScanner = readStatus("SANE_STATUS_IO_ERROR");
     EXPECT_FALSE(rescan.cmdScan_Click(choices));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(rescan.targetPath()));
-    EXPECT_EQ(size(), QStringLiteral(" "));
+    EXPECT_EQ(std::pair(prompter().textOf(QStringLiteral("Error")), size()), std::pair(texts::ImageFileNotCreated.arg(rescan.targetPath()), QStringLiteral(" ")));
 
-    prompter().clear();
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Cancel);
-    rescan.prepareScanner = [](ScannerSession& scanner) {
-        scanner.beforeSheet = [](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QStringLiteral("Default")); };
-    };
+    prompter().clear(), prompter().answer(Answer::Ok), prompter().answer(Answer::Cancel);
+    rescan.prepareScanner = readStatus("Default");
     EXPECT_FALSE(rescan.cmdScan_Click(choices));
-    EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page"), QStringLiteral("Error")}));
-    EXPECT_EQ(size(), QStringLiteral(" "));
-    EXPECT_EQ(FileBytes(s().imageFilePath), before);
+    EXPECT_EQ(std::tuple(prompter().titles(), size(), FileBytes(s().imageFilePath)),
+              std::tuple(QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("Scan Next Page"), QStringLiteral("Error")}, QStringLiteral(" "), before));
 }
 
 // A number without a row can't be rescanned.

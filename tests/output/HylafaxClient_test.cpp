@@ -32,12 +32,9 @@ std::optional<FaxJobInfo> Find(FaxEngine& engine, FaxState view, const QString& 
 {
     auto jobs = engine.listJobs(view);
     EXPECT_TRUE(jobs.ok()) << jobs.error().toStdString();
-    if (jobs) {
-        for (const auto& job : *jobs) {
-            if (job.id == id)
-                return job;
-        }
-    }
+    for (const auto& job : jobs ? *jobs : QList<FaxJobInfo>{})
+        if (job.id == id)
+            return job;
     return std::nullopt;
 }
 
@@ -48,16 +45,10 @@ protected:
     {
         chmod(QFile::encodeName(temp.path()).constData(), 0755);
         report = temp.filePath(u"report.tif"_s);
-        ASSERT_TRUE(WriteTiff(report, {TextPage(1700, 2200, 1, 200), TextPage(1700, 2200, 2, 200),
-                                       TextPage(1700, 2200, 3, 200)})
-                        .ok());
+        ASSERT_TRUE(WriteTiff(report, {TextPage(1700, 2200, 1, 200), TextPage(1700, 2200, 2, 200), TextPage(1700, 2200, 3, 200)}).ok());
         CoverFields fields;
-        fields.company = u"Buyer & Co"_s;
-        fields.to = u"Jo Buyer"_s;
-        fields.fax = u"5551234"_s;
-        fields.message = u"Certificates for PO 4471"_s;
-        fields.subject = u"Requested MTR's"_s;
-        fields.pages = 4;
+        fields.company = u"Buyer & Co"_s, fields.to = u"Jo Buyer"_s, fields.fax = u"5551234"_s;
+        fields.message = u"Certificates for PO 4471"_s, fields.subject = u"Requested MTR's"_s, fields.pages = 4;
         cover = temp.filePath(u"cover.tif"_s);
         ASSERT_TRUE(WriteTiff(cover, {RenderCoverPage(u"! FAX\n{to}\n{message}"_s, fields)}).ok());
         auto made = MakeJobFile(temp.path(), 15, coverTemplate(), fields, {report});
@@ -83,29 +74,18 @@ protected:
     FaxJob sampleJob() const
     {
         FaxJob job;
-        job.toName = u"Jo Buyer"_s;
-        job.toCompany = u"Buyer & Co"_s;
-        job.faxNumber = u"5551234"_s;
-        job.fromName = u"Pat Sender"_s;
-        job.fromCompany = u"Acme Steel"_s;
-        job.voiceNumber = u"555-1000"_s;
-        job.fromFaxNumber = u"555-1001"_s;
-        job.stationId = u"ACME STEEL"_s;
-        job.message = u"Certificates for \"PO 4471\"\nline two"_s;
-        job.retries = 3;
-        job.retryInterval = 300;
-        job.killMinutes = 120;
-        job.initString = u"AT&F"_s;
-        job.jobFile = jobFile;
-        job.documents = {cover, report};
+        job.toName = u"Jo Buyer"_s, job.toCompany = u"Buyer & Co"_s, job.faxNumber = u"5551234"_s;
+        job.fromName = u"Pat Sender"_s, job.fromCompany = u"Acme Steel"_s, job.voiceNumber = u"555-1000"_s, job.fromFaxNumber = u"555-1001"_s;
+        job.stationId = u"ACME STEEL"_s, job.message = u"Certificates for \"PO 4471\"\nline two"_s;
+        job.retries = 3, job.retryInterval = 300, job.killMinutes = 120, job.initString = u"AT&F"_s;
+        job.jobFile = jobFile, job.documents = {cover, report};
         return job;
     }
 
     HylafaxServer where() const
     {
         HylafaxServer server;
-        server.port = FaxTestServer::Get()->port();
-        server.timeoutMs = 10000;
+        server.port = FaxTestServer::Get()->port(), server.timeoutMs = 10000;
         return server;
     }
 };
@@ -114,11 +94,7 @@ protected:
 
 TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
 {
-    const struct {
-        QString dir;
-        int value;
-        QString name;
-    } rows[] = {
+    const struct { QString dir; int value; QString name; } rows[] = {
         {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s},
         {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
         {u"C:\\Temp\\"_s, 310042, u"C:\\Temp\\FX310042.FMF"_s},
@@ -131,23 +107,16 @@ TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
     auto first = FreeJobFileName(dir.path(), 15);
     ASSERT_TRUE(first.ok());
     EXPECT_EQ(QFileInfo(*first).fileName(), u"FX150000.FMF"_s);
-    QFile(*first).open(QIODevice::WriteOnly);
+    WriteFile(*first, {});
     EXPECT_EQ(QFileInfo(*FreeJobFileName(dir.path(), 15)).fileName(), u"FX150001.FMF"_s);
 }
 
 TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
 {
     CoverFields fields;
-    fields.to = u"Jo {fax}"_s;
-    fields.fax = u"555"_s;
-    fields.fromCompany = u"Acme"_s;
-    fields.from = u"Pat"_s;
-    fields.pages = 4;
-    fields.date = QDate(2024, 3, 15);
-    const struct {
-        QString text;
-        QString filled;
-    } rows[] = {
+    fields.to = u"Jo {fax}"_s, fields.fax = u"555"_s, fields.fromCompany = u"Acme"_s, fields.from = u"Pat"_s;
+    fields.pages = 4, fields.date = QDate(2024, 3, 15);
+    const struct { QString text; QString filled; } rows[] = {
         {u"{to} / {fax}"_s, u"Jo {fax} / 555"_s},  // a value is never read as a placeholder
         {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s},
         {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s},
@@ -164,14 +133,12 @@ TEST_F(FaxFiles, JobFileHoldsTheCoverAndEveryPageCopiedAsStored)
     ASSERT_EQ(joined->pageCount(), 4);
     auto coverPage = joined->readPage(0);
     ASSERT_TRUE(coverPage.ok());
-    EXPECT_EQ(coverPage->size(), QSize(1700, 2200));
-    EXPECT_EQ(coverPage->format(), QImage::Format_Mono);
-    EXPECT_NE(*coverPage, NewMonoPage(1700, 2200)) << "the cover page is blank";
+    // A cover page that is not blank.
+    EXPECT_EQ(std::tuple(coverPage->size(), coverPage->format(), *coverPage != NewMonoPage(1700, 2200)), std::tuple(QSize(1700, 2200), QImage::Format_Mono, true));
     auto source = TiffReader::open(report);
     for (int page = 0; page < 3; ++page)
         EXPECT_EQ(*joined->readPage(page + 1), *source->readPage(page)) << page;
-    EXPECT_EQ(QFileInfo(jobFile).fileName(), u"FX150000.FMF"_s);
-    EXPECT_FALSE(ReadCoverTemplate(temp.filePath(u"missing.cpe"_s)).ok());
+    EXPECT_EQ(std::pair(QFileInfo(jobFile).fileName(), ReadCoverTemplate(temp.filePath(u"missing.cpe"_s)).ok()), std::pair(u"FX150000.FMF"_s, false));
 }
 
 TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
@@ -182,51 +149,40 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
 
     auto pending = Find(engine, FaxState::Pending, *id);
     ASSERT_TRUE(pending);
-    EXPECT_EQ(pending->number, u"5551234"_s);
-    EXPECT_EQ(pending->toCompany, u"Buyer & Co"_s);
-    EXPECT_EQ(pending->toName, u"Jo Buyer"_s);
-    EXPECT_EQ(pending->fromName, u"Pat Sender"_s);
-    EXPECT_EQ(pending->pages, 4);
-    EXPECT_EQ(pending->tag, jobFile);
-    EXPECT_EQ(pending->maxTries, 3);
+    EXPECT_EQ(std::tuple(pending->number, pending->toCompany, pending->toName, pending->fromName, pending->pages, pending->tag, pending->maxTries),
+              std::tuple(u"5551234"_s, u"Buyer & Co"_s, u"Jo Buyer"_s, u"Pat Sender"_s, 4, jobFile, 3));
 
     // What the server holds: the number and both documents, cover first.
     const QString queued = FaxTestServer::Get()->queueFile(u"sendq"_s, *id);
     EXPECT_TRUE(queued.contains(u"\nnumber:5551234\n"_s)) << queued.toStdString();
     QStringList documents;
-    for (const auto& line : queued.split(u'\n')) {
+    for (const auto& line : queued.split(u'\n'))
         if (line.startsWith(u"tiff:"_s))
             documents << line.section(u':', 3);
-    }
     ASSERT_EQ(documents.size(), 2) << queued.toStdString();
     // The kill time, two hours from now.
     const qint64 killTime = queued.section(u"\nkilltime:"_s, 1).section(u'\n', 0, 0).toLongLong();
     EXPECT_NEAR(double(killTime - QDateTime::currentSecsSinceEpoch()), 120 * 60, 120) << queued.toStdString();
-    EXPECT_EQ(FileBytes(FaxTestServer::Get()->spool() + u'/' + documents[0]), FileBytes(cover));
-    EXPECT_EQ(FileBytes(FaxTestServer::Get()->spool() + u'/' + documents[1]), FileBytes(report));
+    const QString spool = FaxTestServer::Get()->spool() + u'/';
+    EXPECT_EQ(std::pair(FileBytes(spool + documents[0]), FileBytes(spool + documents[1])), std::pair(FileBytes(cover), FileBytes(report)));
 
     auto details = engine.job(*id);
     ASSERT_TRUE(details.ok()) << details.error().toStdString();
-    EXPECT_EQ(details->subject, u"Requested MTR's"_s);
-    EXPECT_EQ(details->message, u"Certificates for \"PO 4471\" line two"_s);
-    EXPECT_EQ(details->fromCompany, u"Acme Steel"_s);
-    EXPECT_EQ(details->documents.size(), 2);
+    EXPECT_EQ(std::tuple(details->subject, details->message, details->fromCompany, details->documents.size()),
+              std::tuple(u"Requested MTR's"_s, u"Certificates for \"PO 4471\" line two"_s, u"Acme Steel"_s, qsizetype(2)));
 
     FaxJobChange change;
-    change.faxNumber = u"5559876"_s;
-    change.retries = 5;
+    change.faxNumber = u"5559876"_s, change.retries = 5;
     ASSERT_TRUE(engine.alter(*id, change).ok());
     auto altered = Find(engine, FaxState::Pending, *id);
     ASSERT_TRUE(altered);
-    EXPECT_EQ(altered->number, u"5559876"_s);
-    EXPECT_EQ(altered->maxTries, 5);
+    EXPECT_EQ(std::pair(altered->number, altered->maxTries), std::pair(u"5559876"_s, 5));
 
     ASSERT_TRUE(engine.kill(*id).ok());
     EXPECT_FALSE(Find(engine, FaxState::Pending, *id));
     auto failed = Find(engine, FaxState::Failed, *id);
     ASSERT_TRUE(failed);
-    EXPECT_EQ(failed->status, u"Job aborted by request"_s);
-    EXPECT_EQ(failed->tag, jobFile);
+    EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Job aborted by request"_s, jobFile));
 
     ASSERT_TRUE(engine.remove(*id).ok());
     EXPECT_FALSE(Find(engine, FaxState::Failed, *id));
@@ -237,22 +193,14 @@ TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
 {
     // A modem as hfaxd sees one: its configuration, status file and FIFO.
     const QString spool = FaxTestServer::Get()->spool();
-    QFile config(spool + u"/etc/config.ttyS9"_s);
-    ASSERT_TRUE(config.open(QIODevice::WriteOnly));
-    config.write("FAXNumber: +1.555.0100\n");
-    config.close();
-    QFile status(spool + u"/status/ttyS9"_s);
-    ASSERT_TRUE(status.open(QIODevice::WriteOnly));
-    status.write("Running and idle\n");
-    status.close();
+    ASSERT_TRUE(WriteFile(spool + u"/etc/config.ttyS9"_s, "FAXNumber: +1.555.0100\n"));
+    ASSERT_TRUE(WriteFile(spool + u"/status/ttyS9"_s, "Running and idle\n"));
     mkfifo(QFile::encodeName(spool + u"/FIFO.ttyS9"_s).constData(), 0600);
     HylafaxClient engine(where());
     auto modems = engine.devices();
     ASSERT_TRUE(modems.ok()) << modems.error().toStdString();
     ASSERT_EQ(modems->size(), 1);
-    EXPECT_EQ(modems->at(0).name, u"ttyS9"_s);
-    EXPECT_EQ(modems->at(0).number, u"+1.555.0100"_s);
-    EXPECT_EQ(modems->at(0).status, u"Running and idle"_s);
+    EXPECT_EQ(std::tuple(modems->at(0).name, modems->at(0).number, modems->at(0).status), std::tuple(u"ttyS9"_s, u"+1.555.0100"_s, u"Running and idle"_s));
 
     FaxJob noNumber = sampleJob();
     noNumber.faxNumber = u" "_s;
@@ -260,16 +208,14 @@ TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
     missingFile.documents = {temp.filePath(u"gone.tif"_s)};
     for (const auto& job : {noNumber, missingFile}) {
         auto refused = engine.submit(job);
-        EXPECT_FALSE(refused.ok());
-        EXPECT_FALSE(refused.error().isEmpty());
+        EXPECT_TRUE(!refused.ok() && !refused.error().isEmpty());
     }
     EXPECT_FALSE(engine.alter(u"99999"_s, FaxJobChange{}).ok());
 
     HylafaxServer closed = where();
     closed.port = ClosedPort();
     auto none = HylafaxClient(closed).listJobs(FaxState::Pending);
-    EXPECT_FALSE(none.ok());
-    EXPECT_TRUE(none.error().contains(u"can't connect"_s)) << none.error().toStdString();
+    EXPECT_TRUE(!none.ok() && none.error().contains(u"can't connect"_s)) << none.error().toStdString();
 }
 
 // Waits for the server's kill time (whole minutes, so about one): leave out
@@ -292,8 +238,7 @@ TEST_F(HylafaxKillTime, UnsentJobFailsAtItsKillTime)
         failed = Find(engine, FaxState::Failed, *id);
     }
     ASSERT_TRUE(failed) << "not failed after " << clock.elapsed() << " ms";
-    EXPECT_EQ(failed->status, u"Kill time expired"_s);
-    EXPECT_EQ(failed->tag, jobFile);
+    EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Kill time expired"_s, jobFile));
 }
 
 TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
@@ -302,9 +247,7 @@ TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
     ASSERT_EQ(defaults.size(), FaxColumnCount);
 
     QList<FaxColumn> dragged = defaults;
-    dragged[0].width = 31;
-    dragged[10].width = 9;  // Speed shown
-    dragged[1].width = 0;   // Phone hidden
+    dragged[0].width = 31, dragged[10].width = 9, dragged[1].width = 0;  // Speed shown, Phone hidden
     EXPECT_EQ(ReadControlColumns(WriteControlColumns(dragged))[0].width, 31);
     EXPECT_EQ(WriteControlColumns(ReadControlColumns(WriteControlColumns(dragged))), WriteControlColumns(dragged));
 
@@ -338,11 +281,7 @@ TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
             EXPECT_TRUE(server.error().contains(row.server)) << server.error().toStdString();
             continue;
         }
-        EXPECT_EQ(server->host, row.host);
-        EXPECT_EQ(server->port, row.port);
-        if (!row.login.isEmpty()) {
-            EXPECT_EQ(server->user, row.login);
-        }
+        EXPECT_EQ(std::tuple(server->host, server->port, row.login.isEmpty() ? QString() : server->user), std::tuple(row.host, row.port, row.login));
     }
     const auto sender = fax::SenderSettings([](const QString& key) { return key == fax::Retries ? u"x"_s : QString(); }, u"/opt/tarlox/"_s);
     // No page of the program directory's own: the one that ships with the program.
@@ -355,28 +294,20 @@ TEST(FaxControl, LogPrintsFortySixJobsAPage)
     QTemporaryDir dir;
     for (const auto& [jobs, pages] : {std::pair{0, 1}, {46, 1}, {47, 2}, {93, 3}}) {
         QList<FaxJobInfo> rows(jobs);
-        for (int i = 0; i < jobs; ++i) {
-            rows[i].id = QString::number(i + 1);
-            rows[i].toCompany = u"A company with a name of more than twenty-seven characters"_s;
-        }
+        for (int i = 0; i < jobs; ++i)
+            rows[i].id = QString::number(i + 1), rows[i].toCompany = u"A company with a name of more than twenty-seven characters"_s;
         const QString file = dir.filePath(QStringLiteral("log%1.pdf").arg(jobs));
         {
             QPdfWriter pdf(file);
             pdf.setPageOrientation(QPageLayout::Landscape);
             EXPECT_EQ(PrintFaxLog(pdf, rows), pages) << jobs;
         }
-        QFile written(file);
-        ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-        EXPECT_EQ(written.readAll().count("/Type /Page\n"), pages) << jobs;
+        EXPECT_EQ(FileBytes(file).count("/Type /Page\n"), pages) << jobs;
     }
     FaxJobInfo job;
-    job.toCompany = u"A company with a name of more than twenty-seven characters"_s;
-    job.toName = u"Somebody with a long name"_s;
+    job.toCompany = u"A company with a name of more than twenty-seven characters"_s, job.toName = u"Somebody with a long name"_s;
     job.fromName = u"Pat Sender-Smith"_s;
     const auto line = FaxLogLine(&job);
-    const auto head = FaxLogLine(nullptr);
-    ASSERT_EQ(line.size(), head.size());
-    EXPECT_EQ(line[0].second.size(), 27);
-    EXPECT_EQ(line[1].second, u"Somebody with a lo"_s);
-    EXPECT_EQ(line[4].second, u"Pat Sender"_s);
+    ASSERT_EQ(line.size(), FaxLogLine(nullptr).size());
+    EXPECT_EQ(std::tuple(line[0].second.size(), line[1].second, line[4].second), std::tuple(qsizetype(27), u"Somebody with a lo"_s, u"Pat Sender"_s));
 }

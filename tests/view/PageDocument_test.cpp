@@ -2,8 +2,8 @@
 
 #include "base/ErrorReport.h"
 #include "data/Settings.h"
-#include "view/PagePreview.h"
 #include "store/PageSource.h"
+#include "view/PagePreview.h"
 #include "view/PrintLayout.h"
 #include "view/ViewerScan.h"
 #include "view/ViewerTestSupport.h"
@@ -27,11 +27,7 @@ namespace {
 class Host : public ViewerHost {
 public:
     explicit Host(Session& s) : s(s) {}
-    void showLineProperties() override
-    {
-        ++lineForms;
-        s.draw.lineWidth = lineWidthTyped;
-    }
+    void showLineProperties() override { ++lineForms, s.draw.lineWidth = lineWidthTyped; }
     void showStampProperties() override { ++stampForms; }
 
     Session& s;
@@ -42,17 +38,11 @@ public:
 
 class Scanner : public PageSource {
 public:
-    bool confirm(RescanRequest& request) override
-    {
-        seen = request;
-        return confirmed;
-    }
+    bool confirm(RescanRequest& request) override { return seen = request, confirmed; }
     IoResult<QImage> acquire(const RescanRequest&) override
     {
         ++acquired;
-        if (next)
-            return *next;
-        return Failure(error);
+        return next ? IoResult<QImage>(*next) : IoResult<QImage>(Failure(error));
     }
     bool confirmed = true;
     std::optional<QImage> next;
@@ -63,23 +53,9 @@ public:
 
 class Recorder : public PageSink {
 public:
-    bool beginJob() override
-    {
-        ++jobs;
-        open = true;
-        return true;
-    }
-    bool printPage(const QImage& page, const QRectF& frame) override
-    {
-        pages.append(page);
-        frames.append(frame);
-        return open;
-    }
-    bool endJob() override
-    {
-        open = false;
-        return true;
-    }
+    bool beginJob() override { return ++jobs, open = true; }
+    bool printPage(const QImage& page, const QRectF& frame) override { return pages.append(page), frames.append(frame), open; }
+    bool endJob() override { return !(open = false); }
     int jobs = 0;
     bool open = false;
     QList<QImage> pages;
@@ -110,6 +86,10 @@ protected:
     int shown() const { return PageNumberOf(doc.page()); }
     QString original() const { return OriginalPathOf(path); }
     bool reportShown() { return prompter().wasAsked(ProgramTitle()); }
+    // The pages in the file, the page in hand and the page on the screen.
+    std::tuple<QList<int>, int, int> state() { return {PageNumbersOf(path), doc.currentPage(), shown()}; }
+    QString caption(const QString& file, const char* suffix = "") { return QStringLiteral("Image: ") + file + QLatin1String(suffix); }
+    void set(const char* key, const char* value) { PutLocal(s(), QStringLiteral("Info"), QLatin1String(key), QLatin1String(value)); }
 
     void drawLine(double y = 500)
     {
@@ -130,33 +110,26 @@ protected:
 
 TEST_F(Viewer, PageMenuFollowsThePageCount)
 {
+    const auto menus = [&] { return std::tuple(doc.pageCount(), doc.menus().mnuPage.enabled, doc.menus().mnuDelete.enabled, doc.menus().mnuPrint.enabled); };
     open(1);
-    EXPECT_EQ(doc.pageCount(), 1);
-    EXPECT_FALSE(doc.menus().mnuPage.enabled);
-    EXPECT_FALSE(doc.menus().mnuDelete.enabled);
-    EXPECT_TRUE(doc.menus().mnuPrint.enabled);
+    EXPECT_EQ(menus(), std::tuple(1, false, false, true));
     EXPECT_FALSE(doc.goToPage(2));
     open(2);
-    EXPECT_TRUE(doc.menus().mnuPage.enabled);
-    EXPECT_TRUE(doc.menus().mnuDelete.enabled);
+    EXPECT_EQ(menus(), std::tuple(2, true, true, true));
 
     // Twenty-one pages: all reachable though the menu lists twenty.
     open(21);
     EXPECT_EQ(doc.pageCount(), 21);
-    for (int i = 1; i <= 20; ++i)
-        EXPECT_TRUE(doc.menus().mnuPageNum[size_t(i - 1)].visible) << i;
-    EXPECT_EQ(doc.menus().mnuPageNum[19].caption, QStringLiteral("2&0"));
-    EXPECT_EQ(doc.menus().mnuPageNum[0].caption, QStringLiteral("&1"));
+    const auto& items = doc.menus().mnuPageNum;
+    EXPECT_TRUE(std::all_of(items.begin(), items.begin() + 20, [](const auto& item) { return item.visible; }));
+    EXPECT_EQ(std::pair(items[0].caption, items[19].caption), std::pair(QStringLiteral("&1"), QStringLiteral("2&0")));
     doc.mnuPageNum_Click(21);  // no such menu item
     EXPECT_EQ(doc.currentPage(), 1);
     doc.mnuPageNum_Click(20);
-    EXPECT_EQ(shown(), 20);
-    EXPECT_TRUE(doc.menus().mnuPageNum[19].checked);
-    EXPECT_FALSE(doc.menus().mnuPageNum[0].checked);
+    EXPECT_EQ(std::tuple(shown(), items[19].checked, items[0].checked), std::tuple(20, true, false));
     EXPECT_TRUE(doc.goToPage(21));  // Page Down or the page box
-    EXPECT_EQ(shown(), 21);
     EXPECT_FALSE(doc.goToPage(22));
-    EXPECT_EQ(doc.currentPage(), 21);
+    EXPECT_EQ(shown(), 21);
 }
 
 TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
@@ -166,111 +139,86 @@ TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
     EXPECT_FALSE(doc.zoomed());
     doc.select(100, 100, 111, 103);  // wide and low: still a square
     ASSERT_TRUE(doc.zoomed());
-    EXPECT_EQ(doc.zoomSize(), 11);
-    EXPECT_EQ(doc.zoomLeft(), 100);
-    EXPECT_EQ(doc.zoomTop(), 100);
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Right click to return to full screen."));
-    const ViewGeometry g = doc.geometry(QSize(440, 440));
-    EXPECT_DOUBLE_EQ(g.scale(), 40);
+    EXPECT_EQ(std::tuple(doc.zoomSize(), doc.zoomLeft(), doc.zoomTop(), doc.toolTip(), doc.geometry(QSize(440, 440)).scale()),
+              std::tuple(11, 100, 100, QStringLiteral("Right click to return to full screen."), 40.0));
     doc.mouseDown(2, QPointF(5, 5));
-    EXPECT_FALSE(doc.zoomed());
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag around the area you want enlarged."));
+    EXPECT_EQ(std::pair(doc.zoomed(), doc.toolTip()), std::pair(false, QStringLiteral("Click and drag around the area you want enlarged.")));
 
     // A narrow drag in rectangle mode magnifies instead of drawing.
     open(1);
-    s().draw.rectangleWidth = 3;
-    s().draw.rectangleBlack = true;
+    s().draw.rectangleWidth = 3, s().draw.rectangleBlack = true;
     doc.RectangleCommand();
     EXPECT_EQ(doc.drawMode(), QStringLiteral("Rect"));
     doc.select(200, 100, 201, 400);
-    EXPECT_TRUE(doc.zoomed());
-    EXPECT_FALSE(doc.dirty());
+    EXPECT_EQ(std::pair(doc.zoomed(), doc.dirty()), std::pair(true, false));
     doc.select(200, 300, 400, 400);
-    EXPECT_TRUE(doc.dirty());
-    EXPECT_TRUE(IsBlackAt(doc.page(), 300, 300));
+    EXPECT_EQ(std::pair(doc.dirty(), IsBlackAt(doc.page(), 300, 300)), std::pair(true, true));
 }
 
 TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
 {
     // A turn from the settings is used, but a turn on the screen never written back.
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation"), QStringLiteral("90"));
+    const auto turned = [&] { return std::pair(doc.viewRotation(), doc.page().size()); };
+    set("ViewRotation", "90");
     open(1);
-    EXPECT_EQ(doc.viewRotation(), 90);
-    EXPECT_EQ(doc.page().size(), QSize(1100, 850));
+    EXPECT_EQ(turned(), std::pair(90, QSize(1100, 850)));
     doc.mnuRotate_Click(2);
     EXPECT_EQ(GetLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation")), QStringLiteral("90"));
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("ViewRotation"), QStringLiteral("0"));
-    open({NumberedPage(1), NumberedPage(2)});
+    set("ViewRotation", "0");
+    open(2);
     const QImage upright = doc.page();
     doc.mnuRotate_Click(1);
-    EXPECT_EQ(doc.viewRotation(), 270);
-    EXPECT_EQ(doc.page().size(), QSize(1100, 850));
+    EXPECT_EQ(turned(), std::pair(270, QSize(1100, 850)));
     doc.mnuRotate_Click(1);
-    EXPECT_EQ(doc.viewRotation(), 180);
-    EXPECT_TRUE(SamePixels(doc.page(), TurnPage(TurnPage(upright, 1), 1)));
-    EXPECT_FALSE(doc.dirty());  // turning marks nothing changed
+    // Turning marks nothing changed.
+    EXPECT_EQ(std::tuple(doc.viewRotation(), SamePixels(doc.page(), TurnPage(TurnPage(upright, 1), 1)), doc.dirty()), std::tuple(180, true, false));
     doc.goToPage(2);
     EXPECT_TRUE(IsBlackAt(doc.page(), 849 - 15, 1099 - 15));  // page 2 arrives turned too
-    doc.mnuRotate_Click(1);
-    doc.mnuRotate_Click(1);
-    EXPECT_EQ(doc.viewRotation(), 0);
-    doc.mnuRotate_Click(3);
-    EXPECT_EQ(doc.viewRotation(), 180);
-    doc.mnuRotate_Click(2);
-    EXPECT_EQ(doc.viewRotation(), 270);
+    QList<int> rotations;
+    for (const int turn : {1, 1, 3, 2})
+        doc.mnuRotate_Click(turn), rotations << doc.viewRotation();
+    EXPECT_EQ(rotations, (QList<int>{90, 0, 180, 270}));
 }
 
 // Abort drops the changes in memory; a save makes the Original and the caption says which is shown.
 TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
 {
     open(2);
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
-    EXPECT_FALSE(doc.menus().mnuViewOrig.visible);
+    EXPECT_EQ(std::pair(doc.caption(), doc.menus().mnuViewOrig.visible), std::pair(caption(path), false));
     drawLine();
     doc.mnuAbort_Click();
-    EXPECT_FALSE(doc.dirty());
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
-    EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_EQ(std::tuple(doc.dirty(), IsBlackAt(doc.page(), 400, 500), QFileInfo::exists(original())), std::tuple(false, false, false));
     drawLine();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
+    EXPECT_EQ(doc.caption(), caption(path, " - Drawing Mode"));
     ASSERT_TRUE(doc.mnuSave_Click());
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
-    EXPECT_TRUE(doc.menus().mnuViewOrig.visible);
-    EXPECT_TRUE(doc.menus().mnuRestOrig.enabled);
+    EXPECT_EQ(doc.caption(), caption(path, " (Copy)"));
+    EXPECT_EQ(std::pair(doc.menus().mnuViewOrig.visible, doc.menus().mnuRestOrig.enabled), std::pair(true, true));
     doc.mnuViewOrig_Click();
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + original() + QStringLiteral(" (Original)"));
+    EXPECT_EQ(doc.caption(), caption(original(), " (Original)"));
     EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));
-    EXPECT_FALSE(doc.menus().mnuScanOpt.enabled);  // the Original is never edited
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    // The Original is never edited.
+    EXPECT_EQ(std::pair(doc.menus().mnuScanOpt.enabled, IsBlackAt(doc.page(), 400, 500)), std::pair(false, false));
     doc.mnuViewOrig_Click();
-    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
-    EXPECT_TRUE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_EQ(std::pair(doc.menus().mnuScanOpt.enabled, IsBlackAt(doc.page(), 400, 500)), std::pair(true, true));
 }
 
 TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
 {
-    QImage black = NewMonoPage(850, 1100);
-    FillBlack(black, 0, 0, 850, 1100);
-    SetDpi(black, Dpi{100, 100});
+    QImage black = NumberedPage(1);
+    black.fill(1);
     open({black});
-    s().draw.rectangleWidth = 1;
-    s().draw.rectangleFill = true;
-    s().draw.rectangleBlack = false;
+    s().draw.rectangleWidth = 1, s().draw.rectangleFill = true, s().draw.rectangleBlack = false;
     doc.RectangleCommand();
     doc.select(100, 100, 300, 300);
     ASSERT_TRUE(doc.mnuSave_Click());
-    EXPECT_FALSE(IsBlackAt(doc.page(), 200, 200));
-    auto reader = TiffReader::open(path);
-    EXPECT_FALSE(IsBlackAt(*reader->readPage(0), 200, 200));
-    EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 400));
+    const QImage saved = *TiffReader::open(path)->readPage(0);
+    EXPECT_EQ(std::tuple(IsBlackAt(doc.page(), 200, 200), IsBlackAt(saved, 200, 200), IsBlackAt(saved, 400, 400)), std::tuple(false, false, true));
 
     prompter().answer(Answer::Ok);
     doc.mnuRestOrig_Click();
     EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
-    EXPECT_TRUE(IsBlackAt(doc.page(), 200, 200));
-    EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_FALSE(doc.menus().mnuRestOrig.visible);
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path);
+    EXPECT_EQ(std::tuple(IsBlackAt(doc.page(), 200, 200), QFileInfo::exists(original()), doc.menus().mnuRestOrig.visible, doc.caption()),
+              std::tuple(true, false, false, caption(path)));
 }
 
 TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
@@ -285,11 +233,9 @@ TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
     EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
     prompter().answer(Answer::Ok);
     doc.mnuRestOrig_Click();
-    EXPECT_EQ(doc.viewFile(), path);
-    EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_FALSE(IsBlackAt(doc.page(), 400, 500));
+    EXPECT_EQ(std::tuple(doc.viewFile(), QFileInfo::exists(original()), IsBlackAt(doc.page(), 400, 500), doc.menus().mnuScanOpt.enabled),
+              std::tuple(path, false, false, true));
     EXPECT_EQ(doc.menus().mnuViewOrig.caption, QStringLiteral("View C&opy"));  // stays as it was
-    EXPECT_TRUE(doc.menus().mnuScanOpt.enabled);
 }
 
 TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
@@ -297,23 +243,17 @@ TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
     open(3);
     prompter().answer(Answer::Cancel);
     doc.mnuDelete_Click();
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Delete a Page")), texts::DeletePage);
+    EXPECT_EQ(std::pair(PageNumbersOf(path), prompter().textOf(QStringLiteral("Delete a Page"))), std::pair(QList<int>{1, 2, 3}, texts::DeletePage));
 
     prompter().answer(Answer::Ok);
     doc.mnuDelete_Click();
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{2, 3}));
-    EXPECT_EQ(doc.currentPage(), 1);
-    EXPECT_EQ(shown(), 2);
-    EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_EQ(std::pair(state(), QFileInfo::exists(original())), std::pair(std::tuple(QList<int>{2, 3}, 1, 2), false));
 
     open(3);
     doc.goToPage(3);
     prompter().answer(Answer::Ok);
     doc.mnuDelete_Click();
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
-    EXPECT_EQ(doc.currentPage(), 2);
-    EXPECT_EQ(shown(), 2);
+    EXPECT_EQ(state(), std::tuple(QList<int>{1, 2}, 2, 2));
 }
 
 TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
@@ -323,36 +263,23 @@ TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
     scanner.next = NumberedPage(9);
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(2, &scanner);
-    EXPECT_EQ(scanner.seen.title, QStringLiteral("Insert Page"));
-    EXPECT_EQ(scanner.seen.mode, QLatin1Char('I'));
-    EXPECT_EQ(scanner.seen.dpi, 200);
-    EXPECT_DOUBLE_EQ(scanner.seen.pageLength, 11);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Prepare to Scan")), texts::PrepareToScan);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{9, 1, 2}));
-    EXPECT_EQ(doc.currentPage(), 1);
-    EXPECT_EQ(shown(), 9);
-    EXPECT_FALSE(QFileInfo::exists(original()));
+    EXPECT_EQ(std::tuple(scanner.seen.title, scanner.seen.mode, scanner.seen.dpi, scanner.seen.pageLength),
+              std::tuple(QStringLiteral("Insert Page"), QLatin1Char('I'), 200, 11.0));
+    EXPECT_EQ(std::tuple(prompter().textOf(QStringLiteral("Prepare to Scan")), state(), QFileInfo::exists(original())),
+              std::tuple(texts::PrepareToScan, std::tuple(QList<int>{9, 1, 2}, 1, 9), false));
 
-    // Rescan and append, and their cancels.
+    // Rescan and append, and a cancel at the prompt in append mode: the
+    // file stays, the view moves to the last page.
     open(3);
-    doc.goToPage(2);
     scanner.next = NumberedPage(7);
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(1, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3}));
-    EXPECT_EQ(doc.currentPage(), 2);
-
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
-    EXPECT_EQ(doc.currentPage(), 4);
-
-    // Cancel at the prompt in append mode: the file stays, the view moves to the last page.
-    doc.goToPage(1);
-    prompter().answer(Answer::Cancel);
-    doc.mnuScan_Click(3, &scanner);
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 7, 3, 7}));
-    EXPECT_EQ(doc.currentPage(), 4);
+    struct Step { int from, mode; Answer answer; QList<int> pages; int page; };
+    for (const Step& step : {Step{2, 1, Answer::Ok, {1, 7, 3}, 2}, Step{2, 3, Answer::Ok, {1, 7, 3, 7}, 4},
+                             Step{1, 3, Answer::Cancel, {1, 7, 3, 7}, 4}}) {
+        doc.goToPage(step.from);
+        prompter().answer(step.answer);
+        doc.mnuScan_Click(step.mode, &scanner);
+        EXPECT_EQ(std::pair(PageNumbersOf(path), doc.currentPage()), std::pair(step.pages, step.page)) << step.mode;
+    }
 
     // The operator cancels the confirmation screen: no prompt, nothing scanned.
     scanner.confirmed = false;
@@ -368,10 +295,8 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     scanner.error = QStringLiteral("Document feeder empty");
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(1, &scanner);
-    EXPECT_EQ(prompter().textOf(QStringLiteral("Scanner Error")), QStringLiteral("Document feeder empty"));
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));
-    EXPECT_EQ(doc.scanMode(), ScanMode::None);
-    EXPECT_EQ(shown(), 1);
+    EXPECT_EQ(std::tuple(prompter().textOf(QStringLiteral("Scanner Error")), state(), doc.scanMode()),
+              std::tuple(QStringLiteral("Document feeder empty"), std::tuple(QList<int>{1, 2}, 1, 1), ScanMode::None));
 
     prompter().clear();
     doc.mnuScan_Click(1, nullptr);
@@ -383,12 +308,12 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(3, &scanner);
     const QString text = prompter().textOf(QStringLiteral("Scanner Error"));
-    EXPECT_TRUE(text.startsWith(QStringLiteral("The image returned from the scanner was too small!")));
-    EXPECT_TRUE(text.contains(QStringLiteral("It should have been 11 inches but instead was 6 inches.")));
+    EXPECT_TRUE(text.startsWith(QStringLiteral("The image returned from the scanner was too small!"))
+                && text.contains(QStringLiteral("It should have been 11 inches but instead was 6 inches.")))
+        << text.toStdString();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1}));
 
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Yes);
+    prompter().answer(Answer::Ok), prompter().answer(Answer::Yes);
     doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 5}));
 
@@ -396,21 +321,16 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     scanner.next = NumberedPage(6, 850, 1500);
     prompter().answer(Answer::Ok);
     doc.mnuScan_Click(3, &scanner);
-    auto reader = TiffReader::open(path);
-    EXPECT_EQ(reader->pageInfo(2)->height, 1100);
+    EXPECT_EQ(TiffReader::open(path)->pageInfo(2)->height, 1100);
 }
 
 TEST_F(Viewer, RescanResolutionFollowsTheDocument)
 {
-    EXPECT_EQ(RescanDpi(s(), 200), 200);
-    EXPECT_EQ(RescanDpi(s(), 300), 300);
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("LowDPI"), QStringLiteral("150"));
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
-    EXPECT_EQ(RescanDpi(s(), 300), 150);
-    EXPECT_EQ(RescanDpi(s(), 400), 400);
-    EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("G")), 14);
-    EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral("A")), 11.7);
-    EXPECT_DOUBLE_EQ(PageLengthOf(QStringLiteral(" ")), 11);
+    EXPECT_EQ(std::pair(RescanDpi(s(), 200), RescanDpi(s(), 300)), std::pair(200, 300));
+    set("LowDPI", "150"), set("HighDPI", "400");
+    EXPECT_EQ(std::pair(RescanDpi(s(), 300), RescanDpi(s(), 400)), std::pair(150, 400));
+    EXPECT_EQ(std::tuple(PageLengthOf(QStringLiteral("G")), PageLengthOf(QStringLiteral("A")), PageLengthOf(QStringLiteral(" "))),
+              std::tuple(14.0, 11.7, 11.0));
 }
 
 TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
@@ -421,17 +341,14 @@ TEST_F(Viewer, AnotherUsersSaveIsKeptUnlessTheOperatorOverwrites)
     ASSERT_TRUE(WriteTiff(path, NumberedPages(4)));
     ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_TRUE(prompter().wasAsked(QStringLiteral("Changed by Another User")));
-    EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3, 4}));
-    EXPECT_FALSE(QFileInfo::exists(original()));
-    EXPECT_EQ(doc.pageCount(), 4);
+    EXPECT_EQ(std::tuple(PageNumbersOf(path), QFileInfo::exists(original()), doc.pageCount()), std::tuple(QList<int>{1, 2, 3, 4}, false, 4));
 
     drawLine();
     ASSERT_TRUE(WriteTiff(path, NumberedPages(3)));
     prompter().answer(Answer::Yes);
     ASSERT_TRUE(doc.mnuSave_Click());
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
-    auto reader = TiffReader::open(path);
-    EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 500));
+    EXPECT_TRUE(IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 500));
 }
 
 TEST_F(Viewer, MissingFileIsReportedAndLeavesAnEmptyViewer)
@@ -440,10 +357,7 @@ TEST_F(Viewer, MissingFileIsReportedAndLeavesAnEmptyViewer)
     QFile::remove(path);
     doc.load();
     doc.FirstImage();
-    EXPECT_TRUE(reportShown());
-    EXPECT_EQ(doc.pageCount(), 0);
-    EXPECT_FALSE(doc.menus().mnuPrint.enabled);
-    EXPECT_TRUE(doc.page().isNull());
+    EXPECT_EQ(std::tuple(reportShown(), doc.pageCount(), doc.menus().mnuPrint.enabled, doc.page().isNull()), std::tuple(true, 0, false, true));
     drawLine();  // nothing to draw on
     EXPECT_FALSE(doc.dirty());
     doc.select(0, 0, 100, 100);
@@ -482,9 +396,7 @@ TEST_F(Viewer, PageNumberPastTheEndShowsTheLastPage)
     doc.goToPage(3);
     ASSERT_TRUE(WriteTiff(path, NumberedPages(2)));  // removed elsewhere
     doc.FirstImage();
-    EXPECT_EQ(doc.currentPage(), 2);
-    EXPECT_EQ(shown(), 2);
-    EXPECT_FALSE(reportShown());
+    EXPECT_EQ(std::tuple(doc.currentPage(), shown(), reportShown()), std::tuple(2, 2, false));
 }
 
 TEST_F(Viewer, UnreadableStampIsReportedTextStampDrawn)
@@ -493,12 +405,10 @@ TEST_F(Viewer, UnreadableStampIsReportedTextStampDrawn)
     s().draw.stampType = QStringLiteral("Image");
     s().draw.stampImage = site.path(QStringLiteral("nothing.tif"));
     doc.StampCommand();
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Stamp"));
-    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Stamp"));
+    const auto tool = [&] { return std::pair(doc.drawMode(), doc.cursorKey()); };
+    EXPECT_EQ(tool(), std::pair(QStringLiteral("Stamp"), QStringLiteral("Stamp")));
     doc.select(100, 100, 300, 200);
-    EXPECT_TRUE(reportShown());
-    EXPECT_FALSE(doc.dirty());
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Stamp"));
+    EXPECT_EQ(std::tuple(reportShown(), doc.dirty(), doc.drawMode()), std::tuple(true, false, QStringLiteral("Stamp")));
 
     // An undefined text stamp opens its form and falls back to magnifying.
     open(1);
@@ -506,19 +416,14 @@ TEST_F(Viewer, UnreadableStampIsReportedTextStampDrawn)
     s().draw.stampText.clear();
     doc.StampCommand();
     EXPECT_EQ(host.stampForms, 1);
-    EXPECT_EQ(doc.drawMode(), QString());
-    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Select"));
+    EXPECT_EQ(tool(), std::pair(QString(), QStringLiteral("Select")));
 
-    s().draw.stampText = QStringLiteral("RECEIVED");
-    s().draw.fontName = QStringLiteral("DejaVu Sans");
-    s().draw.fontSize = 12;
+    s().draw.stampText = QStringLiteral("RECEIVED"), s().draw.fontName = QStringLiteral("DejaVu Sans"), s().draw.fontSize = 12;
     doc.StampCommand();
-    EXPECT_EQ(host.stampForms, 1);
-    EXPECT_EQ(doc.cursorKey(), QStringLiteral("Text"));
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to define area to stamp."));
+    EXPECT_EQ(std::tuple(host.stampForms, doc.cursorKey(), doc.toolTip()),
+              std::tuple(1, QStringLiteral("Text"), QStringLiteral("Click and drag to define area to stamp.")));
     doc.select(100, 100, 600, 160);
-    EXPECT_TRUE(doc.dirty());
-    EXPECT_EQ(doc.caption(), QStringLiteral("Image: ") + path + QStringLiteral(" - Drawing Mode"));
+    EXPECT_EQ(std::pair(doc.dirty(), doc.caption()), std::pair(true, caption(path, " - Drawing Mode")));
 }
 
 TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
@@ -527,10 +432,8 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
     s().draw.lineWidth = 0;
     host.lineWidthTyped = 1;
     doc.LineCommand();
-    EXPECT_EQ(host.lineForms, 1);
-    EXPECT_EQ(doc.drawMode(), QStringLiteral("Line"));
-    EXPECT_FALSE(doc.selectEnabled());
-    EXPECT_EQ(doc.toolTip(), QStringLiteral("Click and drag to draw line."));
+    EXPECT_EQ(std::tuple(host.lineForms, doc.drawMode(), doc.selectEnabled(), doc.toolTip()),
+              std::tuple(1, QStringLiteral("Line"), false, QStringLiteral("Click and drag to draw line.")));
     doc.LineCommand();
     EXPECT_EQ(host.lineForms, 1);  // a width is set now
 
@@ -540,8 +443,7 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
     doc.mouseMove(QPointF(70, 80));
     EXPECT_EQ(doc.rubberBand().to, QPointF(70, 80));
     doc.mouseUp(1, QPointF(70, 80));
-    EXPECT_FALSE(doc.rubberBand().visible);
-    EXPECT_TRUE(IsBlackAt(doc.page(), 60, 70));
+    EXPECT_EQ(std::pair(doc.rubberBand().visible, IsBlackAt(doc.page(), 60, 70)), std::pair(false, true));
     doc.ViewCommand();
     EXPECT_EQ(doc.drawMode(), QString());
 }
@@ -584,18 +486,13 @@ TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
         }
         ASSERT_FALSE(saved);
         EXPECT_TRUE(saved.error().contains(s().dataDir)) << saved.error().toStdString();
-        EXPECT_TRUE(doc.dirty());
-        EXPECT_EQ(doc.currentPage(), 2);
-        EXPECT_TRUE(SamePixels(doc.page(), edited));
-        EXPECT_EQ(FileBytes(path), copyBefore);
-        EXPECT_EQ(FileBytes(original()), originalBefore);
+        EXPECT_EQ(std::tuple(doc.dirty(), doc.currentPage(), SamePixels(doc.page(), edited)), std::tuple(true, 2, true));
+        EXPECT_EQ(std::pair(FileBytes(path), FileBytes(original())), std::pair(copyBefore, originalBefore));
         EXPECT_EQ(QDir(s().dataDir).entryList(QDir::Files | QDir::Hidden), filesBefore);  // no work file, no new Original
 
         ASSERT_TRUE(save());
-        EXPECT_FALSE(doc.dirty());
-        EXPECT_EQ(doc.drawMode(), QString());
-        EXPECT_EQ(FileBytes(original()), asScanned);
-        EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2, 3}));
+        EXPECT_EQ(std::tuple(doc.dirty(), doc.drawMode(), FileBytes(original()), PageNumbersOf(path)),
+                  std::tuple(false, QString(), asScanned, QList<int>{1, 2, 3}));
         EXPECT_TRUE(SamePixels(*TiffReader::open(path)->readPage(1), edited));
     }
     EXPECT_EQ(prompter().textOf(QStringLiteral("Save Changes")), texts::SaveChanges);
@@ -617,8 +514,7 @@ TEST_F(Viewer, AnnotateModeRemovesItsOriginalOnClose)
     ASSERT_TRUE(annotate.mnuSave_Click());
     EXPECT_TRUE(QFileInfo::exists(annotate.originalFile()));
     ASSERT_TRUE(annotate.unload());
-    EXPECT_FALSE(QFileInfo::exists(annotate.originalFile()));
-    EXPECT_TRUE(QFileInfo::exists(temp));
+    EXPECT_EQ(std::pair(QFileInfo::exists(annotate.originalFile()), QFileInfo::exists(temp)), std::pair(false, true));
 }
 
 TEST_F(Viewer, PrintingTurnsLandscapePagesOneJobEachAndRestoresTheScreen)
@@ -627,14 +523,10 @@ TEST_F(Viewer, PrintingTurnsLandscapePagesOneJobEachAndRestoresTheScreen)
     doc.goToPage(3);
     Recorder printer;
     ASSERT_TRUE(doc.printPages(printer, 1, 3, 2));
-    EXPECT_EQ(printer.jobs, 6);
-    ASSERT_EQ(printer.pages.size(), 6);
+    ASSERT_EQ(std::pair(printer.jobs, printer.pages.size()), std::pair(6, qsizetype(6)));
     EXPECT_EQ(printer.pages[1].size(), QSize(850, 1100));  // turned for paper
     EXPECT_EQ(PageNumberOf(printer.pages[3]), 1);           // second copy starts again
     EXPECT_EQ(printer.frames[0], PrintFrameInches());
-    EXPECT_DOUBLE_EQ(PrintFrameInches().width(), 8);
-    EXPECT_DOUBLE_EQ(PrintFrameInches().height(), 10.5);
-    EXPECT_DOUBLE_EQ(PrintFrameInches(true).height(), 13.5);
-    EXPECT_EQ(shown(), 3);
-    EXPECT_EQ(doc.currentPage(), 3);
+    EXPECT_EQ(std::tuple(PrintFrameInches().width(), PrintFrameInches().height(), PrintFrameInches(true).height()), std::tuple(8.0, 10.5, 13.5));
+    EXPECT_EQ(std::pair(shown(), doc.currentPage()), std::pair(3, 3));
 }

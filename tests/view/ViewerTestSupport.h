@@ -49,6 +49,18 @@ inline int PageNumberOf(const QImage& page)
     return (x - 10) / 20;
 }
 
+// A page that looks like a certificate (typed lines) and still says which
+// page it is: NumberedPage's bar on a white heading band.
+inline QImage CertificatePage(int n, int width = 1275, int height = 1650, double dpi = 150)
+{
+    QImage page = TextPage(width, height, quint32(n), dpi);
+    for (int y = 10; y < 30; ++y)
+        for (int x = 0; x < 300 && x < width; ++x)
+            page.setPixel(x, y, 0);
+    FillBlack(page, 10, 10, 20 * n, 20);
+    return page;
+}
+
 inline QList<QImage> NumberedPages(int count, int width = 850, int height = 1100)
 {
     QList<QImage> pages;

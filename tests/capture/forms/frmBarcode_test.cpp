@@ -60,9 +60,9 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     ASSERT_TRUE(site.start());
     Session& s = site.session();
     s.poShort = QStringLiteral("Order");
-    PutLocal(s, section::Form, QStringLiteral("BarcodeColWidth0"), QStringLiteral("150"));
-    PutLocal(s, section::Form, QStringLiteral("BarcodeColWidth5"), QStringLiteral("1500"));
-    PutLocal(s, section::Form, QStringLiteral("BarcodePageSize"), QStringLiteral("A"));
+    const auto key = [&](const char* name) { return GetLocal(s, section::Form, QLatin1String(name)); };
+    for (auto [name, value] : {std::pair{"BarcodeColWidth0", "150"}, {"BarcodeColWidth5", "1500"}, {"BarcodePageSize", "A"}})
+        PutLocal(s, section::Form, QLatin1String(name), QLatin1String(value));
     const QString csv = site.path(QStringLiteral("lines.csv"));
     ASSERT_TRUE(WriteFile(csv, "PO-1,0,1,0,H1,P1,Acme,Mill\nPO-2,0,2,0,H2,P2,Beta,Mill\n"));
     PutLocal(s, section::Data, QStringLiteral("RBQClient"), QStringLiteral("csv:") + csv);
@@ -72,21 +72,16 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     form.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
     auto* grid = child<QTableWidget>(form, "grdMain");
-    EXPECT_EQ(grid->columnCount(), 9);
-    EXPECT_EQ(grid->horizontalHeaderItem(0)->text(), QStringLiteral("Order"));
-    EXPECT_EQ(grid->horizontalHeaderItem(8)->text(), QStringLiteral("Mfg"));
-    EXPECT_EQ(grid->columnWidth(0), TwipsToPixels(600));
-    EXPECT_EQ(grid->columnWidth(5), TwipsToPixels(1500));
-    EXPECT_TRUE(child<QRadioButton>(form, "optA4")->isChecked());
+    EXPECT_EQ(std::tuple(grid->columnCount(), grid->horizontalHeaderItem(0)->text(), grid->horizontalHeaderItem(8)->text(), grid->columnWidth(0),
+                         grid->columnWidth(5), child<QRadioButton>(form, "optA4")->isChecked()),
+              std::tuple(9, QStringLiteral("Order"), QStringLiteral("Mfg"), TwipsToPixels(600), TwipsToPixels(1500), true));
 
     Read(form, site, WriteStack(site, "SPPSP"));
     ASSERT_EQ(grid->rowCount(), 2);
-    EXPECT_EQ(grid->item(0, 4)->text(), QStringLiteral("2"));
-    EXPECT_EQ(grid->item(1, 4)->text(), QStringLiteral("1"));
-    EXPECT_EQ(grid->item(1, 5)->text(), QStringLiteral("H2"));
-    auto* update = child<QPushButton>(form, "cmdUpdate");
+    const auto cell = [&](int row, int column) { return grid->item(row, column)->text(); };
+    EXPECT_EQ(std::tuple(cell(0, 4), cell(1, 4), cell(1, 5)), std::tuple(QStringLiteral("2"), QStringLiteral("1"), QStringLiteral("H2")));
     auto* pages = child<QScrollBar>(form, "hsbImages");
-    EXPECT_TRUE(update->isEnabled());
+    EXPECT_TRUE(child<QPushButton>(form, "cmdUpdate")->isEnabled());
     EXPECT_EQ(std::pair(pages->minimum(), pages->maximum()), std::pair(0, 2));
 
     ClickCell(grid, 1, 0);  // the second sheet and its page
@@ -100,16 +95,12 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     QTest::keyClicks(box, QStringLiteral("H1-FIXED"));
     QTest::keyClick(box, Qt::Key_Return);
     QApplication::processEvents();
-    EXPECT_EQ(grid->item(0, 5)->text(), QStringLiteral("H1-FIXED"));
-    EXPECT_TRUE(box->isVisible());
-    EXPECT_EQ(box->text(), QStringLiteral("P1")) << "the walk moved on to Part";
+    EXPECT_EQ(std::tuple(cell(0, 5), box->isVisible(), box->text()), std::tuple(QStringLiteral("H1-FIXED"), true, QStringLiteral("P1")))
+        << "the walk moved on to Part";
 
     form.cmdUpdate_Click();
     ASSERT_EQ(form.lastUpdate().stored(), 2);
-    {
-        DataOp op(s, QStringLiteral("test"));
-        EXPECT_EQ(op.scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'H1-FIXED' AND \"P/O #\" = 'PO-1'"))->toInt(), 1);
-    }
+    EXPECT_EQ(DataOp(s, QStringLiteral("test")).scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'H1-FIXED' AND \"P/O #\" = 'PO-1'"))->toInt(), 1);
     // The same grid again: asked first, and No stores nothing.
     site.prompter().clear();
     form.cmdUpdate_Click();
@@ -118,9 +109,8 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
 
     child<QRadioButton>(form, "optLegal")->setChecked(true);
     form.close();
-    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodeColWidth0")), QStringLiteral("600"));
-    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodePageSize")), QStringLiteral("G"));
-    EXPECT_EQ(GetLocal(s, section::Form, QStringLiteral("BarcodeWindowState")), QStringLiteral("0"));
+    EXPECT_EQ(std::tuple(key("BarcodeColWidth0"), key("BarcodePageSize"), key("BarcodeWindowState")),
+              std::tuple(QStringLiteral("600"), QStringLiteral("G"), QStringLiteral("0")));
 }
 
 // Update stays off unless the first row has pages; a stack without a
@@ -133,8 +123,9 @@ TEST(frmBarcode, StacksThatCantBeStored)
     for (auto [layout, rows, asked] : {std::tuple{"SSP", 2, ""}, {"PSP", 0, "No Barcodes"}}) {
         site.prompter().clear();
         Read(form, site, WriteStack(site, layout));
-        EXPECT_EQ(child<QTableWidget>(form, "grdMain")->rowCount(), rows) << layout;
-        EXPECT_FALSE(child<QPushButton>(form, "cmdUpdate")->isEnabled()) << layout;
-        EXPECT_EQ(site.prompter().wasAsked(QLatin1String(asked)), *asked != 0) << layout;
+        EXPECT_EQ(std::tuple(child<QTableWidget>(form, "grdMain")->rowCount(), child<QPushButton>(form, "cmdUpdate")->isEnabled(),
+                             site.prompter().wasAsked(QLatin1String(asked))),
+                  std::tuple(rows, false, *asked != 0))
+            << layout;
     }
 }

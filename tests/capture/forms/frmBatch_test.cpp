@@ -2,9 +2,7 @@
 #include "capture/forms/frmBatch.h"
 #include "capture/forms/frmScanChk.h"
 #include "data/DataOp.h"
-#include "data/Session.h"
 #include "data/Settings.h"
-#include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 #include "support/FormControls.h"
 #include "support/SaneTestBackend.h"
@@ -36,8 +34,7 @@ QImage markedPage(int width, int height)
     QImage page(width, height, QImage::Format_RGB32);
     page.fill(Qt::white);
     QPainter(&page).fillRect(width / 4, height / 4, width / 2, height / 2, Qt::black);
-    page.setDotsPerMeterX(3937);
-    page.setDotsPerMeterY(3937);
+    page.setDotsPerMeterX(3937), page.setDotsPerMeterY(3937);
     return page;
 }
 
@@ -57,6 +54,23 @@ protected:
     template <class T> T* c(const char* name) { return child<T>(form.get(), name); }
     QTabWidget* tabs() { return c<QTabWidget>("tabMain"); }
     QRadioButton* opt(const char* name) { return c<QRadioButton>(name); }
+    // A folder of marked pages as .jpg files.
+    QString folder(const char* name, const QStringList& jpgs)
+    {
+        const QString dir = site.path(S(name));
+        QDir().mkpath(dir);
+        for (const QString& jpg : jpgs)
+            EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
+        return dir;
+    }
+    void readFolder(const QString& dir)
+    {
+        tabs()->setCurrentIndex(frmBatch::ReadTab);
+        c<QLineEdit>("txtFilesDir")->setText(dir);
+    }
+    void click(const char* button) { c<QPushButton>(button)->click(); }
+    // The page's Heat # and Part #.
+    void type(const char* heat, const char* part) { type("txtHeat", S(heat)), type("txtPart", S(part)); }
     void type(const char* field, const QString& text)
     {
         auto* edit = c<QLineEdit>(field);
@@ -81,56 +95,50 @@ protected:
 // list, Heat turns New into Append at once and P/O only at the next showing.
 TEST_F(BatchForm, FilesIndexedAndAdded)
 {
-    const QString dir = site.path(S("in"));
-    QDir().mkpath(dir);
-    ASSERT_TRUE(WriteTiff(dir + S("/a.tif"), {markedPage(850, 1100), markedPage(850, 1100), markedPage(850, 1100)}));
-    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/b.jpg")));
-    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/c.jpg")));
-    tabs()->setCurrentIndex(frmBatch::ReadTab);
-    c<QLineEdit>("txtFilesDir")->setText(dir);
+    const QString dir = folder("in", {S("b.jpg"), S("c.jpg")});
+    ASSERT_TRUE(WriteTiff(dir + S("/a.tif"), QList<QImage>(3, markedPage(850, 1100))));
+    readFolder(dir);
     auto* files = c<QListWidget>("lstFiles");
-    ASSERT_EQ(files->count(), 3);
-    EXPECT_EQ(files->selectedItems().size(), 3) << "new names arrive selected";
+    ASSERT_EQ(std::pair(files->count(), files->selectedItems().size()), std::pair(3, qsizetype(3))) << "new names arrive selected";
     files->item(2)->setSelected(false);  // c.jpg
     tabs()->setCurrentIndex(frmBatch::IndexTab);
 
     ASSERT_EQ(form->pageCount(), 4);
-    EXPECT_EQ(files->count(), 0) << "the unselected file left the list too";
-    EXPECT_EQ(c<QLabel>("lblPage")->text(), S("Page 1"));
-    EXPECT_EQ(c<QListWidget>("lstThumbs")->count(), 4);
-    type("txtHeat", S("A"));
-    type("txtPart", S("P"));
+    EXPECT_EQ(std::tuple(files->count(), c<QLabel>("lblPage")->text(), c<QListWidget>("lstThumbs")->count()), std::tuple(0, S("Page 1"), 4))
+        << "the unselected file left the list too";
+    type("A", "P");
     EXPECT_TRUE(opt("optNew")->isChecked());
-    c<QPushButton>("cmdNext")->click();
-    EXPECT_TRUE(opt("optAppend")->isChecked()) << "page 2 takes page 1's data";
-    EXPECT_TRUE(opt("optNew")->isHidden());
-    type("txtHeat", S("B"));
-    EXPECT_TRUE(opt("optNew")->isChecked()) << "other data: New at once";
-    c<QPushButton>("cmdNext")->click();
-    type("txtHeat", S("A"));
-    EXPECT_TRUE(opt("optAppend")->isChecked()) << "page 1's data again: Append at once";
-    type("txtPO", S("X"));
-    EXPECT_TRUE(opt("optAppend")->isChecked()) << "P/O counts at the next page only";
+    click("cmdNext");
+    EXPECT_TRUE(opt("optAppend")->isChecked() && opt("optNew")->isHidden()) << "page 2 takes page 1's data";
+    // One step: the field typed, and the option chosen at once.
+    struct Step { const char* field; const char* text; const char* chosen; const char* why; };
+    for (const Step& step : {Step{"txtHeat", "B", "optNew", "other data: New at once"}, Step{nullptr, nullptr, nullptr, "next page"},
+                             Step{"txtHeat", "A", "optAppend", "page 1's data again: Append at once"},
+                             Step{"txtPO", "X", "optAppend", "P/O counts at the next page only"}}) {
+        if (!step.field) {
+            click("cmdNext");
+            continue;
+        }
+        type(step.field, S(step.text));
+        EXPECT_TRUE(opt(step.chosen)->isChecked()) << step.why;
+    }
     EXPECT_FALSE(c<QPushButton>("cmdAdd")->isEnabled());
-    c<QPushButton>("cmdNext")->click();
+    click("cmdNext");
     opt("optSkip")->setChecked(true);
     EXPECT_TRUE(c<QPushButton>("cmdAdd")->isEnabled()) << "last page after a good save";
     tabs()->setCurrentIndex(frmBatch::ListTab);
     auto* grid = c<QTableWidget>("grdSave");
-    EXPECT_EQ(grid->item(3, 0)->text(), S("Skip"));
-    EXPECT_EQ(grid->item(2, 5)->text(), S("**Appended**"));
+    EXPECT_EQ(std::pair(grid->item(3, 0)->text(), grid->item(2, 5)->text()), std::pair(S("Skip"), S("**Appended**")));
     grid->cellClicked(2, 0);
-    EXPECT_EQ(form->currentPage(), 3);
-    EXPECT_EQ(tabs()->currentIndex(), int(frmBatch::IndexTab));
-    EXPECT_TRUE(opt("optNew")->isChecked()) << "shown again, its P/O now counts";
-    c<QPushButton>("cmdNext")->click();
+    EXPECT_EQ(std::tuple(form->currentPage(), tabs()->currentIndex(), opt("optNew")->isChecked()), std::tuple(3, int(frmBatch::IndexTab), true))
+        << "shown again, its P/O now counts";
+    click("cmdNext");
 
-    c<QPushButton>("cmdAdd")->click();
-    EXPECT_FALSE(site.prompter().wasAsked(S("Pages Not Joined")));
-    EXPECT_EQ(form->lastAdd().stored(), 3);
-    EXPECT_EQ(count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"P/O #\" = 'X'")), 1);
-    EXPECT_EQ(count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'B'")), 1);
-    EXPECT_EQ(form->pageCount(), 0) << "back to empty";
+    click("cmdAdd");
+    EXPECT_EQ(std::tuple(site.prompter().wasAsked(S("Pages Not Joined")), form->lastAdd().stored(), form->pageCount()), std::tuple(false, 3, 0))
+        << "stored, back to empty";
+    EXPECT_EQ(std::pair(count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"P/O #\" = 'X'")), count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'B'"))),
+              std::pair(qint64(1), qint64(1)));
 }
 
 // Nothing gathered: arriving on the indexing tab asks for files, or, with
@@ -138,19 +146,15 @@ TEST_F(BatchForm, FilesIndexedAndAdded)
 // device makes a one-page batch, with Add at once; closing asks first.
 TEST_F(BatchForm, ScanIntoTheBatch)
 {
-    const QString dir = site.path(S("bad"));
-    QDir().mkpath(dir);
+    const QString dir = folder("bad", {});
     ASSERT_TRUE(WriteFile(dir + S("/x.gif"), "GIF89a broken"));
-    tabs()->setCurrentIndex(frmBatch::ReadTab);
-    c<QLineEdit>("txtFilesDir")->setText(dir);
+    readFolder(dir);
     tabs()->setCurrentIndex(frmBatch::IndexTab);
-    EXPECT_TRUE(site.prompter().wasAsked(S("Nothing Selected")));
-    EXPECT_EQ(tabs()->currentIndex(), int(frmBatch::ReadTab));
-    c<QPushButton>("cmdClearAll")->click();
+    EXPECT_EQ(std::pair(site.prompter().wasAsked(S("Nothing Selected")), tabs()->currentIndex()), std::pair(true, int(frmBatch::ReadTab)));
+    click("cmdClearAll");
     site.prompter().clear();
     tabs()->setCurrentIndex(frmBatch::IndexTab);
-    EXPECT_TRUE(site.prompter().asked().isEmpty());
-    EXPECT_EQ(tabs()->currentIndex(), int(frmBatch::IndexTab));
+    EXPECT_EQ(std::pair(site.prompter().asked().isEmpty(), tabs()->currentIndex()), std::pair(true, int(frmBatch::IndexTab)));
 
     ASSERT_TRUE(tabs()->isTabEnabled(frmBatch::ScanTab));
     tabs()->setCurrentIndex(frmBatch::ScanTab);
@@ -163,7 +167,7 @@ TEST_F(BatchForm, ScanIntoTheBatch)
         }
     });
     timer->start();
-    c<QPushButton>("cmdScan")->click();
+    click("cmdScan");
     tabs()->setCurrentIndex(frmBatch::IndexTab);
     ASSERT_EQ(form->pageCount(), 1) << site.prompter().titles().join(S("|")).toStdString();
     EXPECT_TRUE(c<QPushButton>("cmdAdd")->isEnabled()) << "a one-page batch can be added at once";
@@ -171,7 +175,7 @@ TEST_F(BatchForm, ScanIntoTheBatch)
     auto* view = c<BatchPageView>("imcMain");
     const QPoint middle = view->rect().center();
     QTest::mousePress(view, Qt::LeftButton, {}, middle);
-    EXPECT_TRUE(view->magnifier()->isVisible());
+    ASSERT_TRUE(view->magnifier()->isVisible());
     EXPECT_NEAR(view->magnifiedArea().width(), 2 * 200, 1) << "two inches of the page";
     QTest::mouseRelease(view, Qt::LeftButton, {}, middle);
     EXPECT_FALSE(view->magnifier()->isVisible());
@@ -187,25 +191,17 @@ TEST_F(BatchForm, ScanIntoTheBatch)
 // nothing, so it is named before anything is stored, and No stores nothing.
 TEST_F(BatchForm, UnjoinedPageNamedBeforeAdding)
 {
-    const QString dir = site.path(S("two"));
-    QDir().mkpath(dir);
-    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/a.jpg")));
-    ASSERT_TRUE(markedPage(850, 1100).save(dir + S("/b.jpg")));
-    tabs()->setCurrentIndex(frmBatch::ReadTab);
-    c<QLineEdit>("txtFilesDir")->setText(dir);
+    readFolder(folder("two", {S("a.jpg"), S("b.jpg")}));
     tabs()->setCurrentIndex(frmBatch::IndexTab);
     ASSERT_EQ(form->pageCount(), 2);
-    type("txtHeat", S("A"));
-    type("txtPart", S("P"));
+    type("A", "P");
     opt("optSkip")->setChecked(true);
-    c<QPushButton>("cmdNext")->click();
-    type("txtHeat", S("A"));
-    type("txtPart", S("P"));
+    click("cmdNext");
+    type("A", "P");
     EXPECT_TRUE(opt("optAppend")->isChecked()) << "skipped pages count in the comparison";
     site.prompter().answer(Answer::No);
-    c<QPushButton>("cmdAdd")->click();
+    click("cmdAdd");
     EXPECT_TRUE(site.prompter().textOf(S("Pages Not Joined")).startsWith(S("Page 2 is marked Append")))
         << site.prompter().titles().join(S("|")).toStdString();
-    EXPECT_EQ(count(S("SELECT COUNT(*) FROM \"Images\"")), 0);
-    EXPECT_EQ(form->pageCount(), 2) << "the batch stays in hand";
+    EXPECT_EQ(std::pair(count(S("SELECT COUNT(*) FROM \"Images\"")), form->pageCount()), std::pair(qint64(0), 2)) << "the batch stays in hand";
 }

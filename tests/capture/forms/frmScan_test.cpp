@@ -8,15 +8,12 @@
 #include "capture/forms/frmScanChk.h"
 #include "capture/forms/frmVScan.h"
 #include "data/ImageData.h"
-#include "data/Session.h"
 #include "data/Settings.h"
-#include "store/PageImage.h"
 #include "store/SaneDevice.h"
 #include "store/SaneLibrary.h"
 #include "store/TiffReader.h"
 #include "support/FormControls.h"
 #include "support/SaneTestBackend.h"
-#include "support/TestSite.h"
 #include "view/PageDocument.h"
 #include "view/ViewerTestSupport.h"
 
@@ -30,7 +27,6 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
-#include <QWidget>
 
 #include <gtest/gtest.h>
 
@@ -50,29 +46,34 @@ struct Controls {
     QCheckBox* chkInvert() const { return child<QCheckBox>(form, "chkInvert"); }
 };
 
-// Answers the next "Scan Next Page" dialog the way a person would, by
-// pressing one of its buttons once it is up.
-void pressInScanCheck(const char* button)
+// The person at the next modal Dialog: once it is up, looks at it (and
+// sets what they would), then presses one of its buttons.
+template <class Dialog> void pressInDialog(const char* button, const std::function<void(Controls)>& look = {})
 {
     auto* timer = new QTimer;
     timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, [timer, name = QString::fromLatin1(button)] {
-        auto* dialog = qobject_cast<frmScanChk*>(QApplication::activeModalWidget());
+    QObject::connect(timer, &QTimer::timeout, [timer, look, name = button] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
         if (!dialog)
             return;
-        EXPECT_FALSE(Controls(dialog).chkInvert()->isVisible()) << "no invert question after the pass";
-        EXPECT_TRUE(Controls(dialog).button("cmdNo")->isDefault());
-        dialog->findChild<QPushButton*>(name)->click();
+        if (look)
+            look(Controls(dialog));
+        Controls(dialog).button(name)->click();
         timer->stop();
         timer->deleteLater();
     });
     timer->start();
 }
 
+// Answers the next "Scan Next Page" dialog, which asks no invert question after the pass.
+void pressInScanCheck(const char* button)
+{
+    pressInDialog<frmScanChk>(button, [](Controls ui) { EXPECT_TRUE(!ui.chkInvert()->isVisible() && ui.button("cmdNo")->isDefault()); });
+}
+
 void showActive(QWidget& form)
 {
-    form.show();
-    form.activateWindow();
+    form.show(), form.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
 }
 
@@ -85,6 +86,7 @@ protected:
         site.prompter().clear();
     }
     Session& s() { return site.session(); }
+    void set(const char* key, const QString& value) { PutLocal(s(), QStringLiteral("Info"), QLatin1String(key), value); }
     TestSite site;
 };
 
@@ -92,19 +94,13 @@ protected:
 
 TEST_F(ScanForms, LoadTakesTheSettingsAndTheSiteNames)
 {
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("300dpi"), BoolToIni(true));
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("400"));
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("Brightness"), QStringLiteral("-120"));
-    s().poShort = QStringLiteral("Job");
-    s().vendShort = QStringLiteral("Supplier");
+    set("300dpi", BoolToIni(true)), set("HighDPI", QStringLiteral("400")), set("Brightness", QStringLiteral("-120"));
+    s().poShort = QStringLiteral("Job"), s().vendShort = QStringLiteral("Supplier");
     frmScan form(s());
     const Controls ui(&form);
-    EXPECT_TRUE(ui.option("optLetter")->isChecked());
-    EXPECT_TRUE(ui.option("opt300")->isChecked());
-    EXPECT_EQ(ui.option("opt300")->text(), QStringLiteral("400dpi"));
-    EXPECT_EQ(ui.hsbBright()->value(), -120);
-    EXPECT_EQ(child<QLabel>(&form, "lblPO")->text(), QStringLiteral("Job:"));
-    EXPECT_TRUE(ui.line("txtVend")->toolTip().contains(QStringLiteral("Supplier")));
+    EXPECT_EQ(std::tuple(ui.option("optLetter")->isChecked(), ui.option("opt300")->isChecked(), ui.option("opt300")->text(), ui.hsbBright()->value(),
+                         child<QLabel>(&form, "lblPO")->text(), ui.line("txtVend")->toolTip().contains(QStringLiteral("Supplier"))),
+              std::tuple(true, true, QStringLiteral("400dpi"), -120, QStringLiteral("Job:"), true));
 }
 
 // The keyboard rules: the ditto key of Part #, select-all on the kept
@@ -117,8 +113,7 @@ TEST_F(ScanForms, DittoKeyFocusAndBrightness)
     ui.line("txtPart")->setFocus();
     QTest::keyClicks(ui.line("txtPart"), QStringLiteral("A B"));
     QTest::keyClick(ui.line("txtPart"), '"');
-    EXPECT_EQ(ui.line("txtPart")->text(), QStringLiteral("A B B"));
-    EXPECT_EQ(ui.line("txtPart")->cursorPosition(), 5);
+    EXPECT_EQ(std::pair(ui.line("txtPart")->text(), ui.line("txtPart")->cursorPosition()), std::pair(QStringLiteral("A B B"), 5));
     QTest::keyClick(ui.line("txtPart"), 'C');
     EXPECT_EQ(ui.line("txtPart")->text(), QStringLiteral("A B BC"));
 
@@ -134,12 +129,10 @@ TEST_F(ScanForms, DittoKeyFocusAndBrightness)
         ui.line("txtBright")->selectAll();
         QTest::keyClicks(ui.line("txtBright"), QLatin1String(typed));
         ui.line("txtHeat")->setFocus();
-        EXPECT_EQ(ui.line("txtBright")->text(), QLatin1String(shown)) << typed;
-        EXPECT_EQ(ui.hsbBright()->value(), ui.line("txtBright")->text().toInt());
+        EXPECT_EQ(std::pair(ui.line("txtBright")->text(), ui.hsbBright()->value()), std::pair(QString::fromLatin1(shown), QByteArray(shown).toInt())) << typed;
     }
     ui.hsbBright()->setValue(350);
-    EXPECT_EQ(ui.line("txtBright")->text(), QStringLiteral("350"));
-    EXPECT_EQ(form.fields().brightness, 350);
+    EXPECT_EQ(std::pair(ui.line("txtBright")->text(), form.fields().brightness), std::pair(QStringLiteral("350"), 350));
 }
 
 // Scan from the form, two sheets (Yes, then No in the check dialog): each
@@ -151,12 +144,8 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
     const Controls ui(&form);
     form.resize(1000, 640);
     showActive(form);
-    QTest::keyClicks(ui.line("txtHeat"), QStringLiteral("H-1001 H-1002"));
-    QTest::keyClicks(ui.line("txtPart"), QStringLiteral("BAR-7"));
-    QTest::keyClick(ui.line("txtPart"), '"');
-    QTest::keyClicks(ui.line("txtPO"), QStringLiteral("4711"));
-    QTest::keyClicks(ui.line("txtVend"), QStringLiteral("Acme Steel"));
-    QTest::keyClicks(ui.line("txtMfg"), QStringLiteral("Northern Mill"));
+    for (auto [box, typed] : {std::pair{"txtHeat", "H-1001 H-1002"}, {"txtPart", "BAR-7\""}, {"txtPO", "4711"}, {"txtVend", "Acme Steel"}, {"txtMfg", "Northern Mill"}})
+        QTest::keyClicks(ui.line(box), QLatin1String(typed));
     ui.option("optLegal")->setChecked(true);
     ui.hsbBright()->setValue(-200);
 
@@ -171,32 +160,27 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
 
     EXPECT_EQ(pages, (QList<int>{1, 2}));
     ASSERT_TRUE(form.lastResult().stored()) << site.prompter().titles().join(QLatin1Char('|')).toStdString();
-    EXPECT_TRUE(ui.line("txtHeat")->text().isEmpty());
-    EXPECT_TRUE(ui.line("txtPart")->text().isEmpty());
-    EXPECT_EQ(ui.line("txtMfg")->text(), QStringLiteral("Northern Mill"));
-    EXPECT_TRUE(ui.option("optLegal")->isChecked());
-    EXPECT_EQ(ui.line("txtBright")->text(), QStringLiteral("-200"));
-    EXPECT_EQ(form.focusWidget(), ui.line("txtHeat"));
+    EXPECT_EQ(std::tuple(ui.line("txtHeat")->text(), ui.line("txtPart")->text(), ui.line("txtMfg")->text(), ui.option("optLegal")->isChecked(),
+                         ui.line("txtBright")->text(), form.focusWidget() == ui.line("txtHeat")),
+              std::tuple(QString(), QString(), QStringLiteral("Northern Mill"), true, QStringLiteral("-200"), true));
     EXPECT_EQ(site.prompter().titles(), QStringList{QStringLiteral("Prepare to Scan")});
     EXPECT_EQ(s().info.part, QStringLiteral("BAR-7 BAR-7"));
     auto reader = TiffReader::open(s().imageFilePath);
     ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(reader->pageCount(), 2);
-    EXPECT_EQ(reader->tags().part, QStringLiteral("BAR-7 BAR-7"));
+    EXPECT_EQ(std::pair(reader->pageCount(), reader->tags().part), std::pair(2, QStringLiteral("BAR-7 BAR-7")));
     EXPECT_NEAR(reader->pageInfo(0)->height, 2800, 1);
 
     // A refused entry keeps the fields as typed, focus on Heat #.
     site.prompter().clear();
     QTest::keyClicks(ui.line("txtPart"), QStringLiteral("P9"));
     ui.button("cmdScan")->click();
-    EXPECT_EQ(form.lastResult().outcome, ScanEntry::Outcome::Refused);
-    EXPECT_EQ(ui.line("txtPart")->text(), QStringLiteral("P9"));
-    EXPECT_EQ(form.focusWidget(), ui.line("txtHeat"));
+    EXPECT_EQ(std::tuple(form.lastResult().outcome, ui.line("txtPart")->text(), form.focusWidget() == ui.line("txtHeat")),
+              std::tuple(ScanEntry::Outcome::Refused, QStringLiteral("P9"), true));
 
     // Closing keeps the window's place for next time.
     form.close();
-    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanState")).value, QStringLiteral("0"));
-    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Form"), QStringLiteral("frmScanWidth")).value, QStringLiteral("15000"));
+    const auto kept = [&](const char* key) { return ReadIniValue(site.localIni(), QStringLiteral("Form"), QLatin1String(key)).value; };
+    EXPECT_EQ(std::pair(kept("frmScanState"), kept("frmScanWidth")), std::pair(QStringLiteral("0"), QStringLiteral("15000")));
 }
 
 TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
@@ -205,14 +189,13 @@ TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
     QList<uint> shownPixels;
     frmScanChk withPage(&page, [&](const QImage& shown) { shownPixels << shown.pixelIndex(0, 0); });
     withPage.show();
-    EXPECT_TRUE(Controls(&withPage).chkInvert()->isVisible());
-    Controls(&withPage).chkInvert()->click();
-    EXPECT_EQ(page.pixelIndex(0, 0), 1) << "black for white";
-    EXPECT_EQ(shownPixels, QList<uint>{1}) << "the form shows the inverted page";
-    Controls(&withPage).chkInvert()->click();
-    EXPECT_EQ(page.pixelIndex(0, 0), 0) << "and back";
-    EXPECT_EQ(shownPixels, (QList<uint>{1, 0}));
-    Controls(&withPage).button("cmdYes")->click();
+    const Controls ui(&withPage);
+    EXPECT_TRUE(ui.chkInvert()->isVisible());
+    ui.chkInvert()->click();
+    EXPECT_EQ(std::pair(page.pixelIndex(0, 0), shownPixels), std::pair(1, QList<uint>{1})) << "black for white, and shown so";
+    ui.chkInvert()->click();
+    EXPECT_EQ(std::pair(page.pixelIndex(0, 0), shownPixels), std::pair(0, QList<uint>{1, 0})) << "and back";
+    ui.button("cmdYes")->click();
     EXPECT_EQ(withPage.ScanCheckResult(), Answer::Yes);
 
     frmScanChk plain(nullptr, {});
@@ -224,40 +207,36 @@ TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
 
 TEST_F(ScanForms, PageScanDialogOfTheViewer)
 {
-    s().dpi = QStringLiteral("300");
-    s().brightness = 150;
+    s().dpi = QStringLiteral("300"), s().brightness = 150;
     {
         frmVScan dialog(s());
-        EXPECT_TRUE(Controls(&dialog).option("opt300")->isChecked());
-        EXPECT_EQ(Controls(&dialog).line("txtBright")->text(), QStringLiteral("150"));
-        Controls(&dialog).option("opt200")->setChecked(true);
-        Controls(&dialog).hsbBright()->setValue(-30);
-        Controls(&dialog).button("cmdScan")->click();
-        EXPECT_TRUE(dialog.scanWanted());
-        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+        const Controls ui(&dialog);
+        EXPECT_EQ(std::pair(ui.option("opt300")->isChecked(), ui.line("txtBright")->text()), std::pair(true, QStringLiteral("150")));
+        ui.option("opt200")->setChecked(true);
+        ui.hsbBright()->setValue(-30);
+        ui.button("cmdScan")->click();
+        EXPECT_EQ(std::pair(dialog.scanWanted(), dialog.result()), std::pair(true, int(QDialog::Accepted)));
     }
-    EXPECT_EQ(s().dpi, QStringLiteral("200"));
-    EXPECT_EQ(s().brightness, -30);
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("HighDPI"), QStringLiteral("300"));
+    EXPECT_EQ(std::pair(s().dpi, s().brightness), std::pair(QStringLiteral("200"), std::optional<int>(-30)));
+    set("HighDPI", QStringLiteral("300"));
     s().dpi = QStringLiteral("400");
     frmVScan other(s());
     EXPECT_TRUE(Controls(&other).option("opt200")->isChecked()) << "only a session resolution of exactly 300 selects the high one";
     Controls(&other).button("cmdScanCancel")->click();
-    EXPECT_FALSE(other.scanWanted());
-    EXPECT_EQ(s().dpi, QStringLiteral("400"));
+    EXPECT_EQ(std::pair(other.scanWanted(), s().dpi), std::pair(false, QStringLiteral("400")));
 }
 
 TEST_F(ScanForms, RescanFormOpensOnTheImagesSize)
 {
-    PutLocal(s(), QStringLiteral("Info"), QStringLiteral("300dpi"), BoolToIni(true));
+    set("300dpi", BoolToIni(true));
     s().image = ImageRecord{7, site.path(QStringLiteral("DATA")), QStringLiteral(" "), QDateTime::currentDateTime(), QStringLiteral("A"), QStringLiteral("4")};
     ASSERT_TRUE(AddImage(s(), false));
     s().currentImage = 7;
     frmRescn form(s());
-    EXPECT_TRUE(Controls(&form).option("optA4")->isChecked());
-    EXPECT_TRUE(Controls(&form).option("opt200")->isChecked()) << "always the low resolution";
-    EXPECT_EQ(form.choices().pageSizeCode, QStringLiteral("A"));
-    EXPECT_TRUE(site.prompter().asked().isEmpty());
+    // Always the low resolution.
+    EXPECT_EQ(std::tuple(Controls(&form).option("optA4")->isChecked(), Controls(&form).option("opt200")->isChecked(), form.choices().pageSizeCode,
+                         site.prompter().asked().isEmpty()),
+              std::tuple(true, true, QStringLiteral("A"), true));
 }
 
 // The scanner's settings from its own descriptions: a change goes to the
@@ -270,35 +249,24 @@ TEST_F(ScanForms, ScannerSettingsDialogFromTheDevice)
     auto* mode = dialog.findChild<QComboBox*>(QStringLiteral("mode"));
     ASSERT_NE(mode, nullptr);
     EXPECT_EQ(mode->currentText(), QStringLiteral("Gray"));
-    auto* threePass = dialog.findChild<QWidget*>(QStringLiteral("three-pass"));
-    ASSERT_NE(threePass, nullptr);
-    EXPECT_FALSE(threePass->isEnabled()) << "inactive in grey";
+    const auto threePassEnabled = [&] {
+        auto* threePass = dialog.findChild<QWidget*>(QStringLiteral("three-pass"));
+        return threePass ? std::optional(threePass->isEnabled()) : std::nullopt;
+    };
+    EXPECT_EQ(threePassEnabled(), std::optional(false)) << "inactive in grey";
     mode->setCurrentIndex(mode->findText(QStringLiteral("Color")));
     Q_EMIT mode->textActivated(QStringLiteral("Color"));
     QApplication::processEvents();
     EXPECT_EQ((*device)->value(QStringLiteral("mode")).toString(), QStringLiteral("Color"));
-    threePass = dialog.findChild<QWidget*>(QStringLiteral("three-pass"));
-    ASSERT_NE(threePass, nullptr);
-    EXPECT_TRUE(threePass->isEnabled()) << "the dialog was built again from the device";
+    EXPECT_EQ(threePassEnabled(), std::optional(true)) << "the dialog was built again from the device";
 }
 
 namespace {
 
-// The person at "Scanning Dialog": picks the high resolution (or not) and
-// presses one of its buttons once it is up.
+// The person at "Scanning Dialog": picks the high resolution (or not) and presses a button.
 void answerScanningDialog(const char* button, bool highResolution)
 {
-    auto* timer = new QTimer;
-    timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, [timer, highResolution, name = QString::fromLatin1(button)] {
-        auto* dialog = qobject_cast<frmVScan*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        dialog->findChild<QRadioButton*>(highResolution ? QStringLiteral("opt300") : QStringLiteral("opt200"))->setChecked(true);
-        dialog->findChild<QPushButton*>(name)->click();
-        timer->deleteLater();
-    });
-    timer->start();
+    pressInDialog<frmVScan>(button, [highResolution](Controls ui) { ui.option(highResolution ? "opt300" : "opt200")->setChecked(true); });
 }
 
 class ViewerScanner : public ::testing::Test {
@@ -338,11 +306,9 @@ TEST_F(ViewerScanner, AppendsAScannedPageAtTheChosenResolution)
     ASSERT_TRUE(reader.ok());
     ASSERT_EQ(reader->pageCount(), 3);
     const auto added = reader->readPage(2);
-    EXPECT_EQ(qRound(DpiOf(*added).y), 300);
+    EXPECT_EQ(std::tuple(qRound(DpiOf(*added).y), site.session().dpi, doc.currentPage()), std::tuple(300, QStringLiteral("300"), 3));
     // The test device measures its frame in whole millimetres: a line may go.
     EXPECT_NEAR(added->height(), 3300, 1);
-    EXPECT_EQ(site.session().dpi, QStringLiteral("300"));
-    EXPECT_EQ(doc.currentPage(), 3);
 
     answerScanningDialog("cmdScan", false);
     site.prompter().answer(Answer::Ok);
@@ -375,8 +341,7 @@ TEST_F(ViewerScanner, AJamKeepsTheFile)
         ASSERT_TRUE((*device)->setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_JAMMED")).ok());
     }
     answerScanningDialog("cmdScan", false);
-    site.prompter().answer(Answer::Ok);
-    site.prompter().answer(Answer::Ok);
+    site.prompter().answer(Answer::Ok), site.prompter().answer(Answer::Ok);
     doc.mnuScan_Click(3, &scanner);
     EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Scanner Error"))) << site.prompter().titles().join(QLatin1Char('|')).toStdString();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 2}));

@@ -62,10 +62,9 @@ TEST_F(FaxScreen, FieldsQueueLineAndThePagesRule)
     EXPECT_EQ(frmFax::QueueLine(2), u"There are 2 files queued to fax"_s);
     PutLocal(site.session(), fax::Section, fax::ToName, u"Jo Buyer"_s);
     auto* form = new frmFax(site.session());
-    EXPECT_EQ(child<QLineEdit>(form, "txtTo")->text(), u"Jo Buyer"_s);
-    EXPECT_EQ(child<QLabel>(form, "txtStatus")->text(), u"There is 1 file queued to fax"_s);
     QLineEdit* pages = child<QLineEdit>(form, "txtPages");
-    EXPECT_EQ(pages->text(), u"All"_s);
+    EXPECT_EQ(std::tuple(child<QLineEdit>(form, "txtTo")->text(), child<QLabel>(form, "txtStatus")->text(), pages->text()),
+              std::tuple(u"Jo Buyer"_s, u"There is 1 file queued to fax"_s, u"All"_s));
     const struct {
         const char* typed;
         const char* kept;
@@ -75,18 +74,17 @@ TEST_F(FaxScreen, FieldsQueueLineAndThePagesRule)
     for (const auto& row : rows) {
         site.prompter().clear();
         pages->setText(QLatin1String(row.typed));
-        EXPECT_EQ(form->txtPages_Validate(), row.ok) << row.typed;
-        EXPECT_EQ(pages->text(), QLatin1String(row.kept)) << row.typed;
-        EXPECT_EQ(site.prompter().wasAsked(u"Invalid Pages"_s), !row.ok) << row.typed;
+        const bool valid = form->txtPages_Validate();
+        EXPECT_EQ(std::tuple(valid, pages->text(), site.prompter().wasAsked(u"Invalid Pages"_s)), std::tuple(row.ok, QString::fromLatin1(row.kept), !row.ok)) << row.typed;
     }
     form->close();
 
     // Nothing in hand: Queue and the pages are off, the queue goes alone.
     site.session().imageFilePath.clear();
     frmFax alone(site.session());
-    EXPECT_FALSE(child<QPushButton>(alone, "cmdQueue")->isEnabled());
-    EXPECT_FALSE(child<QLineEdit>(alone, "txtPages")->isEnabled());
-    EXPECT_TRUE(child<QLineEdit>(alone, "txtPages")->text().isEmpty());
+    EXPECT_EQ(std::tuple(child<QPushButton>(alone, "cmdQueue")->isEnabled(), child<QLineEdit>(alone, "txtPages")->isEnabled(),
+                         child<QLineEdit>(alone, "txtPages")->text()),
+              std::tuple(false, false, QString()));
 }
 
 TEST_F(FaxScreen, QueueIsClearedOnlyWhenTheServerTookTheJob)
@@ -107,8 +105,7 @@ TEST_F(FaxScreen, QueueIsClearedOnlyWhenTheServerTookTheJob)
     ASSERT_TRUE(failed.wait(20000));
     EXPECT_FALSE(failed[0][1].toString().isEmpty());
     EXPECT_EQ(site.prompter().titles(), (QStringList{u"Fax Queued Images?"_s, u"Fax Test Report"_s}));
-    EXPECT_EQ(queued(), queue);
-    EXPECT_FALSE(form.isNull());
+    EXPECT_EQ(std::pair(queued(), form.isNull()), std::pair(queue, false));
 
     // The server answers: one job of both reports behind the cover page.
     PutLocal(s, fax::Section, fax::FaxServer, server->address());
@@ -118,8 +115,7 @@ TEST_F(FaxScreen, QueueIsClearedOnlyWhenTheServerTookTheJob)
     ASSERT_TRUE(sent.wait(20000));
     const QString id = sent[0][0].toString();
     ASSERT_FALSE(id.isEmpty()) << sent[0][1].toString().toStdString();
-    EXPECT_TRUE(queued().isEmpty());
-    EXPECT_EQ(GetLocal(s, fax::Section, fax::ToNumber), u"5552000"_s);
+    EXPECT_EQ(std::pair(queued(), GetLocal(s, fax::Section, fax::ToNumber)), std::pair(QString(), u"5552000"_s));
     form->close();
     EXPECT_FALSE(form.isNull()) << "held three seconds after the send";
     ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull(); }, 10000));
@@ -127,9 +123,7 @@ TEST_F(FaxScreen, QueueIsClearedOnlyWhenTheServerTookTheJob)
     HylafaxClient engine(*fax::ServerSettings([&](const QString& k) { return GetLocal(s, fax::Section, k); }));
     auto job = engine.job(id);
     ASSERT_TRUE(job.ok()) << job.error().toStdString();
-    EXPECT_EQ(job->number, u"5552000"_s);
-    EXPECT_EQ(job->toCompany, u"Buyer & Co"_s);
-    EXPECT_EQ(job->subject, u"Requested MTR's"_s);
+    EXPECT_EQ(std::tuple(job->number, job->toCompany, job->subject), std::tuple(u"5552000"_s, u"Buyer & Co"_s, u"Requested MTR's"_s));
     auto file = TiffReader::open(job->tag);
     ASSERT_TRUE(file.ok()) << job->tag.toStdString();
     EXPECT_EQ(file->pageCount(), 5);
@@ -166,17 +160,16 @@ protected:
     }
 
     // Waits until the form has the server's answer.
-    static void settle(frmFaxct* form)
+    static void settle(frmFaxct* form) { ASSERT_TRUE(QTest::qWaitFor([form] { return form->idle(); }, 20000)); }
+    // One step of the control: a menu click, then the server's answer.
+    static void step(frmFaxct* form, const std::function<void()>& click) { click(), settle(form); }
+    // The view: its title, Resend allowed, the job ids.
+    static std::tuple<QString, bool, QStringList> seen(frmFaxct* form)
     {
-        ASSERT_TRUE(QTest::qWaitFor([form] { return form->idle(); }, 20000));
-    }
-
-    QStringList ids(frmFaxct* form) const
-    {
-        QStringList result;
+        QStringList ids;
         for (const FaxJobInfo& job : form->rows())
-            result << job.id;
-        return result;
+            ids << job.id;
+        return {form->windowTitle(), form->action(u"mnuResend"_s)->isEnabled(), ids};
     }
 
     FaxTestServer* server = nullptr;
@@ -196,29 +189,23 @@ TEST_F(FaxControlScreen, ViewsDeleteAndResendWorkOnTheServersJobs)
     settle(form);
     // No failed or sent jobs: the form opens on the pending ones.
     EXPECT_EQ(form->view(), 0);
-    EXPECT_EQ(form->windowTitle(), u"Tarlox Fax Control for Pending Faxes"_s);
-    EXPECT_FALSE(form->action(u"mnuResend"_s)->isEnabled());
-    EXPECT_EQ(ids(form), (QStringList{first.jobId, second.jobId}));
+    const QString pending = u"Tarlox Fax Control for Pending Faxes"_s;
+    EXPECT_EQ(seen(form), std::tuple(pending, false, QStringList{first.jobId, second.jobId}));
     QTreeWidget* list = form->findChild<QTreeWidget*>(u"FaxMan1"_s);
-    EXPECT_EQ(list->topLevelItem(0)->text(0), u"Buyer & Co"_s);
-    EXPECT_EQ(list->topLevelItem(1)->text(1), u"5551002"_s);
-    EXPECT_EQ(list->topLevelItem(0)->text(7), u"3"_s);  // the cover and the two pages
-    EXPECT_TRUE(list->isColumnHidden(10));
+    const auto cell = [&](int row, int column) { return list->topLevelItem(row)->text(column); };
+    // Company, number, and the cover and the two pages.
+    EXPECT_EQ(std::tuple(cell(0, 0), cell(1, 1), cell(0, 7), list->isColumnHidden(10)), std::tuple(u"Buyer & Co"_s, u"5551002"_s, u"3"_s, true));
 
     // Delete: the selected job leaves the server.
     form->setSelectedRow(1);
-    form->mnuDelete_Click();
-    settle(form);
-    EXPECT_EQ(ids(form), QStringList{first.jobId});
+    step(form, [&] { form->mnuDelete_Click(); });
+    EXPECT_EQ(seen(form), std::tuple(pending, false, QStringList{first.jobId}));
 
     // The first fails (stopped on the server); the failed view resends it to a new number.
     ASSERT_TRUE(HylafaxClient(where()).kill(first.jobId).ok());
-    form->mnuView_Click(3);
-    settle(form);
-    EXPECT_EQ(form->windowTitle(), u"Tarlox Fax Control for Failed Faxes"_s);
-    EXPECT_TRUE(form->action(u"mnuResend"_s)->isEnabled());
-    ASSERT_EQ(ids(form), QStringList{first.jobId});
-    EXPECT_EQ(list->topLevelItem(0)->text(5), u"Job aborted by request"_s);
+    step(form, [&] { form->mnuView_Click(3); });
+    ASSERT_EQ(seen(form), std::tuple(u"Tarlox Fax Control for Failed Faxes"_s, true, QStringList{first.jobId}));
+    EXPECT_EQ(cell(0, 5), u"Job aborted by request"_s);
     QStringList asked;
     form->inputBox = [&](const QString& title, const QString& prompt, const QString& value) -> std::optional<QString> {
         asked << title << prompt << value;
@@ -234,13 +221,10 @@ TEST_F(FaxControlScreen, ViewsDeleteAndResendWorkOnTheServersJobs)
     ASSERT_FALSE(newId.isEmpty()) << resent[0][1].toString().toStdString();
     settle(form);
 
-    form->mnuView_Click(0);
-    settle(form);
-    ASSERT_EQ(ids(form), QStringList{newId});
+    step(form, [&] { form->mnuView_Click(0); });
+    ASSERT_EQ(std::get<2>(seen(form)), QStringList{newId});
     const FaxJobInfo again = form->rows()[0];
-    EXPECT_EQ(again.number, u"5559999"_s);
-    EXPECT_EQ(again.toCompany, u"Buyer & Co"_s);
-    EXPECT_NE(again.tag, first.jobFile);
+    EXPECT_EQ(std::tuple(again.number, again.toCompany, again.tag != first.jobFile), std::tuple(u"5559999"_s, u"Buyer & Co"_s, true));
     EXPECT_TRUE(QFile::exists(first.jobFile)) << "the earlier job file stays";
 
     // A job whose file is gone: the resend says which file it could not copy.
@@ -253,13 +237,11 @@ TEST_F(FaxControlScreen, ViewsDeleteAndResendWorkOnTheServersJobs)
     EXPECT_EQ(site.prompter().asked().last().title, u"Error resending fax"_s);
 
     // Delete All empties the view; the dragged widths are kept on closing.
-    form->mnuDeleteAll_Click();
-    settle(form);
+    step(form, [&] { form->mnuDeleteAll_Click(); });
     EXPECT_TRUE(form->rows().isEmpty());
     list->setColumnWidth(0, 40 * list->fontMetrics().horizontalAdvance(u'0'));
     form->close();
     ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull(); }, 10000)) << "closes three seconds after the resend";
     const auto columns = ReadControlColumns(GetLocal(site.session(), fax::Section, fax::ControlColumns));
-    EXPECT_EQ(columns[0].width, 40);
-    EXPECT_EQ(columns[10].width, 0);
+    EXPECT_EQ(std::pair(columns[0].width, columns[10].width), std::pair(40, 0));
 }

@@ -40,14 +40,10 @@ template <class Condition> bool waitFor(Condition condition)
     return condition();
 }
 
-// A page that looks like a certificate: typed lines and a heading bar.
+// A certificate page with a heading bar.
 QImage certificatePage(int n)
 {
-    QImage page = TextPage(1275, 1650, quint32(n), 150);
-    for (int y = 10; y < 30; ++y)
-        for (int x = 0; x < 300; ++x)
-            page.setPixel(x, y, 0);
-    FillBlack(page, 10, 10, 20 * n, 20);
+    QImage page = CertificatePage(n);
     FillBlack(page, 100, 60, 1075, 6);
     return page;
 }
@@ -101,10 +97,9 @@ TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
     viewer->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
     ASSERT_TRUE(waitFor([&] { return !viewer->document().page().isNull(); }));
-    EXPECT_EQ(viewer->document().pageCount(), 2);
-    EXPECT_FALSE(viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible());
-    EXPECT_FALSE(viewer->action(QStringLiteral("mnuSave"))->isEnabled());
-    EXPECT_EQ(viewer->pageBox()->maximum(), 2);
+    EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible(),
+                         viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->pageBox()->maximum()),
+              std::tuple(2, false, false, 2));
 
     // The fitted page is shown in grey levels: thin strokes average, not vanish.
     ASSERT_TRUE(waitFor([&] { return !viewer->imcMain()->rendered().isNull(); }));
@@ -114,23 +109,21 @@ TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
         for (int x = 0; x < shown.width(); ++x)
             levels.insert(qGray(shown.pixel(x, y)));
     levels.remove(0x80);  // the ground beside the page
-    EXPECT_TRUE(levels.contains(255));
-    EXPECT_GE(levels.size(), 4);  // white, black and shades between
+    EXPECT_TRUE(levels.contains(255) && levels.size() >= 4) << levels.size();  // white, black and shades between
     viewer->close();
 }
 
 TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
 {
     frmView* viewer = openViewer(NumberedPages(3));
-    viewer->action(QStringLiteral("mnuPageNum_3"))->trigger();
-    EXPECT_EQ(PageNumberOf(viewer->document().page()), 3);
-    EXPECT_EQ(viewer->pageBox()->value(), 3);
-    QTest::keyClick(viewer->imcMain(), Qt::Key_PageUp);
-    EXPECT_EQ(viewer->document().currentPage(), 2);
-    viewer->pageBox()->setValue(1);
-    EXPECT_EQ(PageNumberOf(viewer->document().page()), 1);
-    QTest::keyClick(viewer->imcMain(), Qt::Key_PageDown);
-    EXPECT_EQ(viewer->document().currentPage(), 2);
+    QList<std::function<void()>> steps = {[&] { viewer->action(QStringLiteral("mnuPageNum_3"))->trigger(); },
+                                          [&] { QTest::keyClick(viewer->imcMain(), Qt::Key_PageUp); },
+                                          [&] { viewer->pageBox()->setValue(1); },
+                                          [&] { QTest::keyClick(viewer->imcMain(), Qt::Key_PageDown); }};
+    QList<std::pair<int, int>> seen;  // the page shown and the page box
+    for (const auto& step : steps)
+        step(), seen << std::pair(PageNumberOf(viewer->document().page()), viewer->pageBox()->value());
+    EXPECT_EQ(seen, (QList<std::pair<int, int>>{{3, 3}, {2, 2}, {1, 1}, {2, 2}}));
     viewer->close();
 }
 
@@ -144,8 +137,7 @@ TEST_F(ViewerWindow, DragMagnifiesAndRightClickReturns)
     // The square fills the view's shorter side.
     const ViewGeometry g = viewer->imcMain()->geometryNow();
     EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
-    const QPoint centre = viewer->imcMain()->rect().center();
-    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, centre);
+    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
     EXPECT_FALSE(viewer->document().zoomed());
     viewer->close();
 }
@@ -159,18 +151,15 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
     site.session().draw.lineWidth = 4;
     viewer->LineCommand();
     drag(viewer, QPointF(250, 450), QPointF(500, 450));
-    EXPECT_TRUE(viewer->action(QStringLiteral("mnuSave"))->isEnabled());
-    EXPECT_FALSE(viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled());
-    EXPECT_FALSE(viewer->pageBox()->isEnabled());
     const QImage& page = viewer->document().page();
-    EXPECT_TRUE(IsBlackAt(page, 375, 450));
-    EXPECT_FALSE(IsBlackAt(page, 375, 460));
+    EXPECT_EQ(std::tuple(viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled(),
+                         viewer->pageBox()->isEnabled(), IsBlackAt(page, 375, 450), IsBlackAt(page, 375, 460)),
+              std::tuple(true, false, false, true, false));
     viewer->action(QStringLiteral("mnuSave"))->trigger();
-    EXPECT_TRUE(QFileInfo::exists(OriginalPathOf(path)));
-    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"));
+    EXPECT_EQ(std::pair(QFileInfo::exists(OriginalPathOf(path)), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"))));
     viewer->action(QStringLiteral("mnuViewOrig"))->trigger();
-    EXPECT_TRUE(viewer->windowTitle().endsWith(QStringLiteral(" (Original)")));
-    EXPECT_FALSE(viewer->menu(QStringLiteral("mnuScanOpt"))->menuAction()->isEnabled());
+    EXPECT_EQ(std::pair(viewer->windowTitle().endsWith(QStringLiteral(" (Original)")), viewer->menu(QStringLiteral("mnuScanOpt"))->menuAction()->isEnabled()),
+              std::pair(true, false));
     site.prompter().answer(Answer::Ok);
     viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
     EXPECT_FALSE(QFileInfo::exists(OriginalPathOf(path)));
@@ -196,9 +185,7 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
         site.prompter().answer(Answer::Yes);
         viewer->close();
     }
-    EXPECT_FALSE(closed);
-    EXPECT_TRUE(viewer->isVisible());
-    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 600));
+    EXPECT_EQ(std::tuple(closed, viewer->isVisible(), IsBlackAt(viewer->document().page(), 400, 600)), std::tuple(false, true, true));
     EXPECT_EQ(site.prompter().titles().count(ProgramTitle()), 2);  // the error report, once for each try
     EXPECT_TRUE(site.prompter().textOf(ProgramTitle()).contains(path));
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(path));
@@ -206,14 +193,12 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     // Cancel (Escape) at the question keeps the viewer and its edits.
     site.prompter().answer(Answer::Cancel);
     viewer->close();
-    EXPECT_FALSE(closed);
-    EXPECT_TRUE(IsBlackAt(viewer->document().page(), 400, 600));
+    EXPECT_EQ(std::pair(closed, IsBlackAt(viewer->document().page(), 400, 600)), std::pair(false, true));
 
     site.prompter().answer(Answer::Yes);
     viewer->close();
     EXPECT_TRUE(closed);
-    auto reader = TiffReader::open(path);
-    EXPECT_TRUE(IsBlackAt(*reader->readPage(0), 400, 600));
+    EXPECT_TRUE(IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 600));
 }
 
 TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
@@ -228,14 +213,11 @@ TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
         printer.setOutputFileName(pdf);
         printer.setPageSize(QPageSize(QPageSize::Letter));
         printer.setPageMargins(QMarginsF(0.25, 0.25, 0.25, 0.25), QPageLayout::Inch);
-        copies = 2;
-        from = 2;
-        to = 3;
+        copies = 2, from = 2, to = 3;
         return true;
     };
     viewer->action(QStringLiteral("mnuPrint"))->trigger();
-    EXPECT_EQ(dialogs, 1);
-    EXPECT_FALSE(viewer->lblPrintMsg()->isVisible());
+    EXPECT_EQ(std::pair(dialogs, viewer->lblPrintMsg()->isVisible()), std::pair(1, false));
     auto printed = ImageInput::open(pdf, 50);
     ASSERT_TRUE(printed) << printed.error().toStdString();
     ASSERT_EQ(printed->pageCount(), 4);  // pages 2 and 3, twice
@@ -245,17 +227,12 @@ TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
         EXPECT_EQ(page->size(), QSize(425, 550)) << i;  // letter at 50 dpi
         // The picture stands in the 8 x 10.5 inch frame a quarter inch from the corner.
         const QImage grey = page->convertToFormat(QImage::Format_Grayscale8);
-        int right = 0;
-        int bottom = 0;
+        int right = 0, bottom = 0;
         for (int y = 0; y < grey.height(); ++y)
             for (int x = 0; x < grey.width(); ++x)
-                if (qGray(grey.pixel(x, y)) < 200) {
-                    right = std::max(right, x);
-                    bottom = std::max(bottom, y);
-                }
-        EXPECT_LE(right, 13 + 400);
-        EXPECT_LE(bottom, 13 + 525);
-        EXPECT_GT(bottom, 13 + 400);
+                if (qGray(grey.pixel(x, y)) < 200)
+                    right = std::max(right, x), bottom = std::max(bottom, y);
+        EXPECT_TRUE(right <= 13 + 400 && bottom <= 13 + 525 && bottom > 13 + 400) << right << ' ' << bottom;
     }
     EXPECT_EQ(viewer->document().currentPage(), 1);
     viewer->close();
@@ -267,17 +244,16 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
     {
         frmVTLin form(s);
         QLineEdit* box = child<QLineEdit>(&form, "txtLineWidth");
-        EXPECT_EQ(box->text(), QStringLiteral("1"));  // 0 in the settings
-        box->setText(QStringLiteral("500"));
-        EXPECT_EQ(box->text(), QStringLiteral("100"));
-        box->clear();
-        EXPECT_EQ(box->text(), QStringLiteral("1"));
+        QStringList shown{box->text()};  // 0 in the settings
+        for (const char* typed : {"500", ""})
+            box->setText(QLatin1String(typed)), shown << box->text();
+        EXPECT_EQ(shown, (QStringList{QStringLiteral("1"), QStringLiteral("100"), QStringLiteral("1")}));
         box->setText(QStringLiteral("7"));
         form.show();
         form.close();  // the title bar's close button keeps the value too
     }
-    EXPECT_EQ(s.draw.lineWidth, 7);
-    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("LineWidth")).value, QStringLiteral("7"));
+    const auto key = [&](const char* name) { return ReadIniValue(site.localIni(), QStringLiteral("Draw"), QLatin1String(name)).value; };
+    EXPECT_EQ(std::pair(s.draw.lineWidth, key("LineWidth")), std::pair(7, QStringLiteral("7")));
     {
         frmVTRec form(s);
         child<QLineEdit>(&form, "txtRecWidth")->setText(QStringLiteral("0"));
@@ -286,18 +262,12 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
         child<QCheckBox>(&form, "chkBlack")->setChecked(false);
         form.reject();
     }
-    EXPECT_EQ(s.draw.rectangleWidth, 1);
-    EXPECT_TRUE(s.draw.rectangleFill);
-    EXPECT_FALSE(s.draw.rectangleBlack);
-    EXPECT_EQ(ReadIniValue(site.localIni(), QStringLiteral("Draw"), QStringLiteral("RectangleFill")).value,
-              GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill")));
+    EXPECT_EQ(std::tuple(s.draw.rectangleWidth, s.draw.rectangleFill, s.draw.rectangleBlack), std::tuple(1, true, false));
+    EXPECT_EQ(key("RectangleFill"), GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill")));
 
     // The stamp form shows and keeps its text lines, font and type.
-    s.draw.stampType = QStringLiteral("Text");
-    s.draw.stampText = QStringLiteral("RECEIVED|QA DEPT");
-    s.draw.fontName = QStringLiteral("DejaVu Serif");
-    s.draw.fontSize = 18;
-    s.draw.fontBold = true;
+    s.draw.stampType = QStringLiteral("Text"), s.draw.stampText = QStringLiteral("RECEIVED|QA DEPT");
+    s.draw.fontName = QStringLiteral("DejaVu Serif"), s.draw.fontSize = 18, s.draw.fontBold = true;
     {
         frmVTStm form(s);
         EXPECT_EQ(child<QPlainTextEdit>(&form, "txtStampText")->toPlainText(), QStringLiteral("RECEIVED\nQA DEPT"));
@@ -313,21 +283,15 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
         form.show();
         child<QPlainTextEdit>(&form, "txtStampText")->setPlainText(QStringLiteral("APPROVED\nBY\n"));
         child<QRadioButton>(&form, "optImage")->setChecked(true);
-        EXPECT_FALSE(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled());
-        EXPECT_TRUE(child<QLineEdit>(&form, "txtImageName")->isEnabled());
+        EXPECT_EQ(std::pair(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled(), child<QLineEdit>(&form, "txtImageName")->isEnabled()),
+                  std::pair(false, true));
         site.prompter().answerFile(site.path(QStringLiteral("stamp.png")));
         form.cmdImageName_Click();
         child<QCheckBox>(&form, "cbStampOvl")->setChecked(true);
         form.accept();
     }
-    EXPECT_EQ(s.draw.stampText, QStringLiteral("APPROVED|BY|"));
-    EXPECT_EQ(s.draw.stampType, QStringLiteral("Image"));
-    EXPECT_EQ(s.draw.fontName, QStringLiteral("DejaVu Sans"));
-    EXPECT_TRUE(s.draw.fontItalic);
-    EXPECT_FALSE(s.draw.fontBold);
-    EXPECT_TRUE(s.draw.stampOvl);
-    EXPECT_EQ(s.draw.stampImage, site.path(QStringLiteral("stamp.png")));
-    const auto key = [&](const char* name) { return ReadIniValue(site.localIni(), QStringLiteral("Draw"), QLatin1String(name)).value; };
-    EXPECT_EQ(key("StampText"), QStringLiteral("APPROVED|BY|"));
-    EXPECT_EQ(key("FontSize"), QStringLiteral("24"));
+    EXPECT_EQ(std::tuple(s.draw.stampText, s.draw.stampType, s.draw.fontName, s.draw.fontItalic, s.draw.fontBold, s.draw.stampOvl, s.draw.stampImage),
+              std::tuple(QStringLiteral("APPROVED|BY|"), QStringLiteral("Image"), QStringLiteral("DejaVu Sans"), true, false, true,
+                         site.path(QStringLiteral("stamp.png"))));
+    EXPECT_EQ(std::pair(key("StampText"), key("FontSize")), std::pair(QStringLiteral("APPROVED|BY|"), QStringLiteral("24")));
 }
