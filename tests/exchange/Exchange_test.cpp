@@ -46,9 +46,7 @@ protected:
     ExchangeTest() : a(GetParam()), b(GetParam() == Engine::Sqlite ? Engine::Postgres : Engine::Sqlite) {}
     void SetUp() override
     {
-        ASSERT_TRUE(a.start());
-        ASSERT_TRUE(b.start());
-        ASSERT_TRUE(QDir().mkpath(exportDir()));
+        ASSERT_TRUE(a.start() && b.start() && QDir().mkpath(exportDir()));
     }
     QString exportDir() const { return a.path(u"export"_s); }
     static QString data(TestSite& site, qint32 number, const QString& prefix = u"TR"_s)
@@ -87,8 +85,7 @@ TEST_P(ExchangeTest, ExportThenImportOnTheOtherEngineKeepsEveryRowDateAndFile)
     seedThree();
     ASSERT_TRUE(exportAll().complete());
     const ExchangeSummary imported = ImportImages(b.session(), ImportOptions{exportDir()});
-    EXPECT_TRUE(imported.complete()) << imported.report(u"imported"_s).join(u'\n').toStdString();
-    EXPECT_EQ(rowsOf(b.session()), rowsOf(a.session()));
+    EXPECT_EQ(std::pair(imported.complete(), rowsOf(b.session())), std::pair(true, rowsOf(a.session()))) << imported.report(u"imported"_s).join(u'\n').toStdString();
     for (const qint32 n : {1, 2, 3})
         EXPECT_EQ(FileBytes(data(b, n)), FileBytes(data(a, n))) << n;
     EXPECT_EQ(FileBytes(data(b, 1, u"OR"_s)), "original one");
@@ -206,8 +203,7 @@ TEST_P(ExchangeTest, MoveAndBackRelinkAndAStalePath)
     EXPECT_EQ(std::tuple(relinked.skipped.size(), pathOf(1), pathOf(2)), std::tuple(1, third, home));
     // A stale path: the row says vol3, the file lies in the data directory.
     ASSERT_TRUE(QFile::rename(JoinPath(third, u"TR000001.TIF"_s), JoinPath(home, u"TR000001.TIF"_s)));
-    EXPECT_TRUE(MoveImages(s, {1}, MoveOptions{other}).complete());
-    EXPECT_EQ(FileBytes(JoinPath(other, u"TR000001.TIF"_s)), "one");
+    EXPECT_EQ((std::pair{MoveImages(s, {1}, MoveOptions{other}).complete(), FileBytes(JoinPath(other, u"TR000001.TIF"_s))}), std::pair(true, QByteArray("one")));
 }
 
 TEST_P(ExchangeTest, DeleteTakesEveryReferenceOfTheImage)

@@ -127,10 +127,10 @@ protected:
 TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
 {
     EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
-    EXPECT_EQ(frame->width(), std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()));
     // Title, menus, toolbar and status bar, and no room for children.
-    EXPECT_EQ(frame->height(), frame->menuBar()->height() + frame->toolbar()->height() + frame->statusBar()->height());
-    EXPECT_TRUE(frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty());
+    EXPECT_EQ(std::tuple(frame->width(), frame->height(), frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty()),
+              std::tuple(std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()),
+                         frame->menuBar()->height() + frame->toolbar()->height() + frame->statusBar()->height(), true));
     // The File menu's commands stand in their order.
     EXPECT_EQ(namesOf(frame->menuBar()->actions().first()->menu()->actions(), [](QAction* a) { return !a->isSeparator(); }).join(u' '), u"mnuOpen mnuScan mnuBatch mnuBarcode mnuFind mnuPrint mnuList mnuFax mnuAscii mnuPack mnuImport mnuImportTif "
                                "mnuUpdate mnuRepair mnuSrvSetup mnuSetup mnuExit"_s);
@@ -211,8 +211,7 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
 {
     frame->MDIForm_Activate();
     for (const auto& [entry, button, on] : {std::tuple{"mnuBatch", "Batch", true}, {"mnuList", "List", false}, {"mnuFax", "Fax", false}}) {
-        EXPECT_EQ(frame->menuEntry(QLatin1String(entry))->isEnabled(), on) << entry;
-        EXPECT_EQ(frame->toolbarButton(QLatin1String(button))->isVisible(), on) << button;
+        EXPECT_EQ(std::pair(frame->menuEntry(QLatin1String(entry))->isEnabled(), frame->toolbarButton(QLatin1String(button))->isVisible()), std::pair(on, on)) << entry;
     }
     for (const char* entry : {"mnuPrint", "mnuAscii", "mnuImport", "mnuUpdate", "mnuChange", "mnuAbout"})
         EXPECT_FALSE(frame->menuEntry(QLatin1String(entry))->isEnabled()) << entry;
@@ -226,9 +225,8 @@ TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
         EXPECT_FALSE(action->isEnabled()) << entry;
         action->trigger();
     }
-    EXPECT_EQ(bare.ShowForm(u"frmNoSuchForm"_s), nullptr);
-    EXPECT_TRUE(bare.mdiArea()->subWindowList().isEmpty());
-    EXPECT_EQ(QApplication::topLevelWidgets().size(), before.size());
+    EXPECT_EQ((std::tuple{bare.ShowForm(u"frmNoSuchForm"_s), bare.mdiArea()->subWindowList().size(), QApplication::topLevelWidgets().size()}),
+              std::tuple(static_cast<QWidget*>(nullptr), 0, before.size()));
 }
 
 TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
@@ -275,8 +273,7 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
     // The viewer's menus stand in the frame's bar in place of the frame's own;
     // Window and Help stay the frame's.
     const auto shownMenus = [&] { return namesOf(frame->menuBar()->actions(), [](QAction* a) { return a->isVisible(); }); };
-    EXPECT_EQ(shownMenus(), (QStringList{u"viewerFile"_s, u"mnuWindow"_s, u"mnuMainHelp"_s}));
-    EXPECT_FALSE(first->bar.isVisibleTo(first));
+    EXPECT_EQ(std::pair(shownMenus(), first->bar.isVisibleTo(first)), std::pair(QStringList{u"viewerFile"_s, u"mnuWindow"_s, u"mnuMainHelp"_s}, false));
 
     frame->ShowForm(u"frmScan"_s);
     EXPECT_EQ(std::tuple(shownMenus().first(), shownMenus().contains(u"viewerFile"_s), frame->toolbarButton(u"Rectangle"_s)->isVisible(),
@@ -411,8 +408,7 @@ TEST_F(FrameScanner, LoadRecordsLoginAndThatNoScannerIsThere)
 
     const QDateTime login = site.session().machine.lastLogin;
     ASSERT_TRUE(login.isValid() && ReadUser(site.session(), QString()));
-    EXPECT_FALSE(site.session().machine.scanner);
-    EXPECT_LE(qAbs(site.session().machine.lastLogin.secsTo(login)), 1);
+    EXPECT_EQ(std::pair(site.session().machine.scanner, qAbs(site.session().machine.lastLogin.secsTo(login)) <= 1), std::pair(false, true));
 }
 
 // Fax is offered where a fax server answers, with or without a modem.
