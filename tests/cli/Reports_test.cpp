@@ -113,9 +113,8 @@ TEST_F(ReportsTest, AddShowAndDuplicates)
 
 TEST_F(ReportsTest, BadFilesAndABlockedDataDirectoryStoreNothing)
 {
-    ASSERT_TRUE(WriteFile(work.filePath(S("corrupt.tif")), QByteArray("II*\0", 4) + QByteArray(500, '\x7f')));
-    ASSERT_TRUE(WriteFile(work.filePath(S("empty.tif")), QByteArray("II*\0\0\0\0\0", 8)));
-    ASSERT_TRUE(WriteFile(work.filePath(S("notes.png")), "not a picture at all"));
+    for (const auto& [name, bytes] : {std::pair<const char*, QByteArray>{"corrupt.tif", QByteArray("II*\0", 4) + QByteArray(500, '\x7f')}, {"empty.tif", QByteArray("II*\0\0\0\0\0", 8)}, {"notes.png", QByteArray("not a picture at all")}})
+        ASSERT_TRUE(WriteFile(work.filePath(S(name)), bytes));
     for (const char* bad : {"corrupt.tif", "empty.tif", "notes.png", "missing.png"}) {
         const CliRun run = add({page(S("good.png")), work.filePath(S(bad))});
         EXPECT_EQ(std::tuple(run.code, run.err.count(QLatin1Char('\n'))), std::tuple(1, 1)) << bad << run.err.toStdString();
@@ -156,6 +155,5 @@ TEST_F(ReportsTest, ShortPagesAndFailingScannersStoreNothing)
     EXPECT_TRUE(jammed.code == 1 && jammed.err.contains(S("jammed"))) << jammed.err.toStdString();
     ASSERT_TRUE(WriteFile(sane.filePath(S("dll.conf")), ""));
     const CliRun none = scan({});
-    EXPECT_TRUE(none.code == 1 && none.err.contains(S("No scanner was found"))) << none.err.toStdString();
-    EXPECT_TRUE(noDataFiles());
+    EXPECT_TRUE(none.code == 1 && none.err.contains(S("No scanner was found")) && noDataFiles()) << none.err.toStdString();
 }

@@ -88,8 +88,7 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     // The bit went to the Options row, where another machine reads it.
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.clientOptions, 4);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.clientOptions : -1, 4);
 
     QWidget again;
     build(again);
@@ -106,8 +105,7 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     ASSERT_TRUE(UpdateOptions(s));
     again.findChild<QCheckBox*>(u"chkBit"_s)->setChecked(false);
     ASSERT_TRUE(reloaded.SaveFields());
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.clientOptions, 1);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.clientOptions : -1, 1);
 }
 
 TEST_F(Settings, PasswordIsStoredEnciphered)
@@ -188,8 +186,7 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.nextName, 4711);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.nextName : -1, 4711);
 
     // A screen opened before another machine went on puts the counter back
     // to what it showed: taking the next number repairs that against the images.
