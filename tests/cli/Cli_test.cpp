@@ -1,8 +1,8 @@
 #include "cli/Values.h"
 #include "support/CliRun.h"
+#include "support/TestSite.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -32,8 +32,7 @@ TEST(CliValues, OnePlaceReadsEveryKindOfValue)
     EXPECT_EQ(DpiValue(S("--dpi"), S("1200")).value, 1200);
     EXPECT_FALSE(DpiValue(S("--dpi"), S("1201")) || DpiValue(S("--dpi"), S("49")));
 
-    EXPECT_EQ(DateValue(S("--from"), S("1/2/2026")).value, QDate(2026, 1, 2));
-    EXPECT_EQ(DateValue(S("--from"), S("2026-01-02")).value, QDate(2026, 1, 2));
+    EXPECT_EQ(std::pair(DateValue(S("--from"), S("1/2/2026")).value, DateValue(S("--from"), S("2026-01-02")).value), std::pair(QDate(2026, 1, 2), QDate(2026, 1, 2)));
     EXPECT_EQ(DateValue(S("--to"), S("31/31/2003")).error, S("--to: Invalid Date: 31/31/2003 (month/day/year or yyyy-mm-dd)"));
 
     EXPECT_EQ(PairValue(S("--message"), S(" N =Smith=Jones")).value, (QPair<QString, QString>{S("N"), S("Smith=Jones")}));
@@ -105,25 +104,23 @@ TEST_F(CliTest, UsageAnswersWithoutTouchingAnyFile)
         EXPECT_EQ(run.code, row.code) << row.arguments << "\n" << run.err.toStdString();
         for (const QString& text : S(row.out).split(QLatin1Char('|'), Qt::SkipEmptyParts))
             EXPECT_TRUE(run.out.contains(text)) << row.arguments << " lacks " << text.toStdString() << "\n" << run.out.toStdString();
-        EXPECT_TRUE(run.err.contains(S(row.err))) << row.arguments << "\n" << run.err.toStdString();
-        EXPECT_TRUE(row.code != 2 || !*row.arguments || run.err.count(QLatin1Char('\n')) == 1) << row.arguments;
-        EXPECT_TRUE(QDir(dir.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) << row.arguments;
+        // A usage error is one line; nothing is written.
+        EXPECT_EQ(std::tuple(run.err.contains(S(row.err)), row.code != 2 || !*row.arguments || run.err.count(QLatin1Char('\n')) == 1,
+                             QDir(dir.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)),
+                  std::tuple(true, true, true))
+            << row.arguments << "\n" << run.err.toStdString();
     }
 }
 
 TEST_F(CliTest, InitInfoAndSettings)
 {
     // Nothing to start from: one line, no question.
-    EXPECT_EQ(cli({S("info")}).code, 1);
-    EXPECT_FALSE(QFile::exists(dir.filePath(S("TARLOX.INI"))));
-    EXPECT_EQ(cli({S("settings"), S("get"), S("Info"), S("DataDir")}).err.count(QLatin1Char('\n')), 1);
+    EXPECT_EQ((std::tuple{cli({S("info")}).code, QFile::exists(dir.filePath(S("TARLOX.INI"))), cli({S("settings"), S("get"), S("Info"), S("DataDir")}).err.count(QLatin1Char('\n'))}),
+              std::tuple(1, false, 1));
 
     const CliRun init = cli({S("init"), S("/d=") + dir.filePath(S("trace.log"))});
     ASSERT_EQ(init.code, 0) << init.err.toStdString();
-    EXPECT_TRUE(QFile::exists(dir.filePath(S("Tarlox.db"))));
-    QFile trace(dir.filePath(S("trace.log")));
-    ASSERT_TRUE(trace.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(trace.readLine().startsWith("Main"));
+    EXPECT_EQ(std::pair(QFile::exists(dir.filePath(S("Tarlox.db"))), FileBytes(dir.filePath(S("trace.log"))).startsWith("Main")), std::pair(true, true));
 
     const CliRun info = cli({S("info")});
     ASSERT_EQ(info.code, 0) << info.err.toStdString();
@@ -134,12 +131,10 @@ TEST_F(CliTest, InitInfoAndSettings)
     EXPECT_TRUE(cli({S("init")}).out.startsWith(S("Already initialized")));
 
     // A value that looks like an option is still a value.
-    EXPECT_EQ(cli({S("settings"), S("set"), S("Scan"), S("Brightness"), S("-200")}).code, 0);
-    const CliRun get = cli({S("settings"), S("get"), S("scan"), S("brightness")});
-    EXPECT_EQ(get.out, S("-200\n"));
+    EXPECT_EQ((std::tuple{cli({S("settings"), S("set"), S("Scan"), S("Brightness"), S("-200")}).code, cli({S("settings"), S("get"), S("scan"), S("brightness")}).out}),
+              std::tuple(0, S("-200\n")));
     const CliRun other = cli({S("--ini"), dir.filePath(S("TARLOX.INI")), S("settings"), S("get"), S("Info"), S("DataDir")}, {{S("TARLOX"), S("/nonexistent")}});
-    EXPECT_EQ(other.code, 0);
-    EXPECT_EQ(other.out.trimmed(), dir.filePath(S("DATA")));
+    EXPECT_EQ(std::tuple(other.code, other.out.trimmed()), std::tuple(0, dir.filePath(S("DATA"))));
 }
 
 }  // namespace

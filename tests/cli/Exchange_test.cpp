@@ -45,10 +45,8 @@ TEST(CliExchange, EveryCommandSaysWhatWentThroughAndExitsOneWhenAnythingWasSkipp
     for (const Step& step : steps) {
         SCOPED_TRACE(step.what);
         const CliRun run = RunCli(step.arguments, at(step.onB ? b : a));
-        EXPECT_EQ(run.code, step.code) << run.err.toStdString();
-        if (*step.firstLine) {
-            EXPECT_EQ(run.out.section(u'\n', 0, 0), QString::fromUtf8(step.firstLine)) << run.out.toStdString();
-        }
+        EXPECT_EQ(std::tuple(run.code, *step.firstLine ? run.out.section(u'\n', 0, 0) : QString()), std::tuple(step.code, QString::fromUtf8(step.firstLine)))
+            << run.err.toStdString() << run.out.toStdString();
     }
     EXPECT_TRUE(QFile::exists(out.filePath(u"TR000002.TIF"_s)));
 }

@@ -88,8 +88,7 @@ protected:
 TEST_F(ReportsTest, AddShowAndDuplicates)
 {
     const CliRun added = add({page(S("a.png")), page(S("b.png"))});
-    ASSERT_EQ(added.code, 0) << added.err.toStdString();
-    EXPECT_EQ(added.out, S("1\n"));
+    ASSERT_EQ(std::tuple(added.code, added.out), std::tuple(0, S("1\n"))) << added.err.toStdString();
     const CliRun shown = cli({S("show"), S("1")});
     ASSERT_EQ(shown.code, 0) << shown.err.toStdString();
     for (const QString& text : QStringList{S("File: ") + dir.filePath(S("DATA/TR000001.TIF")), S("Pages: 2"), S("References: 2"), S("H2\tP2\tPO-7\tAcme Steel")})
@@ -106,36 +105,27 @@ TEST_F(ReportsTest, AddShowAndDuplicates)
         p.drawText(100, 100, S("two"));
     }
     const CliRun again = add({pdf});
-    EXPECT_EQ(again.code, 1);
-    EXPECT_TRUE(again.err.contains(S("Already on File!"))) << again.err.toStdString();
-    EXPECT_EQ(count(S("Images")), 1);
+    EXPECT_EQ(std::tuple(again.code, again.err.contains(S("Already on File!")), count(S("Images"))), std::tuple(1, true, 1)) << again.err.toStdString();
     ASSERT_EQ(add({pdf}, {S("--size"), S("G"), S("--dpi"), S("100"), S("--allow-duplicate")}).out, S("2\n"));
     const CliRun second = cli({S("show"), S("2")});
-    EXPECT_TRUE(second.out.contains(S("Pages: 2")));
-    EXPECT_TRUE(second.out.contains(S("Size: G")));
-    EXPECT_EQ(count(S("Info")), 4);
+    EXPECT_EQ(std::tuple(second.out.contains(S("Pages: 2")), second.out.contains(S("Size: G")), count(S("Info"))), std::tuple(true, true, 4));
 }
 
 TEST_F(ReportsTest, BadFilesAndABlockedDataDirectoryStoreNothing)
 {
-    ASSERT_TRUE(WriteFile(work.filePath(S("corrupt.tif")), QByteArray("II*\0", 4) + QByteArray(500, '\x7f')));
-    ASSERT_TRUE(WriteFile(work.filePath(S("empty.tif")), QByteArray("II*\0\0\0\0\0", 8)));
-    ASSERT_TRUE(WriteFile(work.filePath(S("notes.png")), "not a picture at all"));
+    for (const auto& [name, bytes] : {std::pair<const char*, QByteArray>{"corrupt.tif", QByteArray("II*\0", 4) + QByteArray(500, '\x7f')}, {"empty.tif", QByteArray("II*\0\0\0\0\0", 8)}, {"notes.png", QByteArray("not a picture at all")}})
+        ASSERT_TRUE(WriteFile(work.filePath(S(name)), bytes));
     for (const char* bad : {"corrupt.tif", "empty.tif", "notes.png", "missing.png"}) {
         const CliRun run = add({page(S("good.png")), work.filePath(S(bad))});
-        EXPECT_EQ(run.code, 1) << bad;
-        EXPECT_EQ(run.err.count(QLatin1Char('\n')), 1) << run.err.toStdString();
+        EXPECT_EQ(std::tuple(run.code, run.err.count(QLatin1Char('\n'))), std::tuple(1, 1)) << bad << run.err.toStdString();
     }
-    EXPECT_EQ(count(S("Images")), 0);
-    EXPECT_EQ(count(S("Info")), 0);
-    EXPECT_TRUE(noDataFiles());
+    EXPECT_EQ(std::tuple(count(S("Images")), count(S("Info")), noDataFiles()), std::tuple(0, 0, true));
     EXPECT_EQ(add({page(S("dot.png"), 1, 1)}).code, 0) << "a one-pixel picture is a page like any other";
 
     // A file where the data directory should be: nothing can be written there.
     ASSERT_TRUE(WriteFile(work.filePath(S("blocked")), {}));
     ASSERT_EQ(cli({S("settings"), S("set"), S("Info"), S("DataDir"), work.filePath(S("blocked"))}).code, 0);
-    EXPECT_EQ(add({page(S("a.png"))}, {S("--allow-duplicate")}).code, 1);
-    EXPECT_EQ(count(S("Images")), 1);
+    EXPECT_EQ((std::tuple{add({page(S("a.png"))}, {S("--allow-duplicate")}).code, count(S("Images"))}), std::tuple(1, 1));
 }
 
 TEST_F(ReportsTest, ScanStoresAndPrintsTheImageNumber)
@@ -144,16 +134,14 @@ TEST_F(ReportsTest, ScanStoresAndPrintsTheImageNumber)
     ASSERT_EQ(first.out, S("1\n")) << first.err.toStdString();
     auto reader = TiffReader::open(dir.filePath(S("DATA/TR000001.TIF")));
     ASSERT_TRUE(reader.ok());
-    EXPECT_NEAR(reader->pageInfo(0)->height, 4200, 1);
-    EXPECT_EQ(reader->tags().heat, S("H1 H2"));
+    EXPECT_EQ(std::tuple(qAbs(int(reader->pageInfo(0)->height) - 4200) <= 1, reader->tags().heat), std::tuple(true, S("H1 H2")));
 
     // The feeder: pages until it is empty (the test device holds ten).
     const CliRun second = cli({S("scan"), S("--heat=H3"), S("--part=P3"), S("--adf"), S("--size=a4")});
     ASSERT_EQ(second.out, S("2\n")) << second.err.toStdString();
     reader = TiffReader::open(dir.filePath(S("DATA/TR000002.TIF")));
     ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(reader->pageCount(), 10);
-    EXPECT_NEAR(reader->pageInfo(0)->height, 2340, 1);
+    EXPECT_EQ(std::tuple(reader->pageCount(), qAbs(int(reader->pageInfo(0)->height) - 2340) <= 1), std::tuple(10, true));
 }
 
 // Without a person the too-small question takes its default, No: nothing is stored.
@@ -161,13 +149,11 @@ TEST_F(ReportsTest, ShortPagesAndFailingScannersStoreNothing)
 {
     backend({}, "200.0");
     const CliRun shortPage = scan({});
-    EXPECT_EQ(shortPage.code, 1);
-    EXPECT_TRUE(shortPage.err.contains(S("too small")) && shortPage.err.contains(S("Image file was not created!"))) << shortPage.err.toStdString();
+    EXPECT_TRUE(shortPage.code == 1 && shortPage.err.contains(S("too small")) && shortPage.err.contains(S("Image file was not created!"))) << shortPage.err.toStdString();
     backend("read-status-code \"SANE_STATUS_JAMMED\"\n");
     const CliRun jammed = scan({});
     EXPECT_TRUE(jammed.code == 1 && jammed.err.contains(S("jammed"))) << jammed.err.toStdString();
     ASSERT_TRUE(WriteFile(sane.filePath(S("dll.conf")), ""));
     const CliRun none = scan({});
-    EXPECT_TRUE(none.code == 1 && none.err.contains(S("No scanner was found"))) << none.err.toStdString();
-    EXPECT_TRUE(noDataFiles());
+    EXPECT_TRUE(none.code == 1 && none.err.contains(S("No scanner was found")) && noDataFiles()) << none.err.toStdString();
 }

@@ -49,8 +49,7 @@ TEST(RewriteTagsCli, ATiffImportAfterTheUpdateFindsTheNewValues)
     };
     for (const auto& c : cases) {
         const CliRun r = RunCli(QStringList{S("--ini"), a.localIni()} + c.args);
-        EXPECT_EQ(r.code, c.code) << r.err.toStdString();
-        EXPECT_TRUE(r.out.contains(S(c.out))) << r.out.toStdString();
+        EXPECT_EQ(std::tuple(r.code, r.out.contains(S(c.out))), std::tuple(c.code, true)) << r.err.toStdString() << r.out.toStdString();
     }
     const CliRun imported = RunCli({S("--ini"), b.localIni(), S("import-tif"), data});
     EXPECT_EQ(imported.code, 0) << imported.out.toStdString() << imported.err.toStdString();
@@ -64,8 +63,7 @@ TEST(RewriteTagsCli, ATiffImportAfterTheUpdateFindsTheNewValues)
     found.sort();
     EXPECT_EQ(found, (QStringList{S("1 H1 P1 Acme Group PO1"), S("1 H9 P1 Acme Group PO1"), S("2 H3 P3 Zeta PO2")}));
     auto reader = TiffReader::open(JoinPath(b.session().dataDir, ImageFileNameFor(1)));
-    ASSERT_TRUE(reader);
-    EXPECT_EQ(reader->pageCount(), 2);
+    EXPECT_EQ(reader ? reader->pageCount() : -1, 2);
 }
 
 }  // namespace

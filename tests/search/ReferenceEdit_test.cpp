@@ -76,19 +76,14 @@ TEST_P(ReferenceEditTest, ChangeIsWholeOrNothing)
         ReferenceEntry edited = EntryOf(stored);
         c.edit(edited);
         const ChangeResult result = ChangeReference(s(), stored, edited);
-        EXPECT_EQ(result.outcome, c.outcome);
-        EXPECT_TRUE(c.outcome != ChangeResult::Outcome::AddFailed || !result.errorText.isEmpty());
-        EXPECT_EQ(table(), before);
+        EXPECT_EQ(std::tuple(result.outcome, c.outcome != ChangeResult::Outcome::AddFailed || !result.errorText.isEmpty(), table()), std::tuple(c.outcome, true, before));
     }
     const InfoRow stored = row(u"H1"_s);
     ReferenceEntry edited = EntryOf(stored);
-    EXPECT_EQ(edited.date, u"1/2/2003"_s);
-    EXPECT_EQ(edited.imageNumber, u"7"_s);
+    EXPECT_EQ((QStringList{edited.date, edited.imageNumber}), (QStringList{u"1/2/2003"_s, u"7"_s}));
     edited.vend = u"New Vendor"_s;
     const ChangeResult result = ChangeReference(s(), stored, edited);
-    ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
-    EXPECT_EQ(result.stored.vend, u"New Vendor"_s);
-    EXPECT_EQ(result.stored.path, u"/srv/a"_s);
+    EXPECT_EQ(std::tuple(result.outcome, result.stored.vend, result.stored.path), std::tuple(ChangeResult::Outcome::Changed, u"New Vendor"_s, u"/srv/a"_s));
     EXPECT_EQ(table(), (QStringList{u"H1|P1|PO1|New Vendor|Mill|2003-01-02T14:30:00|7"_s, u"H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"_s,
                                     u"H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8"_s}));
     EXPECT_TRUE(site.prompter().asked().isEmpty());
@@ -105,16 +100,13 @@ TEST_P(ReferenceEditTest, ChangedValuesAreStoredAsAddsStoreThem)
     const ChangeResult result = ChangeReference(s(), stored, edited);
     ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
     // What the screen keeps is what a later change deletes by.
-    EXPECT_EQ(result.stored.po, S(" "));
-    EXPECT_EQ(result.stored.mfg, S("A manufacturer name longer than "));
-    EXPECT_EQ(result.stored.entryDate, at(2004, 3, 5));
+    EXPECT_EQ(std::tuple(result.stored.po, result.stored.mfg, result.stored.entryDate), std::tuple(S(" "), S("A manufacturer name longer than "), at(2004, 3, 5)));
     EXPECT_EQ(table().last(), S("H3-NEW|P3| |Other|A manufacturer name longer than |2004-03-05T00:00:00|8"));
     ReferenceEntry again = EntryOf(result.stored);
     again.vend = S("Again");
     ASSERT_EQ(ChangeReference(s(), result.stored, again).outcome, ChangeResult::Outcome::Changed);
-    EXPECT_EQ(table().size(), 3);
     // Values are trimmed before they are cut, so the cut's trailing blank goes now.
-    EXPECT_EQ(table().last(), S("H3-NEW|P3| |Again|A manufacturer name longer than|2004-03-05T00:00:00|8"));
+    EXPECT_EQ(std::tuple(table().size(), table().last()), std::tuple(3, S("H3-NEW|P3| |Again|A manufacturer name longer than|2004-03-05T00:00:00|8")));
 }
 
 TEST_P(ReferenceEditTest, ChangeOfARowAnotherWorkstationRemovedAddsTheNewValues)
@@ -126,32 +118,23 @@ TEST_P(ReferenceEditTest, ChangeOfARowAnotherWorkstationRemovedAddsTheNewValues)
     ASSERT_TRUE(DeleteInfo(*other));
     ReferenceEntry edited = EntryOf(stored);
     edited.vend = S("Mine");
-    EXPECT_EQ(ChangeReference(s(), stored, edited).outcome, ChangeResult::Outcome::Changed);
-    EXPECT_EQ(table().last(), S("H3|P3|PO3|Mine|Mill|2003-02-01T00:00:00|8"));
+    EXPECT_EQ((std::tuple{ChangeReference(s(), stored, edited).outcome, table().last()}), std::tuple(ChangeResult::Outcome::Changed, S("H3|P3|PO3|Mine|Mill|2003-02-01T00:00:00|8")));
 }
 
 TEST_P(ReferenceEditTest, AddNeedsAnImageOnFileAndADate)
 {
     const QStringList before = table();
     ReferenceEntry entry{S("H9"), S("P9"), S("PO9"), S("V"), S("M"), S("99"), S("1/5/2004")};
-    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::ImageNotOnFile);
-    entry.imageNumber = QString();
-    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::ImageNotOnFile);
-    entry.imageNumber = S("8");
-    entry.date = S("not a date");
-    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::InvalidDate);
-    EXPECT_EQ(table(), before);
+    const auto add = [&](const QString& number, const char* date) { return entry.imageNumber = number, entry.date = S(date), AddReference(s(), entry).outcome; };
+    EXPECT_EQ((std::tuple{add(S("99"), "1/5/2004"), add(QString(), "1/5/2004"), add(S("8"), "not a date"), table()}),
+              std::tuple(AddResult::Outcome::ImageNotOnFile, AddResult::Outcome::ImageNotOnFile, AddResult::Outcome::InvalidDate, before));
 
-    entry.date = S("1/5/2004");
-    EXPECT_EQ(AddReference(s(), entry).outcome, AddResult::Outcome::Added);
-    EXPECT_EQ(table().last(), S("H9|P9|PO9|V|M|2004-01-05T00:00:00|8"));
+    EXPECT_EQ((std::tuple{add(S("8"), "1/5/2004"), table().last()}), std::tuple(AddResult::Outcome::Added, S("H9|P9|PO9|V|M|2004-01-05T00:00:00|8")));
     // The same key again is refused by the table and reported to nobody.
     entry.vend = S("Other vendor");
     const AddResult twice = AddReference(s(), entry);
-    EXPECT_EQ(twice.outcome, AddResult::Outcome::NotAdded);
-    EXPECT_FALSE(twice.errorText.isEmpty());
-    EXPECT_EQ(table().size(), before.size() + 1);
-    EXPECT_TRUE(site.prompter().asked().isEmpty());
+    EXPECT_EQ(std::tuple(twice.outcome, twice.errorText.isEmpty(), table().size(), site.prompter().asked().size()),
+              std::tuple(AddResult::Outcome::NotAdded, false, before.size() + 1, 0));
 }
 
 TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
@@ -159,16 +142,13 @@ TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
     const InfoRow h1 = row(S("H1"));
     const InfoRow h2 = row(S("H2"));
     const InfoRow h3 = row(S("H3"));
-    RemoveResult result = RemoveReference(s(), h3);
-    EXPECT_EQ(result.outcome, RemoveResult::Outcome::OnlyReference);
-    EXPECT_EQ(result.references, 1);
-
-    result = RemoveReference(s(), h1);
-    EXPECT_EQ(result.outcome, RemoveResult::Outcome::Removed);
-    EXPECT_EQ(result.references, 2);
-    EXPECT_EQ(RemoveReference(s(), h2).outcome, RemoveResult::Outcome::OnlyReference);
-    EXPECT_EQ(table(), (QStringList{S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"), S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}));
-    EXPECT_TRUE(site.prompter().asked().isEmpty());
+    const auto remove = [&](const InfoRow& r) {
+        const RemoveResult result = RemoveReference(s(), r);
+        return std::pair(result.outcome, int(result.references));
+    };
+    EXPECT_EQ((std::tuple{remove(h3), remove(h1), remove(h2).first}), std::tuple(std::pair(RemoveResult::Outcome::OnlyReference, 1), std::pair(RemoveResult::Outcome::Removed, 2), RemoveResult::Outcome::OnlyReference));
+    EXPECT_EQ(std::tuple(table(), site.prompter().asked().size()),
+              std::tuple(QStringList{S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"), S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}, 0));
 }
 
 // Two workstations removing the two references of one image at once: the
@@ -203,8 +183,8 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
     });
     second.join();
     ASSERT_TRUE(committed);
-    EXPECT_EQ(outcome, static_cast<int>(RemoveResult::Outcome::OnlyReference));
-    EXPECT_EQ(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 7")), 1);
+    EXPECT_EQ(std::tuple(outcome.load(), scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 7"))),
+              std::tuple(static_cast<int>(RemoveResult::Outcome::OnlyReference), 1));
 }
 
 TARLOX_ON_BOTH_ENGINES(ReferenceEditTest);

@@ -16,11 +16,7 @@
 namespace tarlox::test {
 
 struct Ref {
-    QString heat;
-    QString part;
-    QString po;
-    QString vend;
-    QString mfg;
+    QString heat, part, po, vend, mfg;
     qint32 image = 0;
     QDateTime date;
     QString path = QStringLiteral("/srv/data/one");
@@ -34,12 +30,11 @@ inline bool addRefs(Session& s, const QList<Ref>& refs, bool withImageRows = tru
         for (const Ref& r : refs) {
             if (withImageRows) {
                 auto there = op.scalar(QStringLiteral("SELECT count(*) FROM \"Images\" WHERE \"Image #\" = ?"), {r.image});
-                if (!there)
-                    return false;
-                if (there->toInt() == 0
-                    && !op.exec(QStringLiteral("INSERT INTO \"Images\" (\"Image #\", \"Path\", \"Volume ID\", \"Entry Date\", \"Size\", \"Type\") "
+                if (!there
+                    || (there->toInt() == 0
+                        && !op.exec(QStringLiteral("INSERT INTO \"Images\" (\"Image #\", \"Path\", \"Volume ID\", \"Entry Date\", \"Size\", \"Type\") "
                                                "VALUES (?, ?, 'VOL', ?, ' ', '4')"),
-                                {r.image, r.path, d.dateValue(r.date)}))
+                                    {r.image, r.path, d.dateValue(r.date)})))
                     return false;
             }
             if (!op.exec(QStringLiteral("INSERT INTO \"Info\" (\"Heat #\", \"Part #\", \"P/O #\", \"Vend Name\", \"Mfg Name\", \"Entry Date\", \"Image #\") "

@@ -15,10 +15,7 @@ protected:
     void SetUp() override
     {
         session.localIni = dir.filePath(QStringLiteral("TARLOX.INI"));
-        session.printer = QStringLiteral("Office");
-        session.printerBin = 1;
-        session.serverPrinter = QStringLiteral("Shipping");
-        session.serverPrinterBin = 0;
+        std::tie(session.printer, session.printerBin, session.serverPrinter, session.serverPrinterBin) = std::tuple(QStringLiteral("Office"), 1, QStringLiteral("Shipping"), 0);
     }
     QString read(const char* key) { return ReadIniValue(session.localIni, QStringLiteral("Info"), QLatin1String(key)).value; }
 
@@ -29,9 +26,8 @@ protected:
 
 TEST_F(PrinterChoice, SamePrinterAndBinAsksNothing)
 {
-    EXPECT_FALSE(KeepPrinterChoice(session, false, QStringLiteral("Office"), 1));
-    EXPECT_FALSE(KeepPrinterChoice(session, true, QStringLiteral("Shipping"), 0));
-    EXPECT_TRUE(prompter.asked().isEmpty());
+    EXPECT_EQ((std::tuple{KeepPrinterChoice(session, false, QStringLiteral("Office"), 1), KeepPrinterChoice(session, true, QStringLiteral("Shipping"), 0), prompter.asked().size()}),
+              std::tuple(false, false, 0));
 }
 
 TEST_F(PrinterChoice, AnotherBinAsksAndOkKeepsPrinterAndBin)
@@ -39,27 +35,20 @@ TEST_F(PrinterChoice, AnotherBinAsksAndOkKeepsPrinterAndBin)
     prompter.answer(Answer::Ok);
     EXPECT_TRUE(KeepPrinterChoice(session, false, QStringLiteral("Office"), 3));
     ASSERT_EQ(prompter.asked().size(), 1);
-    EXPECT_EQ(prompter.asked().first().text,
-              QStringLiteral("You changed the printer to: \r\n\r\n\tOffice\r\n\r\nDo you want to make this the default printer for Tarlox?"));
-    EXPECT_EQ(prompter.asked().first().buttons, Buttons::OkCancel);
-    EXPECT_EQ(prompter.asked().first().icon, Icon::Question);
-    EXPECT_EQ(read("Printer") + read("PrinterBin"), QStringLiteral("Office3"));
-    EXPECT_EQ(session.printerBin, 3);
-    EXPECT_TRUE(read("ServerPrinter").isEmpty());
+    EXPECT_EQ(std::tuple(prompter.asked().first().text, prompter.asked().first().buttons, prompter.asked().first().icon),
+              std::tuple(QStringLiteral("You changed the printer to: \r\n\r\n\tOffice\r\n\r\nDo you want to make this the default printer for Tarlox?"), Buttons::OkCancel, Icon::Question));
+    EXPECT_EQ(std::tuple(read("Printer") + read("PrinterBin"), session.printerBin, read("ServerPrinter")), std::tuple(QStringLiteral("Office3"), 3, QString()));
 }
 
 TEST_F(PrinterChoice, ServerRoleHasItsOwnKeysAndCancelKeepsNothing)
 {
     prompter.answer(Answer::Cancel);
     EXPECT_FALSE(KeepPrinterChoice(session, true, QStringLiteral("Front Desk"), 0));
-    EXPECT_TRUE(prompter.asked().first().text.endsWith(QStringLiteral("the default server printer for Tarlox?")));
-    EXPECT_EQ(session.serverPrinter, QStringLiteral("Shipping"));
-    EXPECT_TRUE(read("ServerPrinter").isEmpty());
+    EXPECT_EQ(std::tuple(prompter.asked().first().text.endsWith(QStringLiteral("the default server printer for Tarlox?")), session.serverPrinter, read("ServerPrinter")),
+              std::tuple(true, QStringLiteral("Shipping"), QString()));
 
     prompter.answer(Answer::Ok);
     EXPECT_TRUE(KeepPrinterChoice(session, true, QStringLiteral("Front Desk"), 2));
-    EXPECT_EQ(read("ServerPrinter") + read("ServerPrinterBin"), QStringLiteral("Front Desk2"));
-    EXPECT_EQ(session.serverPrinter, QStringLiteral("Front Desk"));
-    EXPECT_EQ(session.printer, QStringLiteral("Office"));
-    EXPECT_TRUE(read("Printer").isEmpty());
+    EXPECT_EQ((QStringList{read("ServerPrinter") + read("ServerPrinterBin"), session.serverPrinter, session.printer, read("Printer")}),
+              (QStringList{QStringLiteral("Front Desk2"), QStringLiteral("Front Desk"), QStringLiteral("Office"), QString()}));
 }

@@ -47,11 +47,7 @@ protected:
     ServerEntries ownServerEntries()
     {
         ServerEntries e = StoredServerEntries(site.session());
-        e.sql = true;
-        e.server = ownServerAddress();
-        e.userId = u"postgres"_s;
-        e.password = u"trusted"_s;
-        e.timeout = u"5"_s;
+        std::tie(e.sql, e.server, e.userId, e.password, e.timeout) = std::tuple(true, ownServerAddress(), u"postgres"_s, u"trusted"_s, u"5"_s);
         return e;
     }
 
@@ -68,35 +64,27 @@ TEST_F(ServerSetup, SwitchesBetweenFileDatabaseAndServer)
     // The server's database is empty at first: the screen offers to build it.
     prompter.answer(Answer::Yes);
     ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann"_s, false));
-    EXPECT_TRUE(prompter.wasAsked(u"Create Database"_s));
-    EXPECT_EQ(s.databaseType, u"SQL"_s);
-    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s), u"SQL"_s);
-    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"Server"_s), ownServerAddress());
     ASSERT_TRUE(ReadUser(s, QString()));
-    EXPECT_EQ(s.machine.userName, u"Ann"_s);
-    EXPECT_EQ(s.db().kind(), DatabaseKind::Sql);
+    EXPECT_EQ(std::tuple(prompter.wasAsked(u"Create Database"_s), s.databaseType, ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s),
+                         ini(site.serverIni(), u"Data"_s, u"Server"_s), s.machine.userName, s.db().kind()),
+              std::tuple(true, u"SQL"_s, u"SQL"_s, ownServerAddress(), u"Ann"_s, DatabaseKind::Sql));
 
     // Back to the file database the site started with; its row keeps its name until updated.
     prompter.clear();
     e.sql = false;
     e.database = site.path(u"server/Tarlox.db"_s);
     ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann B"_s, false));
-    EXPECT_FALSE(prompter.wasAsked(u"Create Database"_s));
-    EXPECT_EQ(s.databaseType, u"Access"_s);
-    EXPECT_EQ(s.db().kind(), DatabaseKind::Access);
     ASSERT_TRUE(ReadUser(s, QString()));
-    EXPECT_EQ(s.machine.userName, u"Ann B"_s);
+    EXPECT_EQ(std::tuple(prompter.wasAsked(u"Create Database"_s), s.databaseType, s.db().kind(), s.machine.userName),
+              std::tuple(false, u"Access"_s, DatabaseKind::Access, u"Ann B"_s));
 
     // A new file database is made on request, and refused without.
     e.database = site.path(u"other/New.db"_s);
     prompter.answer(Answer::No);
-    EXPECT_FALSE(UpdateServerSetup(s, e, u"Ann B"_s, false));
-    EXPECT_FALSE(QFileInfo::exists(e.database));
+    EXPECT_EQ((std::tuple{UpdateServerSetup(s, e, u"Ann B"_s, false), QFileInfo::exists(e.database)}), std::tuple(false, false));
     prompter.answer(Answer::Yes);
     ASSERT_TRUE(UpdateServerSetup(s, e, u"Ann B"_s, false));
-    EXPECT_TRUE(QFileInfo::exists(e.database));
-    EXPECT_EQ(s.dataBase, e.database);
-    EXPECT_TRUE(ReadUser(s, QString()));
+    EXPECT_EQ(std::tuple(QFileInfo::exists(e.database), s.dataBase, ReadUser(s, QString())), std::tuple(true, e.database, true));
 }
 
 TEST_F(ServerSetup, RetryAfterTheServerComesBack)
@@ -112,8 +100,8 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     prompter.answer(Answer::Cancel);  // the Retry/Cancel box
     EXPECT_FALSE(CheckServerEntries(s, ownServerEntries()));
     ASSERT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
-    EXPECT_FALSE(prompter.textOf(u"Invalid Server Information"_s).contains(u"trusted"_s)) << "the password is shown";
-    EXPECT_TRUE(prompter.wasAsked(ProgramTitle())) << "the failed connection is reported";
+    // The password is never shown; the failed connection is reported.
+    EXPECT_EQ(std::pair(prompter.textOf(u"Invalid Server Information"_s).contains(u"trusted"_s), prompter.wasAsked(ProgramTitle())), std::pair(false, true));
 
     // Retry once the server is up again.
     prompter.clear();
@@ -125,8 +113,7 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     prompter.answer(Answer::Ok);
     prompter.answer(Answer::Retry);
     EXPECT_TRUE(CheckServerEntries(s, ownServerEntries()));
-    EXPECT_EQ(prompter.titles().count(u"Invalid Server Information"_s), 1);
-    EXPECT_EQ(s.options.status, 0);
+    EXPECT_EQ(std::tuple(prompter.titles().count(u"Invalid Server Information"_s), s.options.status), std::tuple(1, 0));
 }
 
 TEST_F(ServerSetup, RequiredEntries)
@@ -134,22 +121,19 @@ TEST_F(ServerSetup, RequiredEntries)
     Session& s = site.session();
     ServerEntries e = ownServerEntries();
     e.password.clear();
-    EXPECT_FALSE(CheckServerEntries(s, e));
-    EXPECT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
-    EXPECT_EQ(s.databaseType, u"Access"_s) << "a refused entry changes nothing";
-    EXPECT_FALSE(UpdateServerSetup(s, e, u"Ann"_s, false));
-    EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s), u"Access"_s);
+    // A refused entry changes nothing.
+    EXPECT_EQ((std::tuple{CheckServerEntries(s, e), prompter.wasAsked(u"Invalid Server Information"_s), s.databaseType, UpdateServerSetup(s, e, u"Ann"_s, false),
+                          ini(site.serverIni(), u"Data"_s, u"DatabaseType"_s)}),
+              std::tuple(false, true, u"Access"_s, false, u"Access"_s));
 
     e = StoredServerEntries(s);
     e.database.clear();
     prompter.clear();
-    EXPECT_FALSE(CheckServerEntries(s, e));
-    EXPECT_TRUE(prompter.wasAsked(u"Invalid Server Information"_s));
+    EXPECT_EQ((std::tuple{CheckServerEntries(s, e), prompter.wasAsked(u"Invalid Server Information"_s)}), std::tuple(false, true));
 
     prompter.clear();
-    EXPECT_FALSE(UpdateServerSetup(s, StoredServerEntries(s), u"  "_s, false));
-    EXPECT_EQ(prompter.titles(), QStringList{u"No Name"_s});
-    EXPECT_EQ(prompter.textOf(u"No Name"_s), texts::UserNameRequired);
+    EXPECT_EQ((std::tuple{UpdateServerSetup(s, StoredServerEntries(s), u"  "_s, false), prompter.titles(), prompter.textOf(u"No Name"_s)}),
+              std::tuple(false, QStringList{u"No Name"_s}, texts::UserNameRequired));
 }
 
 TEST_F(ServerSetup, ChangesAreComparedWithWhatIsStored)
@@ -175,36 +159,28 @@ TEST_F(ServerSetup, ServerFilesAreTestedBeforeTheyAreTaken)
     // Any type but "SQL" with the server keys passes the key test and runs as the file database.
     const QString odd = site.path(u"odd/tarlox.ini"_s);
     QDir().mkpath(site.path(u"odd"_s));
-    WriteIniValue(odd, u"Data"_s, u"DatabaseType"_s, u"Oracle"_s);
-    WriteIniValue(odd, u"Data"_s, u"Server"_s, u"x"_s);
-    WriteIniValue(odd, u"Data"_s, u"UserID"_s, u"x"_s);
-    WriteIniValue(odd, u"Data"_s, u"Password"_s, u"x"_s);
-    WriteIniValue(odd, u"Data"_s, u"DataBase"_s, site.path(u"server/Tarlox.db"_s));
-    EXPECT_TRUE(CheckServerIni(s, odd));
-    EXPECT_EQ(s.databaseType, u"Access"_s);
+    for (const auto& [key, value] : {std::pair{u"DatabaseType"_s, u"Oracle"_s}, {u"Server"_s, u"x"_s}, {u"UserID"_s, u"x"_s}, {u"Password"_s, u"x"_s},
+                                     {u"DataBase"_s, site.path(u"server/Tarlox.db"_s)}})
+        WriteIniValue(odd, u"Data"_s, key, value);
+    EXPECT_EQ((std::tuple{CheckServerIni(s, odd), s.databaseType}), std::tuple(true, u"Access"_s));
 
     // A file without a type is refused and leaves the machine on its old file.
     const QString empty = site.path(u"odd/empty.ini"_s);
     WriteIniValue(empty, u"Data"_s, u"DataBase"_s, site.path(u"server/Tarlox.db"_s));
     s.serverIni = before;
-    EXPECT_FALSE(ReadServerIni(s, empty));
-    EXPECT_EQ(prompter.textOf(u"Invalid File"_s), texts::InvalidServerFile);
-    EXPECT_EQ(ini(site.localIni(), u"Info"_s, u"ServerIni"_s), before);
-    EXPECT_EQ(s.serverIni, before);
+    EXPECT_EQ((std::tuple{ReadServerIni(s, empty), prompter.textOf(u"Invalid File"_s), ini(site.localIni(), u"Info"_s, u"ServerIni"_s), s.serverIni}),
+              std::tuple(false, texts::InvalidServerFile, before, before));
 
     // A good file is taken into the local file.
-    EXPECT_TRUE(ReadServerIni(s, odd));
-    EXPECT_EQ(ini(site.localIni(), u"Info"_s, u"ServerIni"_s), odd);
+    EXPECT_EQ((std::tuple{ReadServerIni(s, odd), ini(site.localIni(), u"Info"_s, u"ServerIni"_s)}), std::tuple(true, odd));
 
     // The override connection counts when a file is tested, never for screen entries.
     WriteIniValue(odd, u"Data"_s, u"DatabaseType"_s, u"SQL"_s);
     WriteIniValue(odd, u"Data"_s, u"OverrideConnection"_s, ownServer->connInfo() + u" dbname=tarlox"_s);
-    EXPECT_TRUE(CheckServerIni(s, odd));
-    EXPECT_FALSE(s.overrideConnection.isEmpty());
+    EXPECT_EQ((std::tuple{CheckServerIni(s, odd), s.overrideConnection.isEmpty()}), std::tuple(true, false));
     ServerEntries e = ownServerEntries();
     prompter.answer(Answer::Yes);
-    EXPECT_TRUE(CheckServerEntries(s, e));
-    EXPECT_TRUE(s.overrideConnection.isEmpty());
+    EXPECT_EQ((std::tuple{CheckServerEntries(s, e), s.overrideConnection.isEmpty()}), std::tuple(true, true));
     // Saving the entries never writes an override connection.
     e.serverIni = site.serverIni();
     ASSERT_TRUE(SaveServerInfo(s, e));
@@ -221,20 +197,17 @@ TEST_F(ServerSetup, OwnMachineCannotBeRemoved)
     ASSERT_TRUE(AddUser(s, false));
     ASSERT_TRUE(ReadUser(s, QString()));
 
-    EXPECT_EQ(RemoveMachine(s, own.toLower()), RemoveOutcome::OwnMachine);
-    EXPECT_TRUE(prompter.wasAsked(u"Can't delete"_s));
-    EXPECT_FALSE(prompter.wasAsked(u"Remove machine"_s));
+    EXPECT_EQ((std::tuple{RemoveMachine(s, own.toLower()), prompter.wasAsked(u"Can't delete"_s), prompter.wasAsked(u"Remove machine"_s)}),
+              std::tuple(RemoveOutcome::OwnMachine, true, false));
 
     prompter.answer(Answer::Cancel);
-    EXPECT_EQ(RemoveMachine(s, u"RECEIVING-PC"_s), RemoveOutcome::Declined);
-    EXPECT_TRUE(prompter.textOf(u"Remove machine"_s).contains(u"RECEIVING-PC"_s));
+    EXPECT_EQ((std::tuple{RemoveMachine(s, u"RECEIVING-PC"_s), prompter.textOf(u"Remove machine"_s).contains(u"RECEIVING-PC"_s)}), std::tuple(RemoveOutcome::Declined, true));
     prompter.answer(Answer::Ok);
     EXPECT_EQ(RemoveMachine(s, u"RECEIVING-PC"_s), RemoveOutcome::Removed);
 
     GridData grid;
     ASSERT_TRUE(LoadUsers(s, grid));
-    ASSERT_EQ(grid.rows.size(), 1);
-    EXPECT_EQ(grid.rows.at(0).at(0), own);
+    EXPECT_EQ(std::tuple(grid.rows.size(), grid.rows.value(0).value(0)), std::tuple(1, own));
 }
 
 TEST(ServerSetupStart, NewMachineGetsTheScreenBeforeTheProgramGoesOn)
@@ -244,22 +217,18 @@ TEST(ServerSetupStart, NewMachineGetsTheScreenBeforeTheProgramGoesOn)
     Session& s = site.session();
     int shown = 0;
     // Closing the screen without saving ends the program.
-    EXPECT_FALSE(StartSessionWithSetup(s, [&] { ++shown; }));
-    EXPECT_EQ(shown, 1);
+    EXPECT_EQ((std::tuple{StartSessionWithSetup(s, [&] { ++shown; }), shown}), std::tuple(false, 1));
 
     ServerSetupState state;
     EXPECT_TRUE(StartSessionWithSetup(s, [&] {
         ++shown;
         ASSERT_TRUE(LoadServerSetup(s, state));
-        EXPECT_TRUE(state.newMachine);
-        EXPECT_TRUE(UpdateServerSetup(s, StoredServerEntries(s), u"Clerk One"_s, state.newMachine));
+        EXPECT_TRUE(state.newMachine && UpdateServerSetup(s, StoredServerEntries(s), u"Clerk One"_s, state.newMachine));
     }));
-    EXPECT_EQ(shown, 2);
-    EXPECT_EQ(s.machine.userName, u"Clerk One"_s);
+    EXPECT_EQ(std::tuple(shown, s.machine.userName), std::tuple(2, u"Clerk One"_s));
 
     // A machine with its row goes straight on.
-    EXPECT_TRUE(StartSessionWithSetup(s, [&] { ++shown; }));
-    EXPECT_EQ(shown, 2);
+    EXPECT_EQ((std::tuple{StartSessionWithSetup(s, [&] { ++shown; }), shown}), std::tuple(true, 2));
 }
 
 TEST(ServerSetupStart, TimeoutEntriesAreClampedWhenSaved)
@@ -271,7 +240,7 @@ TEST(ServerSetupStart, TimeoutEntriesAreClampedWhenSaved)
         ServerEntries e = StoredServerEntries(s);
         e.timeout = QString::fromUtf8(typed);
         ASSERT_TRUE(SaveServerInfo(s, e));
-        EXPECT_EQ(ini(site.serverIni(), u"Data"_s, u"ConnectionTimeout"_s), QString::fromUtf8(stored)) << typed;
-        EXPECT_EQ(s.connectionTimeout, QString::fromUtf8(stored).toInt());
+        EXPECT_EQ(std::tuple(ini(site.serverIni(), u"Data"_s, u"ConnectionTimeout"_s), s.connectionTimeout), std::tuple(QString::fromUtf8(stored), QString::fromUtf8(stored).toInt()))
+            << typed;
     }
 }

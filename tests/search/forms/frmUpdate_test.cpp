@@ -51,10 +51,10 @@ TEST_F(UpdateFormTest, AddCheckAndUpdateAsThePersonWould)
     press(form, "cmdAdd");
     type(form, "txtOldValue", S("acme"));
     press(form, "cmdAdd");
-    EXPECT_EQ(site.prompter().titles().size(), 3);
-    EXPECT_EQ(site.prompter().asked()[0].text, S("Select the Field to Change"));
-    EXPECT_EQ(site.prompter().asked()[1].text, S("Set Old Value"));
-    EXPECT_EQ(site.prompter().asked()[2].text, S("Set New Value"));
+    QStringList said;
+    for (const auto& prompt : site.prompter().asked())
+        said << prompt.text;
+    EXPECT_EQ(said, (QStringList{S("Select the Field to Change"), S("Set Old Value"), S("Set New Value")}));
 
     field->setCurrentIndex(4);
     for (const auto& [from, to] : {std::pair{S("acme"), S("O'Neil")}, std::pair{S("O'Neil"), S("Carter")}}) {
@@ -67,35 +67,29 @@ TEST_F(UpdateFormTest, AddCheckAndUpdateAsThePersonWould)
     // Update before a check asks; No goes on, the chain carries through.
     site.prompter().answer(Answer::No);
     press(form, "cmdUpdate");
-    EXPECT_TRUE(site.prompter().wasAsked(S("Check First?")));
-    EXPECT_EQ(scalarOf(site.session(), S("SELECT count(*) FROM \"Info\" WHERE \"Vend Name\" = 'Carter'")), 1);
+    EXPECT_EQ(std::tuple(site.prompter().wasAsked(S("Check First?")), scalarOf(site.session(), S("SELECT count(*) FROM \"Info\" WHERE \"Vend Name\" = 'Carter'"))),
+              std::tuple(true, 1));
     press(form, "cmdCheck");
-    EXPECT_EQ(grid->item(0, 1)->text(), S("0"));
-    EXPECT_EQ(grid->item(1, 3)->text(), S("1"));
+    EXPECT_EQ((QStringList{grid->item(0, 1)->text(), grid->item(1, 3)->text()}), (QStringList{S("0"), S("1")}));
 
     // Removing a row asks first.
     site.prompter().answer(Answer::Ok);
     form.grdInput_Click(0);
-    EXPECT_EQ(site.prompter().textOf(S("Remove Item")), S("Do you want to remove old value = \"acme\" and new value = \"O'Neil\"?"));
-    EXPECT_EQ(grid->rowCount(), 1);
+    EXPECT_EQ(std::tuple(site.prompter().textOf(S("Remove Item")), grid->rowCount()), std::tuple(S("Do you want to remove old value = \"acme\" and new value = \"O'Neil\"?"), 1));
 }
 
 TEST_F(UpdateFormTest, ListingOpensOnTodayWithTheSiteWords)
 {
     site.session().vendShort = S("Supp");
     frmList form(site.session());
-    EXPECT_TRUE(child<QRadioButton>(form, "optDate")->isChecked());
     const QString today = site.session().now().date().toString(S("M/d/yyyy"));
-    EXPECT_EQ(child<QLineEdit>(form, "txtFromDate")->text(), today);
-    EXPECT_EQ(child<QLineEdit>(form, "txtToDate")->text(), today);
-    EXPECT_EQ(child<QLabel>(form, "lblVend")->text(), S("Supp:"));
-    EXPECT_EQ(child<QRadioButton>(form, "optVend")->text(), S("Supp:"));
+    EXPECT_EQ(std::tuple(child<QRadioButton>(form, "optDate")->isChecked(), QStringList{child<QLineEdit>(form, "txtFromDate")->text(), child<QLineEdit>(form, "txtToDate")->text(),
+                                                                                       child<QLabel>(form, "lblVend")->text(), child<QRadioButton>(form, "optVend")->text()}),
+              std::tuple(true, QStringList{today, today, S("Supp:"), S("Supp:")}));
     type(form, "txtFromHeat", S("a"));
     child<QRadioButton>(form, "optVend")->setChecked(true);
     const ListingRequest r = form.request();
-    EXPECT_EQ(r.sort, ListingSort::Vend);
-    EXPECT_EQ(r.heat.from, S("a"));
-    EXPECT_EQ(r.fromDate, today);
+    EXPECT_EQ(std::tuple(r.sort, r.heat.from, r.fromDate), std::tuple(ListingSort::Vend, S("a"), today));
 }
 
 }  // namespace

@@ -37,36 +37,33 @@ TEST(FormReSize, ControlsKeepTheirDistanceFromTheRightAndBottomEdges)
     auto* bound = tagged(new QCheckBox(&form), "Section=Info,Item=AddYear");
     auto* plain = new QLineEdit(&form);
     auto* hidden = tagged(new QLineEdit(&form), "FromRight=1195");
-    column->setGeometry(10, 10, 100, 20);
-    buttons->setGeometry(20, 0, 80, 25);
-    filler->setGeometry(8, 40, 10, 10);
-    bound->setGeometry(5, 6, 70, 20);
-    plain->setGeometry(1, 2, 30, 20);
-    hidden->setGeometry(3, 4, 50, 20);
+    const QList<QWidget*> all{column, buttons, filler, bound, plain, hidden};
+    const QList<QRect> designed{{10, 10, 100, 20}, {20, 0, 80, 25}, {8, 40, 10, 10}, {5, 6, 70, 20}, {1, 2, 30, 20}, {3, 4, 50, 20}};
+    for (int i = 0; i < all.size(); ++i)
+        all[i]->setGeometry(designed[i]);
     hidden->hide();
+    const auto geometries = [&] {
+        QList<QRect> now;
+        for (QWidget* w : all)
+            now << w->geometry();
+        return now;
+    };
     KeepLayoutByTag(&form);
     form.resize(641, 396);
     form.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
 
-    EXPECT_EQ(column->geometry(), QRect(426, 10, 100, 20));  // 6,390 twips
-    EXPECT_EQ(buttons->y(), 304);
-    EXPECT_EQ(filler->geometry(), QRect(8, 40, 619, 264));
-    EXPECT_EQ(bound->geometry(), QRect(5, 6, 70, 20));
-    EXPECT_EQ(plain->geometry(), QRect(1, 2, 30, 20));
-    EXPECT_EQ(hidden->geometry(), QRect(3, 4, 50, 20));
+    // The column at 6,390 twips; bound, untagged and hidden controls stay.
+    EXPECT_EQ(geometries(), (QList<QRect>{{426, 10, 100, 20}, {20, 304, 80, 25}, {8, 40, 619, 264}, {5, 6, 70, 20}, {1, 2, 30, 20}, {3, 4, 50, 20}}));
 
     form.resize(708, 396);  // 10,620 twips
     QTest::qWait(20);
-    EXPECT_EQ(column->x(), 493);
-    EXPECT_EQ(filler->width(), 686);
-    EXPECT_EQ(hidden->geometry(), QRect(3, 4, 50, 20));
+    EXPECT_EQ(geometries(), (QList<QRect>{{493, 10, 100, 20}, {20, 304, 80, 25}, {8, 40, 686, 264}, {5, 6, 70, 20}, {1, 2, 30, 20}, {3, 4, 50, 20}}));
 
     // Below its minimum the form snaps back.
     form.resize(300, 200);
     QTest::qWait(20);
-    EXPECT_EQ(form.size(), QSize(641, 396));
-    EXPECT_EQ(column->x(), 426);
+    EXPECT_EQ(std::tuple(form.size(), column->x()), std::tuple(QSize(641, 396), 426));
 }
 
 TEST(FormReSize, SnapsAFormWithoutMinimumSizeUpAndMeasuresControlsInFramesOnTheForm)
@@ -79,16 +76,14 @@ TEST(FormReSize, SnapsAFormWithoutMinimumSizeUpAndMeasuresControlsInFramesOnTheF
     inner->setGeometry(5, 20, 60, 25);
     form.resize(200, 150);
     FormReSize(&form);
-    EXPECT_EQ(form.width(), 400);
     // 400 - 100 = 300 px on the form, 270 in the frame.
-    EXPECT_EQ(inner->x(), 270);
+    EXPECT_EQ(std::tuple(form.width(), inner->x()), std::tuple(400, 270));
 
     QWidget untagged;
     auto* control = tagged(new QPushButton(&untagged), "FromRight=1500");
     untagged.resize(200, 100);
     FormReSize(&untagged);
-    EXPECT_EQ(untagged.size(), QSize(200, 100));
-    EXPECT_EQ(control->x(), 100);
+    EXPECT_EQ(std::tuple(untagged.size(), control->x()), std::tuple(QSize(200, 100), 100));
 }
 
 TEST(FormSize, TopLevelWindowRoundTripsThroughTheLocalFile)
@@ -128,8 +123,7 @@ TEST(ModalCheck, WaitsUntilTheFormIsGoneWithTheProgramAlive)
     QTimer::singleShot(30, [&] { timerRan = true; });
     QTimer::singleShot(60, form.data(), &QWidget::close);
     ModalCheck(form);
-    EXPECT_TRUE(timerRan);
-    EXPECT_TRUE(form.isNull());
+    EXPECT_EQ(std::tuple(timerRan, form.isNull()), std::tuple(true, true));
 
     // A form that is already gone: back at once.
     QPointer<QWidget> gone;
@@ -148,13 +142,9 @@ TEST(EnableFrame, SetsTheFrameAndEachControlInIt)
     box->setEnabled(false);
 
     EnableFrame(frame, false);
-    EXPECT_FALSE(frame->isEnabled());
-    EXPECT_FALSE(text->isEnabled());
-    EXPECT_TRUE(outside->isEnabled());
+    EXPECT_EQ(std::tuple(frame->isEnabled(), text->isEnabled(), outside->isEnabled()), std::tuple(false, false, true));
 
     // Enabling gives every control the frame's value, the one disabled before too.
     EnableFrame(frame, true);
-    EXPECT_TRUE(box->isEnabled());
-    EXPECT_TRUE(inner->isEnabled());
-    EXPECT_TRUE(text->isEnabled());
+    EXPECT_EQ(std::tuple(box->isEnabled(), inner->isEnabled(), text->isEnabled()), std::tuple(true, true, true));
 }

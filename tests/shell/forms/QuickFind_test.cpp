@@ -73,14 +73,12 @@ TEST_P(QuickFindBox, OneOpensTheViewerSeveralListInFindNoneSaysSo)
         auto* find = qobject_cast<frmFind*>(frame->activeForm());
         if (row.image) {
             ASSERT_TRUE(viewer);
-            EXPECT_EQ(s().currentImage, row.image);
-            EXPECT_TRUE(QTest::qWaitFor([&] { return viewer->document().pageCount() == 2; }));
+            EXPECT_EQ((std::tuple{s().currentImage, QTest::qWaitFor([&] { return viewer->document().pageCount() == 2; })}), std::tuple(row.image, true));
         } else if (row.listed) {
             ASSERT_TRUE(find);
             EXPECT_EQ(find->results().size(), row.listed);
         } else {
-            EXPECT_EQ(frame->mdiArea()->subWindowList().size(), children);
-            EXPECT_FALSE(frame->statusBar()->currentMessage().isEmpty());
+            EXPECT_EQ(std::tuple(frame->mdiArea()->subWindowList().size(), frame->statusBar()->currentMessage().isEmpty()), std::tuple(children, false));
         }
         EXPECT_TRUE(prompter().asked().isEmpty());
         if (frame->activeForm())

@@ -88,28 +88,24 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     // The bit went to the Options row, where another machine reads it.
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.clientOptions, 4);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.clientOptions : -1, 4);
 
     QWidget again;
     build(again);
     TagBinder reloaded(s, &again);
     reloaded.LoadFields();
-    EXPECT_EQ(child<QTextEdit>(&again, "txtRich")->toPlainText(), u"two"_s);
-    EXPECT_EQ(child<QPlainTextEdit>(&again, "txtPlain")->toPlainText(), u"three"_s);
-    EXPECT_TRUE(child<QRadioButton>(&again, "optB")->isChecked());
-    EXPECT_TRUE(child<QCheckBox>(&again, "chkBit")->isChecked());
     changed = false;
     reloaded.CheckFields(changed);
-    EXPECT_FALSE(changed);
+    EXPECT_EQ(std::tuple(child<QTextEdit>(&again, "txtRich")->toPlainText(), child<QPlainTextEdit>(&again, "txtPlain")->toPlainText(),
+                         child<QRadioButton>(&again, "optB")->isChecked(), child<QCheckBox>(&again, "chkBit")->isChecked(), changed),
+              std::tuple(u"two"_s, u"three"_s, true, true, false));
 
     // Clearing the bit clears only that bit.
     s.options.clientOptions = 4 | 1;
     ASSERT_TRUE(UpdateOptions(s));
     again.findChild<QCheckBox*>(u"chkBit"_s)->setChecked(false);
     ASSERT_TRUE(reloaded.SaveFields());
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.clientOptions, 1);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.clientOptions : -1, 1);
 }
 
 TEST_F(Settings, PasswordIsStoredEnciphered)
@@ -123,20 +119,19 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
         EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
     }
     const QString stored = ini(site.localIni(), "Email", "Password");
-    EXPECT_EQ(stored, Encrypt(u"Pa55 word!"_s));
-    EXPECT_NE(stored, u"Pa55 word!"_s);
+    EXPECT_EQ(std::tuple(stored, stored != u"Pa55 word!"_s), std::tuple(Encrypt(u"Pa55 word!"_s), true));
     // The file that holds it is its owner's alone, and stays so when written again.
     const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther | QFileDevice::WriteOther;
-    EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
+    const auto shared = [&] { return QFile::permissions(site.localIni()) & others; };
+    const auto before = shared();
     PutLocal(s, u"Email"_s, u"Subject"_s, u"x"_s);
-    EXPECT_EQ(QFile::permissions(site.localIni()) & others, QFileDevice::Permissions());
+    EXPECT_EQ(std::tuple(before, shared()), std::tuple(QFileDevice::Permissions(), QFileDevice::Permissions()));
 
     frmInfo screen(s);
-    EXPECT_EQ(child<QLineEdit>(screen, "txtEmailPassword")->text(), u"Pa55 word!"_s);
     bool changed = false;
     screen.binder()->CheckFields(changed);
-    EXPECT_FALSE(changed);
-    EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+    EXPECT_EQ(std::tuple(child<QLineEdit>(screen, "txtEmailPassword")->text(), changed, child<QAbstractButton>(screen, "cmdApply")->isEnabled()),
+              std::tuple(u"Pa55 word!"_s, false, false));
 }
 
 TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
@@ -144,13 +139,11 @@ TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
     Session& s = site.session();
     ASSERT_EQ(ini(site.localIni(), "Email", "BCC"), QString());
     frmInfo screen(s);
-    EXPECT_FALSE(child<QCheckBox>(screen, "chkBCC")->isChecked());
     // The fields that show a default keep the stored value empty until saved.
-    EXPECT_EQ(child<QLineEdit>(screen, "txtFindRecs")->text(), u"100"_s);
-    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), QString());
+    EXPECT_EQ(std::tuple(child<QCheckBox>(screen, "chkBCC")->isChecked(), child<QLineEdit>(screen, "txtFindRecs")->text(), ini(site.localIni(), "Info", "FindRecords")),
+              std::tuple(false, u"100"_s, QString()));
     screen.cmdOK_Click();
-    EXPECT_EQ(ini(site.localIni(), "Email", "BCC"), u"False"_s);
-    EXPECT_EQ(ini(site.localIni(), "Info", "FindRecords"), u"100"_s);
+    EXPECT_EQ((QStringList{ini(site.localIni(), "Email", "BCC"), ini(site.localIni(), "Info", "FindRecords")}), (QStringList{u"False"_s, u"100"_s}));
 }
 
 TEST_F(Settings, DriveMapList)
@@ -159,38 +152,25 @@ TEST_F(Settings, DriveMapList)
     frmInfo screen(s);
     ScriptedPrompter& asked = site.prompter();
     QComboBox* box = child<QComboBox>(screen, "cboDrvMap");
-    auto type = [&](const char* text) {
-        box->setCurrentIndex(box->count() - 1);
+    const auto edit = [&](int index, const char* text) {
+        box->setCurrentIndex(index < 0 ? box->count() - 1 : index);
         box->setEditText(QString::fromUtf8(text));
         return screen.cboDrvMap_LostFocus();
     };
-    EXPECT_FALSE(type("F=1"));  // the entry rules themselves are SettingsRules' table
-    EXPECT_EQ(asked.asked().size(), 1);
-    EXPECT_TRUE(screen.drvMapEntries().isEmpty());
-    EXPECT_TRUE(type("f=c"));
-    EXPECT_TRUE(type("G=D"));
-    EXPECT_TRUE(type("G=D")) << "an entry already there is not added twice";
-    EXPECT_TRUE(type("/srv/tarlox/=/mnt/tarlox"));
+    // The entry rules themselves are SettingsRules' table; an entry already there is not added twice.
+    EXPECT_EQ((std::tuple{edit(-1, "F=1"), asked.asked().size(), screen.drvMapEntries().size()}), std::tuple(false, qsizetype(1), qsizetype(0)));
+    EXPECT_EQ((QList<bool>{edit(-1, "f=c"), edit(-1, "G=D"), edit(-1, "G=D"), edit(-1, "/srv/tarlox/=/mnt/tarlox")}), QList<bool>(4, true));
     EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}));
     EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
 
     // Editing an entry replaces it; emptying it removes it.
-    box->setCurrentIndex(2);
-    box->setEditText(QString());
-    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
-    box->setCurrentIndex(1);
-    box->setEditText(u"h=e"_s);
-    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
-    EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"H=E"_s}));
-    EXPECT_EQ(box->count(), 3);
+    EXPECT_EQ((QList<bool>{edit(2, ""), edit(1, "h=e")}), QList<bool>(2, true));
+    EXPECT_EQ(std::tuple(screen.drvMapEntries(), box->count()), std::tuple(QStringList{u"F=C"_s, u"H=E"_s}, 3));
 
-    box->setCurrentIndex(1);
-    box->setEditText(u"G=D"_s);
-    EXPECT_TRUE(screen.cboDrvMap_LostFocus());
+    EXPECT_TRUE(edit(1, "G=D"));
     screen.cmdApply_Click();
-    EXPECT_EQ(ini(site.localIni(), "Info", "DrvMap"), u"F=CG=D"_s);
-    EXPECT_EQ(s.drvMap, u"F=CG=D"_s);
-    EXPECT_FALSE(child<QAbstractButton>(screen, "cmdApply")->isEnabled());
+    EXPECT_EQ(std::tuple(ini(site.localIni(), "Info", "DrvMap"), s.drvMap, child<QAbstractButton>(screen, "cmdApply")->isEnabled()),
+              std::tuple(u"F=CG=D"_s, u"F=CG=D"_s, false));
 
     frmInfo again(s);
     EXPECT_EQ(again.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s}));
@@ -200,15 +180,13 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 {
     Session& s = site.session();
     frmInfo screen(s);
-    EXPECT_EQ(child<QLineEdit>(screen, "txtNxtimg")->text(), u"1"_s);
-    EXPECT_EQ(ini(site.localIni(), "Info", "NextName"), u"1"_s);
+    EXPECT_EQ((QStringList{child<QLineEdit>(screen, "txtNxtimg")->text(), ini(site.localIni(), "Info", "NextName")}), QStringList(2, u"1"_s));
     child<QLineEdit>(screen, "txtNxtimg")->setText(u"4711"_s);
     screen.cmdApply_Click();
 
     ScriptedPrompter otherPrompter;
     auto other = site.openAnother(otherPrompter);
-    ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.nextName, 4711);
+    EXPECT_EQ(ReadOptions(*other) ? other->options.nextName : -1, 4711);
 
     // A screen opened before another machine went on puts the counter back
     // to what it showed: taking the next number repairs that against the images.
@@ -218,9 +196,8 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
     child<QLineEdit>(fresh, "txtPOShort")->setText(u"Order #"_s);
     fresh.cmdApply_Click();
     ASSERT_TRUE(ReadOptions(*other));
-    EXPECT_EQ(other->options.nextName, 4711);
     // ... and the session takes the new field names at once.
-    EXPECT_EQ(s.poShort, u"Order #"_s);
+    EXPECT_EQ(std::tuple(other->options.nextName, s.poShort), std::tuple(4711, u"Order #"_s));
 }
 
 TEST_F(Settings, FieldChecks)
@@ -232,43 +209,33 @@ TEST_F(Settings, FieldChecks)
 
     box("txtFontSize")->setText(u"99"_s);
     screen.txtFontSize_LostFocus();
-    EXPECT_EQ(box("txtFontSize")->text(), u"36"_s);
     box("txtBright")->setText(u"-4000"_s);
     screen.txtBright_LostFocus();
-    EXPECT_EQ(box("txtBright")->text(), u"-1000"_s);
     box("txtHighDPI")->setText(QString());
     box("txtHighDPI")->setFocus();
     box("txtHighDPI")->insert(u"12000"_s);
     emit box("txtHighDPI")->textEdited(box("txtHighDPI")->text());
-    EXPECT_EQ(box("txtHighDPI")->text(), u"9999"_s);
+    EXPECT_EQ((QStringList{box("txtFontSize")->text(), box("txtBright")->text(), box("txtHighDPI")->text()}), (QStringList{u"36"_s, u"-1000"_s, u"9999"_s}));
 
     box("txtDefaultPages")->setText(u"1-3"_s);
-    EXPECT_FALSE(screen.txtDefaultPages_Validate());
-    EXPECT_TRUE(asked.wasAsked(u"Invalid Pages"_s));
-    EXPECT_EQ(box("txtDefaultPages")->text(), QString());
+    EXPECT_EQ((std::tuple{screen.txtDefaultPages_Validate(), asked.wasAsked(u"Invalid Pages"_s), box("txtDefaultPages")->text()}), std::tuple(false, true, QString()));
     box("txtDefaultPages")->setText(u"all"_s);
     EXPECT_TRUE(screen.txtDefaultPages_Validate());
 
     box("txtTmpDir")->clear();
-    EXPECT_FALSE(screen.txtTmpDir_Validate());
-    EXPECT_EQ(asked.textOf(u"Enter a Temporary Directory"_s), texts::TempDirRequired);
+    EXPECT_EQ((std::tuple{screen.txtTmpDir_Validate(), asked.textOf(u"Enter a Temporary Directory"_s)}), std::tuple(false, texts::TempDirRequired));
     const QString fresh = site.path(u"TEMP2/work"_s);
     box("txtTmpDir")->setText(fresh);
-    asked.answer(Answer::No);
-    EXPECT_FALSE(screen.txtTmpDir_Validate());
-    EXPECT_FALSE(QFileInfo(fresh).isDir());
-    asked.answer(Answer::Yes);
-    EXPECT_TRUE(screen.txtTmpDir_Validate());
-    EXPECT_TRUE(QFileInfo(fresh).isDir());
+    const auto answered = [&](Answer answer) { return asked.answer(answer), std::tuple{screen.txtTmpDir_Validate(), QFileInfo(fresh).isDir()}; };
+    EXPECT_EQ((std::tuple{answered(Answer::No), answered(Answer::Yes)}), std::tuple(std::tuple(false, false), std::tuple(true, true)));
     EXPECT_EQ(asked.textOf(u"Create Temporary Directory"_s), texts::CreateTempDir);
 
     // The stamp file must load as an image.
     const QString junk = site.path(u"stamp.pcx"_s);
     ASSERT_TRUE(WriteFile(junk, "not an image at all"));
     box("txtAuthorizationStamp")->setText(junk);
-    EXPECT_FALSE(screen.txtAuthorizationStamp_Validate());
-    EXPECT_EQ(asked.textOf(u"Stamp File"_s), texts::InvalidStampFile);
-    EXPECT_EQ(box("txtAuthorizationStamp")->text(), QString());
+    EXPECT_EQ((std::tuple{screen.txtAuthorizationStamp_Validate(), asked.textOf(u"Stamp File"_s), box("txtAuthorizationStamp")->text()}),
+              std::tuple(false, texts::InvalidStampFile, QString()));
     const QString good = site.path(u"stamp.bmp"_s);
     QImage stamp(40, 20, QImage::Format_Mono);
     stamp.fill(0);
@@ -298,10 +265,9 @@ TEST_F(Settings, DependentControlsFollowTheirSwitches)
     };
     for (const auto& row : rows) {
         child<QAbstractButton>(screen, row.set)->setChecked(true);
-        for (const char* name : row.on)
-            EXPECT_TRUE(child<QWidget>(screen, name)->isEnabled()) << row.set << " " << name;
-        for (const char* name : row.off)
-            EXPECT_FALSE(child<QWidget>(screen, name)->isEnabled()) << row.set << " " << name;
+        for (const auto& [names, on] : {std::pair{&row.on, true}, {&row.off, false}})
+            for (const char* name : *names)
+                EXPECT_EQ(child<QWidget>(screen, name)->isEnabled(), on) << row.set << " " << name;
     }
 }
 
@@ -316,8 +282,7 @@ TEST_F(Settings, ScannerChosenFromTheDevicesFound)
     };
     screen.cmdDevice_Click();
     ASSERT_EQ(offered.size(), 1);
-    EXPECT_TRUE(offered.at(0).startsWith(u"test:0"_s));
-    EXPECT_EQ(child<QLineEdit>(screen, "txtDevice")->text(), u"test:0"_s);
+    EXPECT_EQ(std::tuple(offered.at(0).left(6), child<QLineEdit>(screen, "txtDevice")->text()), std::tuple(u"test:0"_s, u"test:0"_s));
     screen.cmdOK_Click();
     EXPECT_EQ(ini(site.localIni(), "Info", "Device"), u"test:0"_s);
 }
@@ -327,10 +292,8 @@ TEST_F(Settings, EveryTagNamesItsKey)
     frmInfo screen(site.session());
     const QList<QWidget*> bound = screen.binder()->boundControls();
     EXPECT_EQ(bound.size(), 67);
-    for (QWidget* w : bound) {
-        const QString tag = w->property("tag").toString();
-        EXPECT_FALSE(GetTag(tag, u"Item"_s).isEmpty()) << w->objectName().toStdString();
-    }
+    for (QWidget* w : bound)
+        EXPECT_FALSE(GetTag(w->property("tag").toString(), u"Item"_s).isEmpty()) << w->objectName().toStdString();
 }
 
 // The cover page editor: the shipped page with its warning, a missing file
