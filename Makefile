@@ -1,7 +1,9 @@
 # Tarlox: `make run` starts the program, `make test` runs the whole suite.
 # Both install what they need on a Debian 12 machine first.
 # `make coverage` builds an instrumented copy in build-coverage, runs the suite
-# there and prints the line and branch coverage of src/.
+# there and prints the line and branch coverage of src/ (the report per file
+# goes to build-coverage/coverage.txt; gcovr replaces its output file, so
+# never /dev/null).
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
@@ -33,7 +35,7 @@ coverage: deps
 	cmake --build $(COVERAGE_DIR) -j$(JOBS)
 	find $(COVERAGE_DIR) -name '*.gcda' -delete
 	cd $(COVERAGE_DIR) && ctest --output-on-failure -j$(JOBS)
-	gcovr -j $(JOBS) --root $(CURDIR) --filter '$(CURDIR)/src/' --exclude-throw-branches --exclude-unreachable-branches --print-summary --output /dev/null $(COVERAGE_DIR)
+	gcovr -j $(JOBS) --root $(CURDIR) --filter '$(CURDIR)/src/' --exclude-throw-branches --exclude-unreachable-branches --print-summary --output $(COVERAGE_DIR)/coverage.txt $(COVERAGE_DIR)
 
 deps:
 	bash scripts/install-deps.sh
