@@ -22,15 +22,14 @@ namespace tarlox::test {
 
 QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database)
 {
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, name);
     for (const QString& pair : conninfo.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        const QString key = pair.section(QLatin1Char('='), 0, 0);
-        const QString value = pair.section(QLatin1Char('='), 1);
-        if (key == QLatin1String("host"))
+        const QString key = pair.section(u'=', 0, 0), value = pair.section(u'=', 1);
+        if (key == u"host"_s)
             db.setHostName(value);
-        else if (key == QLatin1String("port"))
+        else if (key == u"port"_s)
             db.setPort(value.toInt());
-        else if (key == QLatin1String("user"))
+        else if (key == u"user"_s)
             db.setUserName(value);
     }
     db.setDatabaseName(database);
@@ -39,34 +38,21 @@ QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, co
 
 bool RunSql(const std::function<QSqlDatabase(const QString& name)>& connect, const QString& sql)
 {
-    const QString name = QStringLiteral("raw-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString name = u"raw-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces);
     bool ok = false;
     {
         QSqlDatabase db = connect(name);
-        if (db.open()) {
-            QSqlQuery query(db);
-            ok = query.exec(sql);
-            if (!ok)
-                qWarning("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
-        } else {
-            qWarning("%s: %s", qPrintable(sql), qPrintable(db.lastError().text()));
-        }
+        QSqlQuery query(db);
+        ok = db.open() && query.exec(sql);
+        if (!ok)
+            qWarning("%s: %s", qPrintable(sql), qPrintable((db.isOpen() ? query.lastError() : db.lastError()).text()));
         db.close();
     }
     QSqlDatabase::removeDatabase(name);
     return ok;
 }
 
-namespace {
-
-bool runAdmin(const QString& database, const QString& sql)
-{
-    return RunSql([&](const QString& name) { return PostgresConnection(name, postgresConnInfo(), database); }, sql);
-}
-
-}  // namespace
-
-QString engineName(Engine engine) { return engine == Engine::Sqlite ? QStringLiteral("Sqlite") : QStringLiteral("Postgres"); }
+QString engineName(Engine engine) { return engine == Engine::Sqlite ? u"Sqlite"_s : u"Postgres"_s; }
 
 QString postgresConnInfo()
 {
@@ -76,15 +62,14 @@ QString postgresConnInfo()
     return QString::fromUtf8(file.readAll()).trimmed();
 }
 
-bool createPostgresDatabase(const QString& name)
+static bool runAdmin(const QString& sql)
 {
-    return runAdmin(QStringLiteral("postgres"), QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
+    return RunSql([](const QString& name) { return PostgresConnection(name, postgresConnInfo(), u"postgres"_s); }, sql);
 }
 
-void dropPostgresDatabase(const QString& name)
-{
-    runAdmin(QStringLiteral("postgres"), QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name));
-}
+bool createPostgresDatabase(const QString& name) { return runAdmin(u"CREATE DATABASE \"%1\""_s.arg(name)); }
+
+void dropPostgresDatabase(const QString& name) { runAdmin(u"DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)"_s.arg(name)); }
 
 // A test site stands for a workstation with a person at the screen: the
 // scripted prompter answers the Retry/Cancel boxes.
@@ -99,7 +84,7 @@ TestSite::TestSite(Engine engine)
 {
     offerRetryToThePerson(*session_);
     if (engine_ == Engine::Postgres) {
-        pgDatabase_ = QStringLiteral("tlx_") + QUuid::createUuid().toString(QUuid::Id128).left(16);
+        pgDatabase_ = u"tlx_"_s + QUuid::createUuid().toString(QUuid::Id128).left(16);
         if (postgresConnInfo().isEmpty())
             ADD_FAILURE() << "the test PostgreSQL server is not running (TARLOX_TEST_PG)";
         else if (!createPostgresDatabase(pgDatabase_))
@@ -118,8 +103,8 @@ QSqlDatabase TestSite::rawConnection(const QString& name) const
 {
     if (engine_ == Engine::Postgres)
         return PostgresConnection(name, postgresConnInfo(), pgDatabase_);
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-    db.setDatabaseName(path(QStringLiteral("server/Tarlox.db")));
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
+    db.setDatabaseName(path(u"server/Tarlox.db"_s));
     return db;
 }
 
@@ -130,9 +115,8 @@ bool TestSite::execRaw(const QString& sql) const
 
 void TestSite::writeSettings()
 {
-    QDir(dir()).mkpath(QStringLiteral("server"));
-    QDir(dir()).mkpath(QStringLiteral("DATA"));
-    QDir(dir()).mkpath(QStringLiteral("TEMP"));
+    for (const QString& sub : {u"server"_s, u"DATA"_s, u"TEMP"_s})
+        QDir(dir()).mkpath(sub);
     const QString local = localIni(), server = serverIni();
     using Keys = QList<std::pair<const char*, QString>>;
     for (const auto& [key, value] : Keys{{"ServerIni", server}, {"DataDir", path(u"DATA"_s)}, {"TempDir", path(u"TEMP"_s)}})
@@ -143,9 +127,7 @@ void TestSite::writeSettings()
                {"OverrideConnection", postgresConnInfo() + u" dbname="_s + pgDatabase_}};
     for (const auto& [key, value] : data)
         WriteIniValue(server, u"Data"_s, QLatin1String(key), value);
-    session_->programDir = dir() + QLatin1Char('/');
-    session_->localIni = local;
-    session_->serverIni = server;
+    std::tie(session_->programDir, session_->localIni, session_->serverIni) = std::tuple(dir() + u'/', local, server);
 }
 
 void TestSite::create()
@@ -157,8 +139,7 @@ void TestSite::create()
     const bool built = RevUp(s);
     s.db().allowCreate(false);
     EXPECT_TRUE(built) << "the ladder could not build the test database";
-    s.options.version = s.programVersion;
-    s.options.nextName = 1;
+    std::tie(s.options.version, s.options.nextName) = std::tuple(s.programVersion, 1);
     EXPECT_TRUE(AddOptions(s, false));
     s.db().close();
 }
@@ -173,8 +154,7 @@ std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
 {
     auto other = std::make_unique<Session>(prompter);
     offerRetryToThePerson(*other);
-    other->programDir = dir() + QLatin1Char('/');
-    other->localIni = localIni();
+    std::tie(other->programDir, other->localIni) = std::tuple(dir() + u'/', localIni());
     if (!StartSession(*other).ok())
         ADD_FAILURE() << "the second session did not start";
     return other;
@@ -182,8 +162,7 @@ std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
 
 qint64 SiteTest::scalar(const QString& sql, const QVariantList& binds)
 {
-    DataOp op(s(), QStringLiteral("test"));
-    auto value = op.scalar(sql, binds);
+    auto value = DataOp(s(), u"test"_s).scalar(sql, binds);
     return value ? value->toLongLong() : -1;
 }
 

@@ -30,21 +30,16 @@ from aiosmtpd.smtp import SMTP, AuthResult, LoginPassword
 
 class Delivery:
     def __init__(self, maildir, pop_log, pop_user):
-        self.maildir = maildir
-        self.pop_log = pop_log
-        self.pop_user = pop_user
-        self.count = 0
+        self.maildir, self.pop_log, self.pop_user, self.count = maildir, pop_log, pop_user, 0
 
     def pop_logged_in(self):
         try:
             with open(self.pop_log, encoding="utf-8", errors="replace") as log:
-                text = log.read()
+                lines = log.read().splitlines()
         except OSError:
             return False
-        for line in text.splitlines():
-            if "pop3-login: Info: Login: " in line and (not self.pop_user or "user=<%s>" % self.pop_user in line):
-                return True
-        return False
+        return any("pop3-login: Info: Login: " in line and (not self.pop_user or "user=<%s>" % self.pop_user in line)
+                   for line in lines)
 
     async def handle_MAIL(self, server, session, envelope, address, mail_options):
         if self.pop_log and not self.pop_logged_in():
@@ -75,12 +70,9 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--maildir", required=True)
-    parser.add_argument("--cert")
-    parser.add_argument("--key")
-    parser.add_argument("--user")
-    parser.add_argument("--password")
+    for name in ("--cert", "--key", "--user", "--password", "--pop-log"):
+        parser.add_argument(name)
     parser.add_argument("--mechanisms", default="PLAIN,LOGIN")
-    parser.add_argument("--pop-log")
     parser.add_argument("--silent", action="store_true")
     args = parser.parse_args()
 
@@ -99,22 +91,14 @@ def main():
     excluded = [m for m in ("PLAIN", "LOGIN") if m not in offered]
 
     def protocol():
-        return SMTP(delivery,
-                    hostname="tarlox-test",
-                    tls_context=tls,
-                    require_starttls=tls is not None,
-                    authenticator=authenticate if args.user else None,
-                    auth_required=bool(args.user),
-                    auth_require_tls=True,
-                    auth_exclude_mechanism=excluded,
-                    data_size_limit=64 * 1024 * 1024)
+        return SMTP(delivery, hostname="tarlox-test", tls_context=tls, require_starttls=tls is not None,
+                    authenticator=authenticate if args.user else None, auth_required=bool(args.user),
+                    auth_require_tls=True, auth_exclude_mechanism=excluded, data_size_limit=64 * 1024 * 1024)
 
     loop = asyncio.new_event_loop()
     asyncio.set_event_loop(loop)
-    if args.silent:
-        server = loop.run_until_complete(asyncio.start_server(stay_silent, "127.0.0.1", args.port))
-    else:
-        server = loop.run_until_complete(loop.create_server(protocol, "127.0.0.1", args.port))
+    server = loop.run_until_complete(asyncio.start_server(stay_silent, "127.0.0.1", args.port) if args.silent
+                                     else loop.create_server(protocol, "127.0.0.1", args.port))
     loop.add_signal_handler(signal.SIGTERM, loop.stop)
     print("ready %d" % server.sockets[0].getsockname()[1], flush=True)
     loop.run_forever()
