@@ -32,8 +32,6 @@ public:
 
     explicit SmtpTestServer(Options options);
     ~SmtpTestServer();
-    SmtpTestServer(const SmtpTestServer&) = delete;
-    SmtpTestServer& operator=(const SmtpTestServer&) = delete;
 
     bool start();
     void stop();
@@ -57,8 +55,6 @@ class PopTestServer {
 public:
     PopTestServer(QString user, QString password);
     ~PopTestServer();
-    PopTestServer(const PopTestServer&) = delete;
-    PopTestServer& operator=(const PopTestServer&) = delete;
 
     bool start();
     void stop();

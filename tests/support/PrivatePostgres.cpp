@@ -4,11 +4,11 @@
 #include <QFile>
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 namespace tarlox::test {
 
-namespace {
-QString script() { return qEnvironmentVariable("TARLOX_SOURCE_DIR") + QStringLiteral("/tests/support/postgres.sh"); }
-}
+static QString script() { return qEnvironmentVariable("TARLOX_SOURCE_DIR") + u"/tests/support/postgres.sh"_s; }
 
 PrivatePostgres::PrivatePostgres()
 {
@@ -17,43 +17,34 @@ PrivatePostgres::PrivatePostgres()
                                            | QFileDevice::ReadGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther);
 }
 
-PrivatePostgres::~PrivatePostgres()
-{
-    run({QStringLiteral("stop"), dir_.filePath(QStringLiteral("pg"))});
-}
+PrivatePostgres::~PrivatePostgres() { run({u"stop"_s, dir_.filePath(u"pg"_s)}); }
 
 bool PrivatePostgres::run(const QStringList& arguments) const
 {
     QProcess process;
-    process.start(QStringLiteral("bash"), QStringList{script()} + arguments);
+    process.start(u"bash"_s, QStringList{script()} + arguments);
     return process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
 bool PrivatePostgres::start()
 {
-    const QString dir = dir_.filePath(QStringLiteral("pg"));
+    const QString dir = dir_.filePath(u"pg"_s);
     if (port_ == 0) {
-        if (!run({QStringLiteral("start"), dir}))
+        if (!run({u"start"_s, dir}))
             return false;
-        QFile file(dir + QStringLiteral("/conninfo"));
-        if (!file.open(QIODevice::ReadOnly))
-            return false;
-        connInfo_ = QString::fromUtf8(file.readAll()).trimmed();
-        port_ = connInfo_.section(QStringLiteral("port="), 1).section(QLatin1Char(' '), 0, 0).toInt();
-        return true;
+        connInfo_ = QString::fromUtf8(FileBytes(dir + u"/conninfo"_s)).trimmed();
+        port_ = connInfo_.section(u"port="_s, 1).section(u' ', 0, 0).toInt();
+        return port_ != 0;
     }
-    return run({QStringLiteral("restart"), dir});
+    return run({u"restart"_s, dir});
 }
 
-bool PrivatePostgres::stop()
-{
-    return run({QStringLiteral("halt"), dir_.filePath(QStringLiteral("pg"))});
-}
+bool PrivatePostgres::stop() { return run({u"halt"_s, dir_.filePath(u"pg"_s)}); }
 
 bool PrivatePostgres::createDatabase(const QString& name) const
 {
-    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, QStringLiteral("postgres")); },
-                  QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
+    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, u"postgres"_s); },
+                  u"CREATE DATABASE \"%1\""_s.arg(name));
 }
 
 }  // namespace tarlox::test

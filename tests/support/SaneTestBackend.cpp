@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+using namespace Qt::StringLiterals;
+
 namespace tarlox::test {
 
 namespace {
@@ -16,9 +18,9 @@ QString configure(const QByteArray& dll, const QByteArray& test)
     static QTemporaryDir* dir = nullptr;
     if (dir)
         return dir->path();
-    dir = new QTemporaryDir(QDir::tempPath() + QStringLiteral("/tarlox-sane-XXXXXX"));
-    WriteFile(dir->filePath(QStringLiteral("dll.conf")), dll);
-    WriteFile(dir->filePath(QStringLiteral("test.conf")), test);
+    dir = new QTemporaryDir(QDir::tempPath() + u"/tarlox-sane-XXXXXX"_s);
+    WriteFile(dir->filePath(u"dll.conf"_s), dll);
+    WriteFile(dir->filePath(u"test.conf"_s), test);
     qputenv("SANE_CONFIG_DIR", dir->path().toLocal8Bit());
     return dir->path();
 }
@@ -28,24 +30,19 @@ QString configure(const QByteArray& dll, const QByteArray& test)
 QString UseSaneTestBackend(int devices)
 {
     return configure("test\n", "number_of_devices " + QByteArray::number(devices)
-                                   + "\n"
-                                     "geometry_min 0.0\n"
-                                     "geometry_max 400.0\n"
-                                     "geometry_quant 0.0\n"
-                                     "test-picture \"Grid\"\n");
+                                   + "\ngeometry_min 0.0\ngeometry_max 400.0\ngeometry_quant 0.0\ntest-picture \"Grid\"\n");
 }
 
 void ResetSaneTestDevices(int devices)
 {
     for (int i = 0; i < devices; ++i) {
-        auto device = SaneDevice::open(QStringLiteral("test:%1").arg(i));
+        auto device = SaneDevice::open(u"test:%1"_s.arg(i));
         if (!device)
             continue;
-        (*device)->setValue(QStringLiteral("hand-scanner"), false);
-        (*device)->setValue(QStringLiteral("mode"), QStringLiteral("Gray"));
-        (*device)->setValue(QStringLiteral("source"), QStringLiteral("Flatbed"));
-        (*device)->setValue(QStringLiteral("test-picture"), QStringLiteral("Grid"));
-        (*device)->setValue(QStringLiteral("read-return-value"), QStringLiteral("Default"));
+        (*device)->setValue(u"hand-scanner"_s, false);
+        for (const auto& [option, value] : {std::pair{u"mode"_s, u"Gray"_s}, {u"source"_s, u"Flatbed"_s}, {u"test-picture"_s, u"Grid"_s},
+                                            {u"read-return-value"_s, u"Default"_s}})
+            (*device)->setValue(option, value);
     }
 }
 
@@ -54,13 +51,10 @@ bool StartWithTestScanner(TestSite& site)
     ResetSaneTestDevices(1);
     if (!site.start())
         return false;
-    PutLocal(site.session(), QStringLiteral("Info"), QStringLiteral("Device"), QStringLiteral("test:0"));
+    PutLocal(site.session(), u"Info"_s, u"Device"_s, u"test:0"_s);
     return true;
 }
 
-QString UseNoScanners()
-{
-    return configure("", "");
-}
+QString UseNoScanners() { return configure("", ""); }
 
 }  // namespace tarlox::test

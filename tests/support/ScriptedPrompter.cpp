@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace tarlox::test {
 
 Answer ScriptedPrompter::ask(const Prompt& prompt)
@@ -19,24 +21,17 @@ Answer ScriptedPrompter::ask(const Prompt& prompt)
         return defaultAnswerOf(prompt);
     }
     const Answer next = answers_.front();
-    answers_.pop_front();
-    return next;
+    return answers_.pop_front(), next;
 }
 
 QString ScriptedPrompter::chooseOpenFile(const QString& title, const QString&, const QString&)
 {
-    asked_.append(Prompt{title, QStringLiteral("(file)")});
-    if (files_.empty())
-        return {};
-    const QString next = files_.front();
-    files_.pop_front();
-    return next;
+    asked_.append(Prompt{title, u"(file)"_s});
+    const QString next = files_.empty() ? QString() : files_.front();
+    return files_.empty() ? next : (files_.pop_front(), next);
 }
 
-QString ScriptedPrompter::chooseDirectory(const QString& title, const QString& start)
-{
-    return chooseOpenFile(title, start, {});
-}
+QString ScriptedPrompter::chooseDirectory(const QString& title, const QString& start) { return chooseOpenFile(title, start, {}); }
 
 QStringList ScriptedPrompter::titles() const
 {
