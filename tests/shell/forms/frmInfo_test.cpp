@@ -47,6 +47,7 @@ class Settings : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(site.start()); }
     TestSite site;
+    Session& s = site.session();
 };
 
 }  // namespace
@@ -54,7 +55,6 @@ protected:
 // Every kind of control the binder knows, on a form of its own.
 TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
 {
-    Session& s = site.session();
     auto build = [&](QWidget& form) {
         form.setLayout(new QVBoxLayout);
         tagged<QLineEdit>(&form, "txtLine", "Section=Info,Item=LineKey");
@@ -66,7 +66,7 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
         tagged<QCheckBox>(&form, "chkBit", "Section=ClientOptions,Item=3");
         tagged<QLineEdit>(&form, "txtFree", "FromWidth=330");  // no section: not bound
     };
-    QWidget form;
+    QWidget form, again;
     build(form);
     TagBinder binder(s, &form);
     EXPECT_EQ(binder.boundControls().size(), 7);
@@ -90,7 +90,6 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
     auto other = site.openAnother(otherPrompter);
     EXPECT_EQ(ReadOptions(*other) ? other->options.clientOptions : -1, 4);
 
-    QWidget again;
     build(again);
     TagBinder reloaded(s, &again);
     reloaded.LoadFields();
@@ -110,7 +109,6 @@ TEST_F(Settings, EachControlKindRoundTripsThroughTheBinder)
 
 TEST_F(Settings, PasswordIsStoredEnciphered)
 {
-    Session& s = site.session();
     {
         frmInfo screen(s);
         child<QLineEdit>(screen, "txtEmailPassword")->setText(u"Pa55 word!"_s);
@@ -136,7 +134,6 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
 
 TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
 {
-    Session& s = site.session();
     ASSERT_EQ(ini(site.localIni(), "Email", "BCC"), QString());
     frmInfo screen(s);
     // The fields that show a default keep the stored value empty until saved.
@@ -148,10 +145,9 @@ TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
 
 TEST_F(Settings, DriveMapList)
 {
-    Session& s = site.session();
     frmInfo screen(s);
     ScriptedPrompter& asked = site.prompter();
-    QComboBox* box = child<QComboBox>(screen, "cboDrvMap");
+    auto* box = child<QComboBox>(screen, "cboDrvMap");
     const auto edit = [&](int index, const char* text) {
         box->setCurrentIndex(index < 0 ? box->count() - 1 : index);
         box->setEditText(QString::fromUtf8(text));
@@ -178,7 +174,6 @@ TEST_F(Settings, DriveMapList)
 
 TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 {
-    Session& s = site.session();
     frmInfo screen(s);
     EXPECT_EQ((QStringList{child<QLineEdit>(screen, "txtNxtimg")->text(), ini(site.localIni(), "Info", "NextName")}), QStringList(2, u"1"_s));
     child<QLineEdit>(screen, "txtNxtimg")->setText(u"4711"_s);
@@ -202,7 +197,6 @@ TEST_F(Settings, NextImageNumberReachesTheOptionsRow)
 
 TEST_F(Settings, FieldChecks)
 {
-    Session& s = site.session();
     ScriptedPrompter& asked = site.prompter();
     frmInfo screen(s);
     const auto box = [&](const char* name) { return child<QLineEdit>(screen, name); };
@@ -276,10 +270,7 @@ TEST_F(Settings, ScannerChosenFromTheDevicesFound)
     UseSaneTestBackend();
     frmInfo screen(site.session());
     QStringList offered;
-    screen.chooseDevice = [&](const QStringList& devices) {
-        offered = devices;
-        return devices.value(0);
-    };
+    screen.chooseDevice = [&](const QStringList& devices) { return offered = devices, devices.value(0); };
     screen.cmdDevice_Click();
     ASSERT_EQ(offered.size(), 1);
     EXPECT_EQ(std::tuple(offered.at(0).left(6), child<QLineEdit>(screen, "txtDevice")->text()), std::tuple(u"test:0"_s, u"test:0"_s));
@@ -321,8 +312,6 @@ TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
         auto* editor = screen.findChild<QPlainTextEdit*>(u"txtTemplate"_s);
         ASSERT_NE(editor, nullptr);
         EXPECT_EQ(editor->toPlainText().isEmpty(), row.empty) << row.field.toStdString();
-        if (row.field == own) {
-            EXPECT_EQ(editor->toPlainText(), u"! OUR FAX\n{to}\n"_s);
-        }
+        EXPECT_EQ(editor->toPlainText() == u"! OUR FAX\n{to}\n"_s, row.field == own) << row.field.toStdString();
     }
 }
