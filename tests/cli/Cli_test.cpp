@@ -17,10 +17,8 @@ using CliTest = CliHome;
 
 TEST(CliValues, OnePlaceReadsEveryKindOfValue)
 {
-    const struct {
-        const char* size;
-        const char* code;  // nullptr: refused
-    } sizes[] = {{"", " "}, {"letter", " "}, {" ", " "}, {"LEGAL", "G"}, {"G", "G"}, {"a4", "A"}, {"A", "A"}, {"tabloid", nullptr}};
+    // a code of nullptr: refused
+    const struct { const char* size; const char* code; } sizes[] = {{"", " "}, {"letter", " "}, {" ", " "}, {"LEGAL", "G"}, {"G", "G"}, {"a4", "A"}, {"A", "A"}, {"tabloid", nullptr}};
     for (const auto& row : sizes) {
         const Parsed<QString> size = PageSizeValue(S("--size"), S(row.size));
         EXPECT_EQ(size ? size.value : size.error.left(7), S(row.code ? row.code : "--size ")) << row.size;
@@ -45,12 +43,8 @@ TEST(CliValues, OnePlaceReadsEveryKindOfValue)
 // program directory and the home stay empty.
 TEST_F(CliTest, UsageAnswersWithoutTouchingAnyFile)
 {
-    const struct {
-        const char* arguments;  // split at blanks
-        int code;
-        const char* out;  // texts separated by "|", each must be on stdout
-        const char* err;  // must be on stderr, in one line for a usage error
-    } rows[] = {
+    // arguments: split at blanks; out: texts separated by "|", each must be on stdout; err: must be on stderr, in one line for a usage error
+    const struct { const char* arguments; int code; const char* out; const char* err; } rows[] = {
         {"--version", 0, "tarlox-cli 8.00.0000\n", ""},
         {"help", 0, "init|info|settings|add|show|find|scan|exit codes|3  the database", ""},
         {"--help", 0, "usage: tarlox-cli [--ini FILE]|find", ""},

@@ -25,13 +25,7 @@ TEST(CliExchange, EveryCommandSaysWhatWentThroughAndExitsOneWhenAnythingWasSkipp
     const QString exportDir = out.filePath(u"export"_s);
     QDir().mkpath(exportDir);
 
-    struct Step {
-        const char* what;
-        QStringList arguments;
-        bool onB;
-        int code;
-        const char* firstLine;
-    };
+    struct Step { const char* what; QStringList arguments; bool onB; int code; const char* firstLine; };
     const Step steps[] = {
         {"export", {u"export"_s, exportDir, u"--heat"_s, u"H*"_s}, false, 0, "2 of 2 images exported, 0 skipped"},
         {"an export file is never emptied unasked", {u"export"_s, exportDir}, false, 2, ""},

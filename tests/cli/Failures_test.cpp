@@ -46,11 +46,7 @@ TEST_F(CliFailures, NoSessionNoQuestionsOneLine)
     ASSERT_TRUE(WriteFile(path("server.ini"), "[Info]\r\nServerIni=" + path("server.ini").toUtf8() + "\r\nDataDir=" + dir.path().toUtf8()
                                                   + "\r\n[Data]\r\nDatabaseType=SQL\r\nServer=127.0.0.1:" + QByteArray::number(ClosedPort())
                                                   + "\r\nUserID=tarlox\r\nPassword=secret\r\nConnectionTimeout=2\r\n"));
-    const struct {
-        const char* ini;
-        int code;
-        const char* says;
-    } sites[] = {
+    const struct { const char* ini; int code; const char* says; } sites[] = {
         {"random.ini", 1, "Server Information File"},
         {"missing.ini", 1, "offline/tarlox.ini - is not found!"},
         {"server.ini", 3, "Connection refused"},

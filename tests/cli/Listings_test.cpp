@@ -25,11 +25,8 @@ TEST(ListingsCli, ListAsciiAndUpdate)
     const QString pairs = site.path(S("pairs.csv"));
     ASSERT_TRUE(WriteFile(pairs, "\"O'Neil\",\"O'Neil, Inc.\"\r\n"));
 
-    const struct {
-        QStringList args;
-        int code;
-        const char* out;  // a piece of the output, or of the error for a failure
-    } cases[] = {
+    // out: a piece of the output, or of the error for a failure
+    const struct { QStringList args; int code; const char* out; } cases[] = {
         {{S("list"), S("--sort"), S("vendor"), S("--text")}, 0, "Items entered for - Acme  2"},
         {{S("list"), S("--sort"), S("vendor"), S("--from-vendor"), S("b"), S("--text")}, 0, "Totals Items Entered : 1"},
         {{S("list"), S("--text"), S("--pdf"), S("x.pdf")}, 2, "either --pdf OUT or --text"},

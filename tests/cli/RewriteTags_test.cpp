@@ -39,11 +39,7 @@ TEST(RewriteTagsCli, ATiffImportAfterTheUpdateFindsTheNewValues)
     ASSERT_TRUE(WriteTiff(JoinPath(data, ImageFileNameFor(2)), {page}, ReportTags::forReport(S("H3"), S("P3"), S("PO2"), S("Zeta"), S("M"))));
     a.session().db().close();
 
-    const struct {
-        QStringList args;
-        int code;
-        const char* out;
-    } cases[] = {
+    const struct { QStringList args; int code; const char* out; } cases[] = {
         {{S("update"), S("vendor"), S("--pair"), S("Acme"), S("Acme Group"), S("--rewrite-tags")}, 1, "1 of 2 image files given the new tags, 1 skipped"},
         {{S("update"), S("heat"), S("--pair"), S("H2"), S("H8"), S("--pair"), S("H8"), S("H9"), S("--rewrite-tags")}, 0, "1 of 1 image files"},
     };

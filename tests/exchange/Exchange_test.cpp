@@ -44,15 +44,9 @@ QStringList rowsOf(Session& s, bool withNumbers = true)
 class ExchangeTest : public ::testing::TestWithParam<Engine> {
 protected:
     ExchangeTest() : a(GetParam()), b(GetParam() == Engine::Sqlite ? Engine::Postgres : Engine::Sqlite) {}
-    void SetUp() override
-    {
-        ASSERT_TRUE(a.start() && b.start() && QDir().mkpath(exportDir()));
-    }
+    void SetUp() override { ASSERT_TRUE(a.start() && b.start() && QDir().mkpath(exportDir())); }
     QString exportDir() const { return a.path(u"export"_s); }
-    static QString data(TestSite& site, qint32 number, const QString& prefix = u"TR"_s)
-    {
-        return JoinPath(site.session().dataDir, prefix + ImageFileNameFor(number).mid(2));
-    }
+    static QString data(TestSite& site, qint32 number, const QString& prefix = u"TR"_s) { return JoinPath(site.session().dataDir, prefix + ImageFileNameFor(number).mid(2)); }
     // An image with its file (bytes as given, not a real TIFF: the copies
     // don't look inside) and its references.
     static void seed(TestSite& site, qint32 number, const QString& heats, const QString& parts, const QString& vend,
@@ -98,13 +92,8 @@ TEST_P(ExchangeTest, ImportNeverOverwritesANumberTakenHere)
     EXPECT_FALSE(QFile::exists(JoinPath(exportDir(), u"OR000001.TIF"_s)));
     seed(b, 2, u"MINE"_s, u"MINE"_s, u"here"_s, "mine");
     const QStringList before = rowsOf(b.session());
-    struct Case {
-        const char* name;
-        qint32 increment;
-        bool renumber;
-        int skipped;
-        int rowsAdded;  // Images rows and references
-    };
+    // rowsAdded: Images rows and references
+    struct Case { const char* name; qint32 increment; bool renumber; int skipped; int rowsAdded; };
     int added = 0;
     for (const Case& c : {Case{"same numbers", 0, false, 1, 5}, Case{"increment", 10, false, 0, 7}, Case{"renumber", 0, true, 0, 7}}) {
         SCOPED_TRACE(c.name);
@@ -141,14 +130,8 @@ TEST_P(ExchangeTest, TiffImportIndexesFromTagsNameAndPageLength)
 {
     const QString dir = a.path(u"tifs"_s);
     ASSERT_TRUE(QDir().mkpath(dir));
-    struct File {
-        const char* name;
-        const char* heat;
-        const char* part;
-        int height;  // pixels at 200 dpi
-        const char* size;
-        int references;  // 0: skipped
-    };
+    // The page's height in pixels at 200 dpi; no references: skipped.
+    struct File { const char *name, *heat, *part; int height; const char* size; int references; };
     const File files[] = {
         {"TR000021.TIF", "H21", "P21", 2200, " ", 1},   // 11 in: Letter
         {"tr000022.tif", "H22", "P22", 2339, "A", 1},   // 11.7 in: A4, lower-case name

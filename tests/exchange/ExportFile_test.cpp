@@ -12,15 +12,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QDateTime at(int year, int month, int day, int hour = 0, int minute = 0, int second = 0)
-{
-    return QDateTime(QDate(year, month, day), QTime(hour, minute, second));
-}
+QDateTime at(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) { return QDateTime(QDate(year, month, day), QTime(hour, minute, second)); }
 
-ExportedInfo info(const QString& text, const QDateTime& date)
-{
-    return ExportedInfo{text, text, text, text, text, date};
-}
+ExportedInfo info(const QString& text, const QDateTime& date) { return ExportedInfo{text, text, text, text, text, date}; }
 
 void writeImages(const QString& path, ExportFileWriter::Existing existing, const QList<ExportedImage>& images)
 {
@@ -55,14 +49,17 @@ QStringList summary(const QString& path)
     return lines;
 }
 
-ExportedImage image(qint32 number, const QString& heat)
-{
-    return ExportedImage{number, at(2004, 3, 9), u"G"_s, u"4"_s, {info(heat, at(2004, 3, 9))}};
-}
+ExportedImage image(qint32 number, const QString& heat) { return ExportedImage{number, at(2004, 3, 9), u"G"_s, u"4"_s, {info(heat, at(2004, 3, 9))}}; }
+
+class ExportFileTest : public ::testing::Test {
+protected:
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QString::fromUtf16(kExportFileName));
+};
 
 }  // namespace
 
-TEST(ExportFile, ImagesComeBackAsWrittenWithReferencesNewestFirst)
+TEST_F(ExportFileTest, ImagesComeBackAsWrittenWithReferencesNewestFirst)
 {
     const ExportedInfo old = info(u"old"_s, at(2001, 1, 1)), mid = info(u"mid"_s, at(2005, 6, 7, 0, 0, 1)),
                        newest = info(u"new"_s, at(2010, 1, 1, 9));
@@ -77,8 +74,6 @@ TEST(ExportFile, ImagesComeBackAsWrittenWithReferencesNewestFirst)
     expected[1].infos[0].po = u"LINE  BREAK"_s;
     expected[2].infos = {newest, mid, old};
 
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QString::fromUtf16(kExportFileName));
     writeImages(path, ExportFileWriter::Existing::Overwrite, written);
     QList<ExportedImage> read;
     for (const ExportFileReader::Entry& entry : readEntries(path))
@@ -86,14 +81,12 @@ TEST(ExportFile, ImagesComeBackAsWrittenWithReferencesNewestFirst)
     EXPECT_TRUE(read == expected);
 }
 
-TEST(ExportFile, WritesTheLinesByteForByte)
+TEST_F(ExportFileTest, WritesTheLinesByteForByte)
 {
     const ExportedImage written{123, at(2004, 3, 9), u"G"_s, u"4"_s,
                                 {{u"H1"_s, u"P2"_s, u"P3"_s, u"Stål"_s, u"M5"_s, at(2004, 3, 9)},
                                  {u"h"_s, u"p"_s, u"o"_s, u"v"_s, u"m"_s, at(2004, 3, 10, 14, 5)},
                                  {u"x"_s, {}, {}, {}, {}, QDateTime()}}};
-    QTemporaryDir dir;
-    const QString path = dir.filePath(u"TARLOX.EXP"_s);
     writeImages(path, ExportFileWriter::Existing::Overwrite, {written});
     EXPECT_EQ(FileBytes(path),
               "\"IMG\",123,#2004-03-09#,\"G\",\"4\"\r\n"
@@ -104,10 +97,8 @@ TEST(ExportFile, WritesTheLinesByteForByte)
 
 // Lines that are not UTF-8 were written in Windows-1252 by older installations;
 // some editors put a byte order mark in front.
-TEST(ExportFile, ReadsBothEncodingsAndSkipsBadImagesWhole)
+TEST_F(ExportFileTest, ReadsBothEncodingsAndSkipsBadImagesWhole)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(u"TARLOX.EXP"_s);
     ASSERT_TRUE(WriteFile(path, "\xEF\xBB\xBF\"IMG\",1,#2004-03-09#,\"G\",\"4\"\r\n"
                    "\"INF\",1,\"St\xE5l\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
                    "\"INF\",1,\"\x93Q\x94\x80\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#\r\n"
@@ -125,21 +116,14 @@ TEST(ExportFile, ReadsBothEncodingsAndSkipsBadImagesWhole)
                    "\r\n"
                    "\"IMG\",4,#2004-03-09 10:00:00#,\"A\",\"4\"\r\n"
                    "\"INF\",4,\"D1\",\"P\",\"O\",\"V\",\"M\",#2004-03-09#"));
-    EXPECT_EQ(summary(path), (QStringList{
-                                 u"IMG 1: Stål “Q”€ æ"_s,
-                                 u"lines 5-8: line 7: an INF line has 8 fields, this one 5"_s,
-                                 u"lines 9-10: line 9: the entry date \"2004-13-45\" is not a date"_s,
-                                 u"lines 11-11: line 11: a reference of image 9 without its IMG line"_s,
-                                 u"lines 12-12: line 12: not an IMG or INF line"_s,
-                                 u"lines 13-14: line 13: the image number \"x5\" is not a number"_s,
-                                 u"IMG 4: D1"_s,
-                             }));
+    EXPECT_EQ(summary(path), (QStringList{u"IMG 1: Stål “Q”€ æ"_s, u"lines 5-8: line 7: an INF line has 8 fields, this one 5"_s,
+                                          u"lines 9-10: line 9: the entry date \"2004-13-45\" is not a date"_s,
+                                          u"lines 11-11: line 11: a reference of image 9 without its IMG line"_s, u"lines 12-12: line 12: not an IMG or INF line"_s,
+                                          u"lines 13-14: line 13: the image number \"x5\" is not a number"_s, u"IMG 4: D1"_s}));
 }
 
-TEST(ExportFile, AppendKeepsEarlierImagesAndOverwriteStartsAfresh)
+TEST_F(ExportFileTest, AppendKeepsEarlierImagesAndOverwriteStartsAfresh)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(u"TARLOX.EXP"_s);
     using enum ExportFileWriter::Existing;
     writeImages(path, Append, {image(1, u"A"_s)});
     writeImages(path, Append, {image(2, u"B"_s)});
@@ -154,10 +138,8 @@ TEST(ExportFile, AppendKeepsEarlierImagesAndOverwriteStartsAfresh)
     EXPECT_EQ(summary(path), (QStringList{u"lines 1-3: line 3: an INF line has 8 fields, this one 3"_s, u"IMG 4: D"_s}));
 }
 
-TEST(ExportFile, AFailedWriteIsReportedAndLeavesWholeImagesOnly)
+TEST_F(ExportFileTest, AFailedWriteIsReportedAndLeavesWholeImagesOnly)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(u"TARLOX.EXP"_s);
     IoResult<ExportFileWriter> writer = ExportFileWriter::open(path, ExportFileWriter::Existing::Overwrite);
     ASSERT_TRUE(writer && writer->write(image(1, u"A"_s)));
     const QByteArray before = FileBytes(path);

@@ -7,10 +7,8 @@ using namespace tarlox;
 
 TEST(DriveMap, EntriesAreCheckedAndNormalized)
 {
-    struct Case {
-        const char* typed;
-        const char* stored;  // nullptr: refused
-    };
+    // a stored value of nullptr: refused
+    struct Case { const char* typed; const char* stored; };
     const Case cases[] = {
         {"F=C", "F=C"},      {"f=c", "F=C"},  {" g=d ", "G=D"}, {"FF=C", nullptr}, {"F-C", nullptr}, {"F=F", nullptr},
         {"F=1", nullptr},    {"1=F", nullptr}, {"F=", nullptr},   {"=C", nullptr},   {"F==C", nullptr},

@@ -31,19 +31,12 @@ TEST(ExchangeForms, ImportOffersItsButtonForAnExportFileAndKeepsIncrementAndRenu
     auto* renumber = child<QCheckBox>(form, "chkChgImg");
     for (const char* name : {"a.exp", "b.EXP", "c.exp.exp", "d.exp.bak"})
         ASSERT_TRUE(WriteFile(site.path(QString::fromUtf8(name)), "x"));
-    const struct {
-        const char* file;
-        bool offered;
-    } files[] = {{"a.exp", true}, {"b.EXP", true}, {"c.exp.exp", false}, {"d.exp.bak", false}, {"missing.exp", false}};
+    const struct { const char* file; bool offered; } files[] = {{"a.exp", true}, {"b.EXP", true}, {"c.exp.exp", false}, {"d.exp.bak", false}, {"missing.exp", false}};
     for (const auto& f : files) {
         file->setText(site.path(QString::fromUtf8(f.file)));
         EXPECT_EQ(child<QPushButton>(form, "cmdImport")->isEnabled(), f.offered) << f.file;
     }
-    const struct {
-        const char* typed;
-        const char* kept;
-        bool renumberOffered;
-    } increments[] = {{"999999", "999999", false}, {"1000000", "", true}, {"0", "0", true}, {"12", "12", false}, {"", "", true}};
+    const struct { const char* typed; const char* kept; bool renumberOffered; } increments[] = {{"999999", "999999", false}, {"1000000", "", true}, {"0", "0", true}, {"12", "12", false}, {"", "", true}};
     for (const auto& i : increments) {
         increment->setText(QString::fromUtf8(i.typed));
         EXPECT_EQ(std::tuple(increment->text(), renumber->isEnabled()), std::tuple(QString::fromUtf8(i.kept), i.renumberOffered)) << i.typed;

@@ -245,10 +245,7 @@ TEST_F(Settings, DependentControlsFollowTheirSwitches)
 {
     frmInfo screen(site.session());
     child<QCheckBox>(screen, "chkEmailClient")->setChecked(false);
-    const struct {
-        const char* set;
-        std::vector<const char*> on, off;
-    } rows[] = {
+    const struct { const char* set; std::vector<const char*> on, off; } rows[] = {
         {"optAuthorization_2", {"txtAuthorizationStamp", "cmdAuthorizationStamp"}, {"txtAuthorizationText"}},
         {"optAuthorization_1", {"txtAuthorizationText"}, {"txtAuthorizationStamp"}},
         {"optAuthorization_0", {}, {"txtAuthorizationStamp", "txtAuthorizationText"}},
@@ -293,11 +290,8 @@ TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
 {
     const QString own = site.path(u"own.cpe"_s);
     ASSERT_TRUE(WriteFile(own, "! OUR FAX\n{to}\n"));
-    const struct {
-        QString field;
-        QString text;  // the box shown, or empty
-        bool empty;    // the editor starts without a file
-    } rows[] = {
+    // text: the box shown, or empty; empty: the editor starts without a file
+    const struct { QString field; QString text; bool empty; } rows[] = {
         {{}, u"Warning: This is the package cover page and may be overwritten with the next update!"_s, false},
         {site.path(u"gone.cpe"_s),
          QLatin1Char('\'') + site.path(u"gone.cpe"_s) + u"' does not exist!\nCreate new file and select using browse function."_s, true},

@@ -421,11 +421,7 @@ TEST(FrameFax, FaxCommandFollowsTheFaxServersAnswer)
     ASSERT_TRUE(site.start());
     FormRegistry forms = testForms();
     forms.child<TestForm>(u"frmFaxct"_s);
-    const struct {
-        QString address;
-        bool offered;
-        const char* text;
-    } rows[] = {{u"127.0.0.1:%1"_s.arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
+    const struct { QString address; bool offered; const char* text; } rows[] = {{u"127.0.0.1:%1"_s.arg(ClosedPort()), false, "no fax server: "}, {server->address(), true, "0 fax device(s) found"}};
     for (const auto& row : rows) {
         PutLocal(site.session(), fax::Section, fax::FaxServer, row.address);
         mdiMain frame(site.session(), forms);
