@@ -14,11 +14,8 @@ CliRun RunCli(const QStringList& arguments, const QList<QPair<QString, QString>>
     process.setProcessEnvironment(env);
     process.start(qEnvironmentVariable("TARLOX_CLI"), arguments);
     process.closeWriteChannel();
-    if (!process.waitForFinished(120000)) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
+    if (!process.waitForFinished(120000))
+        return process.kill(), process.waitForFinished(), CliRun{};
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
 }
 

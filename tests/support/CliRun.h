@@ -13,8 +13,7 @@ namespace tarlox::test {
 // What one run of tarlox-cli gave.
 struct CliRun {
     int code = -1;  // -1: it didn't end within two minutes
-    QString out;
-    QString err;
+    QString out, err;
 };
 
 // Runs tarlox-cli (TARLOX_CLI) as a process of its own, with these

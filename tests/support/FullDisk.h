@@ -19,8 +19,7 @@ public:
     {
         getrlimit(RLIMIT_FSIZE, &saved_);
         previous_ = std::signal(SIGXFSZ, SIG_IGN);
-        struct rlimit full = saved_;
-        full.rlim_cur = room;
+        const struct rlimit full{room, saved_.rlim_max};
         setrlimit(RLIMIT_FSIZE, &full);
     }
     ~FullDisk()

@@ -69,11 +69,7 @@ private:
 class SiteTest : public ::testing::TestWithParam<Engine> {
 protected:
     SiteTest() : site(GetParam()) {}
-    void SetUp() override
-    {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
-    }
+    void SetUp() override { ASSERT_TRUE(site.start()); site.prompter().clear(); }
     Session& s() { return site.session(); }
     ScriptedPrompter& prompter() { return site.prompter(); }
     // The first column of the first row of a query on the site's database; -1 when it fails.
