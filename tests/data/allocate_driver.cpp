@@ -26,11 +26,7 @@ namespace {
 class CountingPrompter : public NonInteractivePrompter {
 public:
     CountingPrompter() : NonInteractivePrompter(false) {}
-    Answer ask(const Prompt& prompt) override
-    {
-        ++asked;
-        return NonInteractivePrompter::ask(prompt);
-    }
+    Answer ask(const Prompt& prompt) override { ++asked; return NonInteractivePrompter::ask(prompt); }
     int asked = 0;
 };
 

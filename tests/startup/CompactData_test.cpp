@@ -53,11 +53,7 @@ protected:
     QString database() const { return site.path(QStringLiteral("server/Tarlox.db")); }
     QString oldFile() const { return site.path(QStringLiteral("server/Tarlox.ODB")); }
     QString newFile() const { return site.path(QStringLiteral("server/Tarlox.NDB")); }
-    bool compact()
-    {
-        site.prompter().answer(Answer::Ok);
-        return CompactData(site.session());
-    }
+    bool compact() { site.prompter().answer(Answer::Ok); return CompactData(site.session()); }
 
     TestSite site;
 };

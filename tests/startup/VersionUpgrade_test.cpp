@@ -24,11 +24,7 @@ struct VersionSite {
         EXPECT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"Version\" = '%1'").arg(QLatin1String(dataVersion))));
     }
 
-    bool start(const QString& programVersion)
-    {
-        site.session().programVersion = programVersion;
-        return StartSession(site.session()).ok();
-    }
+    bool start(const QString& programVersion) { site.session().programVersion = programVersion; return StartSession(site.session()).ok(); }
 
     // The data version as the database holds it now, read by a session of its own.
     QString storedVersion()

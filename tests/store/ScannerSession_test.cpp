@@ -35,11 +35,7 @@ BeforeSheet failFrom(int at, const char* status)
     };
 }
 
-int pagesIn(const QString& path)
-{
-    auto reader = TiffReader::open(path);
-    return reader ? reader->pageCount() : 0;
-}
+int pagesIn(const QString& path) { auto reader = TiffReader::open(path); return reader ? reader->pageCount() : 0; }
 
 qint64 blackPixels(const QImage& page)
 {

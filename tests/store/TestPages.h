@@ -45,10 +45,7 @@ inline QImage TextPage(int width, int height, quint32 seed = 1, double dpi = 300
     return page;
 }
 
-inline bool IsBlackAt(const QImage& image, int x, int y)
-{
-    return qGray(image.pixel(x, y)) < 128;
-}
+inline bool IsBlackAt(const QImage& image, int x, int y) { return qGray(image.pixel(x, y)) < 128; }
 
 // Equal pixels of two black-and-white pages (in whatever 1-bit form they come).
 inline bool SamePixels(const QImage& a, const QImage& b)

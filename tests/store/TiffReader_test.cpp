@@ -20,10 +20,7 @@ protected:
 };
 
 // A grey ramp across, darker band in rows 10-19: value at (x, y).
-uint8_t GreyAt(int x, int y)
-{
-    return uint8_t(y >= 10 && y < 20 ? 30 : 100 + x);
-}
+uint8_t GreyAt(int x, int y) { return uint8_t(y >= 10 && y < 20 ? 30 : 100 + x); }
 
 // Pixels of colour pages: red left half, blue right half.
 const uint8_t kRed[3] = {200, 10, 20};
