@@ -7,11 +7,7 @@ using namespace Qt::StringLiterals;
 
 TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
 {
-    const struct {
-        QString text;
-        QStringList fields;
-        bool errorAtEnd = false;
-    } rows[] = {
+    const struct { QString text; QStringList fields; bool errorAtEnd = false; } rows[] = {
         {QStringLiteral("\"IMG\",123,#2004-03-09#,\"G\",\"4\"\r\n"), {u"IMG"_s, u"123"_s, u"2004-03-09"_s, u"G"_s, u"4"_s}},
         {QStringLiteral("a,,\"\",b\r\n"), {u"a"_s, {}, {}, u"b"_s}},
         {QStringLiteral("\"A,B\",#2004-03-09 14:05:00#\r\n"), {u"A,B"_s, u"2004-03-09 14:05:00"_s}},
@@ -36,8 +32,7 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
         for (qsizetype position = 0; position < row.text.size() && !error;) {
             IoResult<QString> field = ReadField(row.text, position);
             error = !field;
-            if (field)
-                fields << *field;
+            if (field) fields << *field;
         }
         EXPECT_EQ(std::tuple(fields, error), std::tuple(row.fields, row.errorAtEnd)) << row.text.toStdString();
     }

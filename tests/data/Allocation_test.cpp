@@ -72,8 +72,7 @@ protected:
         DataOp op(site.session(), QStringLiteral("test"));
         auto rows = op.exec(QStringLiteral("SELECT \"Image #\" FROM \"Images\""));
         ASSERT_TRUE(rows);
-        while (rows->next())
-            EXPECT_TRUE(files.contains(rows->value(0).toInt())) << "image " << rows->value(0).toInt() << " has a row and no file";
+        while (rows->next()) EXPECT_TRUE(files.contains(rows->value(0).toInt())) << "image " << rows->value(0).toInt() << " has a row and no file";
     }
 };
 
@@ -82,15 +81,12 @@ TEST_P(AllocationTest, FourWorkstationsAddingAtOnceGetDistinctNumbers)
     constexpr int Processes = 4;
     constexpr int Each = 250;
     std::vector<std::unique_ptr<QProcess>> processes;
-    for (int i = 0; i < Processes; ++i)
-        processes.push_back(launch(Each, 4096));
+    for (int i = 0; i < Processes; ++i) processes.push_back(launch(Each, 4096));
     QList<qint32> given;
     for (auto& process : processes) {
         ASSERT_TRUE(process->waitForFinished(600000));
         EXPECT_EQ(std::tuple(process->exitStatus(), process->exitCode()), std::tuple(QProcess::NormalExit, 0)) << process->readAllStandardError().toStdString();
-        for (const QByteArray& line : process->readAllStandardOutput().split('\n'))
-            if (!line.isEmpty())
-                given << line.toInt();
+        for (const QByteArray& line : process->readAllStandardOutput().split('\n')) if (!line.isEmpty()) given << line.toInt();
     }
     ASSERT_EQ(given.size(), Processes * Each);
     const QSet<qint32> distinct(given.begin(), given.end());
@@ -128,8 +124,7 @@ TEST_P(AllocationTest, KilledAtAnyMomentLeavesNoHalfFileAndNoLoneReference)
     auto after = launch(5, 64);
     ASSERT_TRUE(after->waitForFinished(120000));
     EXPECT_EQ(after->exitCode(), 0) << after->readAllStandardError().toStdString();
-    for (const QByteArray& line : after->readAllStandardOutput().split('\n'))
-        EXPECT_FALSE(!line.isEmpty() && files.contains(line.toInt())) << line.toStdString();
+    for (const QByteArray& line : after->readAllStandardOutput().split('\n')) EXPECT_FALSE(!line.isEmpty() && files.contains(line.toInt())) << line.toStdString();
     checkRows(checkFiles());
 }
 

@@ -31,11 +31,7 @@ protected:
 };
 
 // The number GetNextImage gives, 0 for none.
-qint32 take(Session& session)
-{
-    const auto image = GetNextImage(session);
-    return image ? image->number : 0;
-}
+qint32 take(Session& session) { const auto image = GetNextImage(session); return image ? image->number : 0; }
 
 // The counter is corrected by the highest image only; the row gets the server's name of the directory.
 TEST_P(ImageDataTest, NumbersSkipHigherImagesAndExistingFiles)

@@ -24,8 +24,7 @@ protected:
     }
 
     // References and their image row, written through the operations under test.
-    void file(const QString& heat, const QString& part, const QString& po, qint32 image, const QDateTime& date = Jan2,
-              const QString& mfg = {})
+    void file(const QString& heat, const QString& part, const QString& po, qint32 image, const QDateTime& date = Jan2, const QString& mfg = {})
     {
         entry(heat, part, po, QStringLiteral("Vend"), mfg, image, date);
         s().image = ImageRecord{image, QStringLiteral("/srv/img"), QStringLiteral("VOL"), date, QStringLiteral(" "), QStringLiteral("4")};
@@ -70,8 +69,7 @@ TEST_P(InfoDataTest, PairRepeatedInTheEntryIsRefusedAfterTheFileCheck)
 {
     file(QStringLiteral("H1"), QStringLiteral("P1"), {}, 7);
     entry(QStringLiteral("H1 H1"), QStringLiteral("P1 P1"));
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Ok);
+    for (Answer a : {Answer::Ok, Answer::Ok}) prompter().answer(a);
     EXPECT_FALSE(ValidateInfo(s()));
     // The pair on file is asked about for each place it stands, then the repeat ends it.
     EXPECT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key"), QStringLiteral("Error")}));
@@ -92,8 +90,7 @@ TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
 {
     file(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("A B"), 3, Jan2, QStringLiteral("Other Mfg"));
     entry(QStringLiteral("H1"), QStringLiteral("P1"), QStringLiteral("A B"));
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Ok);
+    for (Answer a : {Answer::Ok, Answer::Ok}) prompter().answer(a);
     EXPECT_TRUE(ValidateInfo(s()));
     ASSERT_EQ(prompter().titles(), (QStringList{QStringLiteral("Duplicate Key"), QStringLiteral("Duplicate Key")}));
     const Prompt& second = prompter().asked().last();
@@ -110,8 +107,7 @@ TEST_P(InfoDataTest, DuplicateOnFileIsAskedForEachPoAndCancelEndsWithItsOwnText)
     // With DupeOK the default is Ok.
     ASSERT_TRUE(WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("DupeOK"), QStringLiteral("True")).ok);
     prompter().clear();
-    prompter().answer(Answer::Ok);
-    prompter().answer(Answer::Ok);
+    for (Answer a : {Answer::Ok, Answer::Ok}) prompter().answer(a);
     EXPECT_TRUE(ValidateInfo(s()) && prompter().asked().first().defaultAnswer == Answer::Ok);
 }
 
@@ -127,8 +123,7 @@ TEST_P(InfoDataTest, EmptyPoIsStoredAsBlankAndFoundAgain)
 TEST_P(InfoDataTest, AThousandPairsPerPoAndNotOneMore)
 {
     QStringList heats;
-    for (int i = 0; i < 1001; ++i)
-        heats << QStringLiteral("H%1").arg(i);
+    for (int i = 0; i < 1001; ++i) heats << QStringLiteral("H%1").arg(i);
     entry(heats.mid(0, 1000).join(QLatin1Char(' ')), QStringLiteral("P ").repeated(1000).trimmed());
     EXPECT_TRUE(ValidateInfo(s()));
     entry(heats.join(QLatin1Char(' ')), QStringLiteral("P ").repeated(1001).trimmed());
@@ -161,8 +156,7 @@ TEST_P(InfoDataTest, ValuesAreCutToTheLiveColumnLimits)
     entry(heat, QStringLiteral("P1"), QStringLiteral("PO"), QString(40, QLatin1Char('V')), QStringLiteral("M'fg"));
     ASSERT_TRUE(AddInfo(s(), false));
     EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = ? AND \"Vend Name\" = ? AND \"Mfg Name\" = ?"),
-                     {heat.left(24), QString(32, QLatin1Char('V')), QStringLiteral("M'fg")}),
-              1);
+                     {heat.left(24), QString(32, QLatin1Char('V')), QStringLiteral("M'fg")}), 1);
 }
 
 TEST_P(InfoDataTest, DeleteInfoRemovesOnlyTheEqualRow)
@@ -176,8 +170,7 @@ TEST_P(InfoDataTest, DeleteInfoRemovesOnlyTheEqualRow)
 
 TEST_P(InfoDataTest, LoadInfoGivesNewestFirstUpToTheLimitAndCountsAll)
 {
-    for (int day = 1; day <= 5; ++day)
-        file(QStringLiteral("H%1").arg(day), QStringLiteral("P"), {}, day, QDateTime(QDate(2004, 1, day), QTime(8, 30)));
+    for (int day = 1; day <= 5; ++day) file(QStringLiteral("H%1").arg(day), QStringLiteral("P"), {}, day, QDateTime(QDate(2004, 1, day), QTime(8, 30)));
     // Same date as image 5: the higher number comes first.
     file(QStringLiteral("HX"), QStringLiteral("P"), {}, 9, QDateTime(QDate(2004, 1, 5), QTime(8, 30)));
     // A reference without its image row is not shown.
@@ -185,10 +178,7 @@ TEST_P(InfoDataTest, LoadInfoGivesNewestFirstUpToTheLimitAndCountsAll)
 
     QList<InfoRow> rows;
     qint64 total = 0;
-    const auto load = [&](const SqlCondition& where, int room) {
-        const int found = LoadInfo(s(), where, rows, room, total);
-        return std::tuple<int, qint64>(found, total);
-    };
+    const auto load = [&](const SqlCondition& where, int room) { const int found = LoadInfo(s(), where, rows, room, total); return std::tuple<int, qint64>(found, total); };
     EXPECT_EQ(load({}, 3), std::tuple(3, 6));
     ASSERT_EQ(rows.size(), 3);
     EXPECT_EQ(std::tuple(rows[0].imageNumber, rows[2].imageNumber, rows[0].path, rows[1].entryDate),

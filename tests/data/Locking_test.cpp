@@ -29,11 +29,7 @@ public:
             EXPECT_TRUE(q.exec(QStringLiteral("LOCK TABLE \"TarloxUsers\" IN EXCLUSIVE MODE")));
         }
     }
-    ~OtherWriter()
-    {
-        release();
-        QSqlDatabase::removeDatabase(name_);
-    }
+    ~OtherWriter() { release(); QSqlDatabase::removeDatabase(name_); }
     void release()
     {
         QSqlDatabase db = QSqlDatabase::database(name_, false);

@@ -33,8 +33,7 @@ protected:
                 .arg(type(64), type(32), date(), type(1)),
             QStringLiteral("CREATE TABLE \"Faxnames\" (\"Last Name\" %1, \"First Name\" %2, \"Company Name\" %3, \"Fax #\" %2)").arg(type(30), type(20), type(40)),
         };
-        for (const QString& statement : ddl)
-            ASSERT_TRUE(site.execRaw(statement)) << statement.toStdString();
+        for (const QString& statement : ddl) ASSERT_TRUE(site.execRaw(statement)) << statement.toStdString();
         GetServerInfo(s());
     }
 };
@@ -62,8 +61,7 @@ TEST_P(SchemaTest, DuplicateKeyRowsStopTheWideningAndKeepTheOldKey)
     buildOldShape();
     // The old key allows two equal rows only when absent: drop it, make the duplicates, put it back narrower.
     ASSERT_TRUE(site.execRaw(QStringLiteral("DROP INDEX \"Info:Part #/Heat #\"")));
-    for (int i = 0; i < 2; ++i)
-        ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('H1', 'P1', ' ', 'V', ' ', '2003-01-02 00:00:00', 7)")));
+    for (int i = 0; i < 2; ++i) ASSERT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Info\" VALUES ('H1', 'P1', ' ', 'V', ' ', '2003-01-02 00:00:00', 7)")));
     ASSERT_TRUE(site.execRaw(QStringLiteral("CREATE INDEX \"Info:Part #/Heat #\" ON \"Info\" (\"Part #\", \"Heat #\")")));
     EXPECT_FALSE(RevUp(s()));
     EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("Can't add/modify Part #/Heat # Index:")));

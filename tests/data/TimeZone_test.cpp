@@ -16,16 +16,8 @@ namespace {
 // A workstation six hours behind UTC in winter, five in summer.
 class TimeZoneTest : public SiteTest {
 protected:
-    static void SetUpTestSuite()
-    {
-        qputenv("TZ", "America/Chicago");
-        tzset();
-    }
-    static void TearDownTestSuite()
-    {
-        qputenv("TZ", "UTC");
-        tzset();
-    }
+    static void SetUpTestSuite() { qputenv("TZ", "America/Chicago"); tzset(); }
+    static void TearDownTestSuite() { qputenv("TZ", "UTC"); tzset(); }
     void SetUp() override
     {
         ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago"));

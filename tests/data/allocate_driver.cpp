@@ -26,11 +26,7 @@ namespace {
 class CountingPrompter : public NonInteractivePrompter {
 public:
     CountingPrompter() : NonInteractivePrompter(false) {}
-    Answer ask(const Prompt& prompt) override
-    {
-        ++asked;
-        return NonInteractivePrompter::ask(prompt);
-    }
+    Answer ask(const Prompt& prompt) override { ++asked; return NonInteractivePrompter::ask(prompt); }
     int asked = 0;
 };
 
@@ -63,8 +59,7 @@ int main(int argc, char** argv)
     Session s(prompter);
     s.localIni = QFileInfo(ini).absoluteFilePath();
     s.programDir = QFileInfo(ini).absolutePath() + QLatin1Char('/');
-    if (!StartSession(s).ok() || !GetInfoFieldLengths(s))
-        return 2;
+    if (!StartSession(s).ok() || !GetInfoFieldLengths(s)) return 2;
     const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid()));
     ConnectionScope connection(s.db());
     for (int i = 0; i < count; ++i) {
@@ -72,28 +67,23 @@ int main(int argc, char** argv)
         s.info = InfoRecord{QStringLiteral("H") + QString::fromLatin1(pid) + QLatin1Char('-') + QString::number(i),
                             QStringLiteral("P") + QString::number(i), QStringLiteral("A B"), QStringLiteral("Driver"), {}, now, 0};
         const auto taken = GetNextImage(s);
-        if (!taken)
-            return 3;
+        if (!taken) return 3;
         const qint32 number = taken->number;
         s.tempFilePath = taken->tempFilePath;
         s.imageFilePath = taken->filePath;
-        if (QFile work(s.tempFilePath); !work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0)
-            return 5;
+        if (QFile work(s.tempFilePath); !work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0) return 5;
         if (QFile::exists(s.imageFilePath)) {
             std::fprintf(stderr, "%s exists already\n", qPrintable(s.imageFilePath));
             return 4;
         }
-        if (!FromTemp(s))
-            return 5;
+        if (!FromTemp(s)) return 5;
         KillFile(s.tempFilePath);
         s.image = ImageRecord{number, taken->storedPath, s.dataVolume, now, QStringLiteral(" "), QStringLiteral("4")};
         s.info.imageNumber = number;
-        if (!AddImageWithInfo(s, false))
-            return 6;
+        if (!AddImageWithInfo(s, false)) return 6;
         std::printf("%d\n", number);
         std::fflush(stdout);
-        if (prompter.asked > 0)
-            return 7;
+        if (prompter.asked > 0) return 7;
     }
     return 0;
 }

@@ -21,8 +21,7 @@ QString S(const char* text) { return QString::fromUtf8(text); }
 QStringList L(std::initializer_list<const char*> items)
 {
     QStringList list;
-    for (const char* item : items)
-        list << QString::fromUtf8(item);
+    for (const char* item : items) list << QString::fromUtf8(item);
     std::sort(list.begin(), list.end());
     return list;
 }
@@ -55,12 +54,7 @@ protected:
     }
 };
 
-struct Example {
-    const char* name;
-    FindCriteria criteria;
-    bool assumeWild;
-    QStringList expected;
-};
+struct Example { const char* name; FindCriteria criteria; bool assumeWild; QStringList expected; };
 
 TEST_P(FindQueryTest, CriteriaExamplesFindTheirReferences)
 {
@@ -109,8 +103,7 @@ TEST_P(FindQueryTest, CriteriaExamplesFindTheirReferences)
         {"from no date", {.from = S("13/45/2003")}, false, L({"!txtFrom"})},
         {"to no date", {.to = S("tomorrow")}, false, L({"!txtTo"})},
     };
-    for (const Example& e : examples)
-        EXPECT_EQ(heatsFound(s(), e.criteria, e.assumeWild), e.expected) << e.name;
+    for (const Example& e : examples) EXPECT_EQ(heatsFound(s(), e.criteria, e.assumeWild), e.expected) << e.name;
     EXPECT_TRUE(prompter().asked().isEmpty()) << prompter().asked().front().text.toStdString();
 
     FindProblem problem{FindProblem::Kind::NotANumber, QStringLiteral("txtImgNum"), QStringLiteral("abc")};
@@ -135,8 +128,7 @@ TEST_P(FindQueryTest, AssumeWildIsReadAtEachSearchAndKeptWithTheCriteria)
 TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
 {
     QList<Ref> refs;
-    for (int i = 0; i < 250; ++i)
-        refs << Ref{QStringLiteral("H%1").arg(i, 3, 10, QLatin1Char('0')), S("P"), S("PO"), S("V"), S("M"), 1000 + i / 2,
+    for (int i = 0; i < 250; ++i) refs << Ref{QStringLiteral("H%1").arg(i, 3, 10, QLatin1Char('0')), S("P"), S("PO"), S("V"), S("M"), 1000 + i / 2,
                     at(2005, 1, 1).addSecs(3600 * (i / 2))};
     refs << Ref{S("OTHER"), S("P"), S("PO"), S("V"), S("M"), 5, at(2010, 1, 1)};
     ASSERT_TRUE(addRefs(s(), refs));
@@ -146,8 +138,7 @@ TEST_P(FindQueryTest, NewestFirstAndTheCountLine)
     FindResult r = FindReferences(s(), criteria, ReadFindRecords(s()));
     ASSERT_EQ(r.rows.size(), 100);
     EXPECT_EQ(std::tuple(r.countLine(), r.lastIndex, r.rows[0].imageNumber), std::tuple(QStringLiteral("250 found 100 shown"), 99, 1124));  // newest first
-    for (int i = 1; i < r.rows.size(); ++i)
-        EXPECT_GE(r.rows[i - 1].entryDate, r.rows[i].entryDate);
+    for (int i = 1; i < r.rows.size(); ++i) EXPECT_GE(r.rows[i - 1].entryDate, r.rows[i].entryDate);
 
     WriteIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("FindRecords"), QStringLiteral("300"));
     EXPECT_EQ(ReadFindRecords(s()), 300);
@@ -227,24 +218,20 @@ TEST_P(FindQueryTest, NoSearchReadsTheWholeTable)
         {"newest", {}},
     };
     DataOp op(s(), QStringLiteral("test"));
-    if (!d.isSqlite()) {
-        ASSERT_TRUE(op.exec(QStringLiteral("SET enable_seqscan = off")));
-    }
+    if (!d.isSqlite()) { ASSERT_TRUE(op.exec(QStringLiteral("SET enable_seqscan = off"))); }
     for (const auto& [name, criteria] : searches) {
         FindCriteria c = criteria;
         FindProblem problem;
         const auto where = FindCondition(s(), c, problem);
         ASSERT_TRUE(where) << name;
-        const QString sql = QStringLiteral(
-                                "SELECT \"Info\".\"Heat #\" FROM \"Info\", \"Images\" WHERE \"Images\".\"Image #\" = \"Info\".\"Image #\"")
+        const QString sql = QStringLiteral("SELECT \"Info\".\"Heat #\" FROM \"Info\", \"Images\" WHERE \"Images\".\"Image #\" = \"Info\".\"Image #\"")
             + (where->isEmpty() ? QString() : QStringLiteral(" AND (") + where->text + QLatin1Char(')'))
             + QStringLiteral(" ORDER BY \"Info\".\"Entry Date\" DESC, \"Info\".\"Image #\" DESC LIMIT 100");
         QStringList plan;
         if (d.isSqlite()) {
             auto q = op.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + sql, where->binds);
             ASSERT_TRUE(q) << name;
-            while (q->next())
-                plan << q->value(3).toString();
+            while (q->next()) plan << q->value(3).toString();
             // Newest first walks the date index backwards and stops at 100;
             // every other search seeks its rows.
             for (const QString& line : plan) {
@@ -257,14 +244,12 @@ TEST_P(FindQueryTest, NoSearchReadsTheWholeTable)
             QString literal = sql;
             for (const QVariant& value : where->binds) {
                 const QString text = value.metaType().id() == QMetaType::QString ? d.literal(value.toString())
-                    : value.metaType().id() == QMetaType::QDateTime ? d.literal(value.toDateTime().toString(Qt::ISODate))
-                                                                     : value.toString();
+                    : value.metaType().id() == QMetaType::QDateTime ? d.literal(value.toDateTime().toString(Qt::ISODate)) : value.toString();
                 literal.replace(literal.indexOf(QLatin1Char('?')), 1, text);
             }
             auto q = op.exec(QStringLiteral("EXPLAIN ") + literal);
             ASSERT_TRUE(q) << name;
-            while (q->next())
-                plan << q->value(0).toString();
+            while (q->next()) plan << q->value(0).toString();
             EXPECT_FALSE(plan.join(QLatin1Char('\n')).contains(QLatin1String("Seq Scan on \"Info\""))) << name << ":\n"
                                                                                                     << plan.join(QLatin1Char('\n')).toStdString();
         }
@@ -280,8 +265,7 @@ TEST_P(FindQueryTest, InjectionCorpusIsOnlyEverAValue)
     const QStringList corpus{S("x' OR '1'='1"), S("'; DROP TABLE Info; --"), S("a;b"), S("/* c */"), S("-- d"), S("100%"),
                              S("back\\slash"), S("q\"uote"), S("{Heat} : \"x\""), S("NEAR(ab cd)"), S("a\\'b"), S("$1"), S("?x")};
     QList<Ref> refs;
-    for (const QString& value : corpus)
-        refs << Ref{value, value, value, value, value, int(refs.size()) + 1, at(2003, 1, int(refs.size()) + 1), value};
+    for (const QString& value : corpus) refs << Ref{value, value, value, value, value, int(refs.size()) + 1, at(2003, 1, int(refs.size()) + 1), value};
     ASSERT_TRUE(addRefs(s(), refs));
     const auto rows = [&] { return std::tuple(scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\"")), scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Images\""))); };
     const auto before = rows();
@@ -302,8 +286,7 @@ TEST_P(FindQueryTest, InjectionCorpusIsOnlyEverAValue)
             found = heatsFound(s(), c, false);
             EXPECT_EQ(std::pair(found.contains(value), found.contains(QStringLiteral("!failed"))), std::pair(true, false)) << value.toStdString();
         }
-        EXPECT_EQ(heatsFound(s(), {.imageNumber = value}, false).value(0).left(1), pattern ? QString() : QStringLiteral("!"))
-            << value.toStdString();
+        EXPECT_EQ(heatsFound(s(), {.imageNumber = value}, false).value(0).left(1), pattern ? QString() : QStringLiteral("!")) << value.toStdString();
         EXPECT_EQ(heatsFound(s(), {.from = value}, false) + heatsFound(s(), {.to = value}, false), (QStringList{S("!txtFrom"), S("!txtTo")}));
     }
     EXPECT_EQ(rows(), before);
@@ -329,13 +312,11 @@ TEST_P(FindQueryTest, SearchIndexesAreBuiltOverReferencesOnFile)
             const QString name = q->value(1).toString();
             if (q->value(0).toString() == QLatin1String("trigger"))
                 drops << QStringLiteral("DROP TRIGGER \"%1\"%2").arg(name, sqlite ? QString() : QStringLiteral(" ON \"%1\"").arg(q->value(2).toString()));
-            else if (!core.contains(name))
-                drops << QStringLiteral("DROP INDEX \"%1\"").arg(name);
+            else if (!core.contains(name)) drops << QStringLiteral("DROP INDEX \"%1\"").arg(name);
         }
         for (const QString& table : {SearchTable::Trigrams, SearchTable::Terms, SearchTable::MissingImages})
             drops << QStringLiteral("DROP TABLE IF EXISTS \"%1\"").arg(table);
-        for (const QString& sql : drops)
-            ASSERT_TRUE(op.exec(sql)) << sql.toStdString();
+        for (const QString& sql : drops) ASSERT_TRUE(op.exec(sql)) << sql.toStdString();
         s().db().close();
     }
     fileExamples();

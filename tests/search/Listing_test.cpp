@@ -39,8 +39,7 @@ protected:
     {
         ListingPager pager(s(), request, linesPerPage);
         QStringList pages;
-        while (auto page = pager.nextPage())
-            pages << ListingPageText(ListingTitle(request.sort, ReadListingTitles(s())), ReadListingTitles(s()), *page);
+        while (auto page = pager.nextPage()) pages << ListingPageText(ListingTitle(request.sort, ReadListingTitles(s())), ReadListingTitles(s()), *page);
         EXPECT_TRUE(pager.error().isEmpty()) << pager.error().toStdString();
         return pages.join(QLatin1Char('\f'));
     }
@@ -50,8 +49,7 @@ protected:
         ListingRows rows(s(), request);
         QStringList found;
         InfoRow row;
-        while (rows.next(row))
-            found << row.heat;
+        while (rows.next(row)) found << row.heat;
         return found;
     }
 
@@ -60,16 +58,8 @@ protected:
 
 TEST_P(ListingTest, SelectsByCaseFreeRangesAndWholeDays)
 {
-    const auto with = [](auto change) {
-        ListingRequest r;
-        change(r);
-        return r;
-    };
-    const struct {
-        const char* name;
-        ListingRequest request;
-        QStringList heats;  // in listing order
-    } cases[] = {
+    const auto with = [](auto change) { ListingRequest r; change(r); return r; };
+    const struct { const char* name; ListingRequest request; QStringList heats; } cases[] = {  // heats in listing order
         {"everything, by date", {}, {S("H1"), S("H2"), S("h3"), S("H4"), S("H5")}},
         {"lower-case From only", with([](ListingRequest& r) { r.heat.from = S("h3"); }), {S("h3"), S("H4"), S("H5")}},
         {"To only", with([](ListingRequest& r) { r.vend.to = S("b"); }), {S("H1"), S("H2"), S("H4")}},
@@ -78,12 +68,10 @@ TEST_P(ListingTest, SelectsByCaseFreeRangesAndWholeDays)
         {"by vendor, empty ones last", with([](ListingRequest& r) { r.sort = ListingSort::Vend; }),
          {S("H1"), S("H2"), S("h3"), S("H5"), S("H4")}},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(heats(c.request), c.heats) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(heats(c.request), c.heats) << c.name;
     ListingRequest bad;
     bad.toDate = S("13/45/2025");
-    ListingRows rows(s(), bad);
-    EXPECT_TRUE(rows.failed());
+    EXPECT_TRUE(ListingRows(s(), bad).failed());
 }
 
 TEST_P(ListingTest, GroupsCountOthersAndTotalOnRepeatedPages)
@@ -95,10 +83,8 @@ TEST_P(ListingTest, GroupsCountOthersAndTotalOnRepeatedPages)
     const QStringList pages = listing.split(QLatin1Char('\f'));
     ASSERT_EQ(pages.size(), 3) << listing.toStdString();
     for (int i = 0; i < pages.size(); ++i)
-        EXPECT_EQ(std::tuple(pages[i].startsWith(S("Entry Listing by Supplier's name    Page: %1").arg(i + 1)), pages[i].contains(S("Img #   Heat #")),
-                             pages[i].contains(S("Supplier's name"))),
-                  std::tuple(true, true, true))
-            << pages[i].toStdString();
+        EXPECT_TRUE(pages[i].startsWith(S("Entry Listing by Supplier's name    Page: %1").arg(i + 1)) && pages[i].contains(S("Img #   Heat #"))
+                    && pages[i].contains(S("Supplier's name"))) << pages[i].toStdString();
     // acme and Acme are one group.
     for (const char* group : {"Items entered for - acme  2", "Items entered for - Baker  1", "Items entered for - O'Neil  1", "\nOthers\n", "Items entered for - Others  1"})
         EXPECT_TRUE(listing.contains(S(group))) << group;
@@ -163,8 +149,7 @@ TEST_P(ListingTest, UpdateRunsPairsInOrderAllOrNothing)
     ASSERT_TRUE(addRefs(s(), {{S("H9"), S("P2"), S("PO1"), S("Acme"), S("Mill A"), 1, on(3, 5)}}));
     done = UpdatePairs(s(), UpdateField::Heat, {{S("H5"), S("H50")}, {S("H9"), S("H2")}});
     EXPECT_EQ(std::tuple(bool(done), done.refusal.startsWith(S("Pair 2")), scalarOf(s(), S("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = 'H5'"))),
-              std::tuple(false, true, 1))
-        << done.refusal.toStdString();
+              std::tuple(false, true, 1)) << done.refusal.toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, ListingTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
@@ -172,12 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, ListingTest, testing::Values(Engine::Sqlite, E
 TEST(UpdatePairs, ReadFromCsv)
 {
     QTemporaryDir dir;
-    const struct {
-        const char* name;
-        QByteArray content;
-        QList<UpdatePair> pairs;
-        bool ok;
-    } cases[] = {
+    const struct { const char* name; QByteArray content; QList<UpdatePair> pairs; bool ok; } cases[] = {
         {"quotes and commas", "\"Acme, Inc.\",\"Acme \"\"New\"\"\"\r\nO'Neil,Carter\r\n",
          {{S("Acme, Inc."), S("Acme \"New\"")}, {S("O'Neil"), S("Carter")}}, true},
         {"quoted last field without a line end", "A,B\r\nC,\"D\"", {{S("A"), S("B")}, {S("C"), S("D")}}, true},
@@ -206,9 +186,7 @@ TEST(ListingSize, StreamsPageByPage)
     const auto peakKb = [] {
         QFile status(S("/proc/self/status"));
         status.open(QIODevice::ReadOnly);
-        for (const QByteArray& line : status.readAll().split('\n'))
-            if (line.startsWith("VmHWM:"))
-                return line.mid(6).trimmed().split(' ').front().toLongLong();
+        for (const QByteArray& line : status.readAll().split('\n')) if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').front().toLongLong();
         return 0LL;
     };
     ListingRequest request;
@@ -217,8 +195,7 @@ TEST(ListingSize, StreamsPageByPage)
         // The engine's own cache fills on a first read.
         ListingRows rows(site.session(), request);
         InfoRow row;
-        while (rows.next(row)) {
-        }
+        while (rows.next(row)) {}
     }
     const qint64 before = peakKb();
     ListingPager pager(site.session(), request, 54);
@@ -229,8 +206,7 @@ TEST(ListingSize, StreamsPageByPage)
         for (const ListingLine& line : page->lines) {
             details += line.kind == ListingLine::Kind::Detail;
             groups += line.kind == ListingLine::Kind::GroupFoot;
-            if (line.kind == ListingLine::Kind::Total)
-                total = line.count;
+            if (line.kind == ListingLine::Kind::Total) total = line.count;
         }
     }
     EXPECT_EQ(std::tuple(details, groups, total, pages > 1800), std::tuple(100000, 50, 100000, true));

@@ -40,8 +40,7 @@ protected:
         auto q = op.exec(QStringLiteral("SELECT \"Heat #\", \"Part #\", \"P/O #\", \"Vend Name\", \"Mfg Name\", \"Entry Date\", \"Image #\" FROM \"Info\" "
                                         "ORDER BY \"Image #\", \"Heat #\""));
         QStringList lines;
-        while (q && q->next())
-            lines << QStringList{q->value(0).toString(), q->value(1).toString(), q->value(2).toString(), q->value(3).toString(),
+        while (q && q->next()) lines << QStringList{q->value(0).toString(), q->value(1).toString(), q->value(2).toString(), q->value(3).toString(),
                                  q->value(4).toString(), op.dialect().readDate(q->value(5)).toString(Qt::ISODate), q->value(6).toString()}
                          .join(QLatin1Char('|'));
         return lines;
@@ -64,10 +63,7 @@ protected:
 TEST_P(ReferenceEditTest, ChangeIsWholeOrNothing)
 {
     const QStringList before = table();
-    const struct {
-        std::function<void(ReferenceEntry&)> edit;
-        ChangeResult::Outcome outcome;
-    } cases[] = {
+    const struct { std::function<void(ReferenceEntry&)> edit; ChangeResult::Outcome outcome; } cases[] = {
         {[](ReferenceEntry& e) { e.date = u"31/31/2003"_s, e.heat = u"CHANGED"_s; }, ChangeResult::Outcome::InvalidDate},
         {[](ReferenceEntry& e) { e.heat = u"h2"_s, e.part = u"P2"_s, e.vend = u"Changed"_s; }, ChangeResult::Outcome::AddFailed},
     };
@@ -93,10 +89,7 @@ TEST_P(ReferenceEditTest, ChangedValuesAreStoredAsAddsStoreThem)
 {
     const InfoRow stored = row(S("H3"));
     ReferenceEntry edited = EntryOf(stored);
-    edited.heat = S("H3-NEW");
-    edited.po = QString();
-    edited.date = S("2004-03-05");
-    edited.mfg = S("A manufacturer name longer than thirty-two");
+    std::tie(edited.heat, edited.po, edited.date, edited.mfg) = std::tuple(S("H3-NEW"), QString(), S("2004-03-05"), S("A manufacturer name longer than thirty-two"));
     const ChangeResult result = ChangeReference(s(), stored, edited);
     ASSERT_EQ(result.outcome, ChangeResult::Outcome::Changed);
     // What the screen keeps is what a later change deletes by.
@@ -139,13 +132,8 @@ TEST_P(ReferenceEditTest, AddNeedsAnImageOnFileAndADate)
 
 TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
 {
-    const InfoRow h1 = row(S("H1"));
-    const InfoRow h2 = row(S("H2"));
-    const InfoRow h3 = row(S("H3"));
-    const auto remove = [&](const InfoRow& r) {
-        const RemoveResult result = RemoveReference(s(), r);
-        return std::pair(result.outcome, int(result.references));
-    };
+    const InfoRow h1 = row(S("H1")), h2 = row(S("H2")), h3 = row(S("H3"));
+    const auto remove = [&](const InfoRow& r) { const RemoveResult result = RemoveReference(s(), r); return std::pair(result.outcome, int(result.references)); };
     EXPECT_EQ((std::tuple{remove(h3), remove(h1), remove(h2).first}), std::tuple(std::pair(RemoveResult::Outcome::OnlyReference, 1), std::pair(RemoveResult::Outcome::Removed, 2), RemoveResult::Outcome::OnlyReference));
     EXPECT_EQ(std::tuple(table(), site.prompter().asked().size()),
               std::tuple(QStringList{S("H2|P2|PO1|Acme|Mill|2003-01-02T14:30:00|7"), S("H3|P3|PO3|Other|Mill|2003-02-01T00:00:00|8")}, 0));
@@ -156,27 +144,23 @@ TEST_P(ReferenceEditTest, OnlyReferenceOfAnImageStays)
 // a reference.
 TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
 {
-    const InfoRow h1 = row(S("H1"));
-    const InfoRow h2 = row(S("H2"));
+    const InfoRow h1 = row(S("H1")), h2 = row(S("H2"));
     std::atomic<bool> holding = false;
     std::atomic<int> outcome = -1;
     std::thread second;
     DataOp op(s(), QStringLiteral("test"));
     const bool committed = op.transaction([&] {
         // This workstation's removal of H2, held open while the other one starts.
-        if (!op.dialect().isSqlite() && !op.exec(QStringLiteral("SELECT 1 FROM \"Images\" WHERE \"Image #\" = 7 FOR UPDATE")))
-            return false;
+        if (!op.dialect().isSqlite() && !op.exec(QStringLiteral("SELECT 1 FROM \"Images\" WHERE \"Image #\" = 7 FOR UPDATE"))) return false;
         s().info = InfoRecord{h2.heat, h2.part, h2.po, h2.vend, h2.mfg, {}, 7};
-        if (!detail::DeleteInfo(op, s()))
-            return false;
+        if (!detail::DeleteInfo(op, s())) return false;
         second = std::thread([&] {
             ScriptedPrompter otherPrompter;
             auto other = site.openAnother(otherPrompter);
             holding = true;
             outcome = static_cast<int>(RemoveReference(*other, h1).outcome);
         });
-        while (!holding)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        while (!holding) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         EXPECT_EQ(outcome, -1) << "the second removal did not wait";
         return true;

@@ -15,12 +15,7 @@
 
 namespace tarlox::test {
 
-struct Ref {
-    QString heat, part, po, vend, mfg;
-    qint32 image = 0;
-    QDateTime date;
-    QString path = QStringLiteral("/srv/data/one");
-};
+struct Ref { QString heat, part, po, vend, mfg; qint32 image = 0; QDateTime date; QString path = QStringLiteral("/srv/data/one"); };
 
 inline bool addRefs(Session& s, const QList<Ref>& refs, bool withImageRows = true)
 {
@@ -30,8 +25,7 @@ inline bool addRefs(Session& s, const QList<Ref>& refs, bool withImageRows = tru
         for (const Ref& r : refs) {
             if (withImageRows) {
                 auto there = op.scalar(QStringLiteral("SELECT count(*) FROM \"Images\" WHERE \"Image #\" = ?"), {r.image});
-                if (!there
-                    || (there->toInt() == 0
+                if (!there || (there->toInt() == 0
                         && !op.exec(QStringLiteral("INSERT INTO \"Images\" (\"Image #\", \"Path\", \"Volume ID\", \"Entry Date\", \"Size\", \"Type\") "
                                                "VALUES (?, ?, 'VOL', ?, ' ', '4')"),
                                     {r.image, r.path, d.dateValue(r.date)})))
@@ -59,13 +53,10 @@ inline QStringList heatsFound(Session& s, FindCriteria criteria, bool assumeWild
 {
     criteria.assumeWild = assumeWild;
     const FindResult r = FindReferences(s, criteria, maxRows);
-    if (r.problem)
-        return {QLatin1Char('!') + r.problem.box};
-    if (r.failed)
-        return {QStringLiteral("!failed")};
+    if (r.problem) return {QLatin1Char('!') + r.problem.box};
+    if (r.failed) return {QStringLiteral("!failed")};
     QStringList heats;
-    for (const InfoRow& row : r.rows)
-        heats << row.heat;
+    for (const InfoRow& row : r.rows) heats << row.heat;
     std::sort(heats.begin(), heats.end());
     return heats;
 }

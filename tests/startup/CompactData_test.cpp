@@ -29,8 +29,7 @@ int contactsIn(const QString& file)
         db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
         if (db.open()) {
             QSqlQuery query(db);
-            if (query.exec(QStringLiteral("SELECT COUNT(*) FROM \"Contacts\"")) && query.next())
-                count = query.value(0).toInt();
+            if (query.exec(QStringLiteral("SELECT COUNT(*) FROM \"Contacts\"")) && query.next()) count = query.value(0).toInt();
         }
         db.close();
     }
@@ -44,8 +43,7 @@ protected:
     {
         ASSERT_TRUE(site.start());
         // Many rows, most of them deleted again: free pages for the rebuild to drop.
-        ASSERT_TRUE(site.execRaw(QStringLiteral(
-            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) "
+        ASSERT_TRUE(site.execRaw(QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2000) "
             "INSERT INTO \"Contacts\" (\"Last Name\", \"First Name\", \"Company Name\", \"Fax #\") "
             "SELECT 'Name ' || i, 'First', 'Steel Company ' || i, '555-' || i FROM n")));
         ASSERT_TRUE(site.execRaw(QStringLiteral("DELETE FROM \"Contacts\" WHERE \"Fax #\" NOT LIKE '555-1_'")));
@@ -55,11 +53,7 @@ protected:
     QString database() const { return site.path(QStringLiteral("server/Tarlox.db")); }
     QString oldFile() const { return site.path(QStringLiteral("server/Tarlox.ODB")); }
     QString newFile() const { return site.path(QStringLiteral("server/Tarlox.NDB")); }
-    bool compact()
-    {
-        site.prompter().answer(Answer::Ok);
-        return CompactData(site.session());
-    }
+    bool compact() { site.prompter().answer(Answer::Ok); return CompactData(site.session()); }
 
     TestSite site;
 };
@@ -124,8 +118,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
     holder.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exec 3<\"$0\"; exec sleep 60"), database()});
     ASSERT_TRUE(holder.waitForStarted());
     QDeadlineTimer deadline(5000);
-    while (ProcessesHoldingFiles({database()}).isEmpty() && !deadline.hasExpired())
-        QThread::msleep(20);
+    while (ProcessesHoldingFiles({database()}).isEmpty() && !deadline.hasExpired()) QThread::msleep(20);
     const QList<FileHolder> holders = ProcessesHoldingFiles({database()});
     ASSERT_TRUE(holders.size() == 1 && holders.first().pid == holder.processId());
 

@@ -10,8 +10,7 @@ using namespace tarlox;
 TEST(FileTools, FileExistsWithWildCardsDirectoriesAndNames)
 {
     QTemporaryDir dir;
-    for (const char* name : {"TR000001.TIF", "TR000002.TIF", "OR000001.TIF"})
-        ASSERT_TRUE(QFile(dir.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
+    for (const char* name : {"TR000001.TIF", "TR000002.TIF", "OR000001.TIF"}) ASSERT_TRUE(QFile(dir.filePath(QLatin1String(name))).open(QIODevice::WriteOnly));
     const auto found = [&](const char* pattern) {
         QString names;
         const bool exists = FileExists(dir.filePath(QLatin1String(pattern)), &names);

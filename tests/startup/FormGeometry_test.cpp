@@ -12,11 +12,7 @@ using namespace tarlox::test;
 
 TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
 {
-    const struct {
-        const char* tag;
-        QSize form;
-        QRect control, expected;
-    } rows[] = {
+    const struct { const char* tag; QSize form; QRect control, expected; } rows[] = {
         // A column that keeps its distance from the right edge.
         {"FromRight=3225", {9615, 5940}, {100, 200, 1500, 300}, {6390, 200, 1500, 300}},
         {"FromRight=3225", {10615, 5940}, {6390, 200, 1500, 300}, {7390, 200, 1500, 300}},
@@ -29,8 +25,7 @@ TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
         // A form too small for the stretch: nothing becomes negative.
         {"FromWidth=20000", {9615, 5940}, {0, 0, 100, 100}, {0, 0, 0, 100}},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(PlaceByLayoutTag(ReadLayoutTag(QLatin1String(row.tag)), row.form, row.control), row.expected) << row.tag;
+    for (const auto& row : rows) EXPECT_EQ(PlaceByLayoutTag(ReadLayoutTag(QLatin1String(row.tag)), row.form, row.control), row.expected) << row.tag;
     EXPECT_TRUE(ReadLayoutTag(QStringLiteral("Section=Info,Item=DataDir")).isEmpty());
 }
 
@@ -61,8 +56,7 @@ TEST_F(FormGeometryFile, NormalPlaceRoundTripsUnderFormWithTheNamedKeys)
 {
     SaveFormGeometry(session, QString(), QStringLiteral("frmFind"), FormState::Normal, QRect(150, 300, 9615, 5940));
     QStringList values;
-    for (const char* key : {"State", "Height", "Width", "Top", "Left"})
-        values << read(QStringLiteral("Form"), QStringLiteral("frmFind") + QLatin1String(key));
+    for (const char* key : {"State", "Height", "Width", "Top", "Left"}) values << read(QStringLiteral("Form"), QStringLiteral("frmFind") + QLatin1String(key));
     EXPECT_EQ(values, (QStringList{QStringLiteral("0"), QStringLiteral("5940"), QStringLiteral("9615"), QStringLiteral("300"), QStringLiteral("150")}));
     EXPECT_EQ(readBack(QString(), QStringLiteral("frmFind")), (Fields{FormState::Normal, 5940, 9615, 300, 150}));
 }

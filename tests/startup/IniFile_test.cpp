@@ -28,9 +28,7 @@ protected:
 // Written with CRLF whatever they were read with; comments, other keys and case are kept; runs of blank lines become one.
 TEST_F(IniFileTest, WritesChangeOnlyTheirKey)
 {
-    const struct {
-        const char *before, *section, *key, *value, *after;
-    } rows[] = {
+    const struct { const char *before, *section, *key, *value, *after; } rows[] = {
         {nullptr, "Info", "DataDir", "/srv/mtr", "[Info]\r\nDataDir=/srv/mtr\r\n"},
         {"[Info]\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n", "Info", "User", "y", "[Info]\r\nUser=y\r\nA=1\r\n\r\n[Email]\r\nUser=x\r\n"},
         {"; site settings\r\n[INFO]\r\ndatadir=old\r\nOther=Keep Me \r\n", "Info", "DataDir", "New Value",
@@ -41,8 +39,7 @@ TEST_F(IniFileTest, WritesChangeOnlyTheirKey)
     };
     for (const auto& row : rows) {
         QFile::remove(file);
-        if (row.before)
-            writeAll(row.before);
+        if (row.before) writeAll(row.before);
         ASSERT_TRUE(WriteIniValue(file, QLatin1String(row.section), QLatin1String(row.key), QLatin1String(row.value)).ok);
         EXPECT_EQ(readAll(), QLatin1String(row.after));
     }
@@ -64,8 +61,7 @@ TEST_F(IniFileTest, MissingKeySectionAndFileReadEmpty)
 TEST_F(IniFileTest, GarbageLongLinesAndNoSections)
 {
     QByteArray garbage;
-    for (int i = 0; i < 4096; ++i)
-        garbage.append(static_cast<char>((i * 37) % 256));
+    for (int i = 0; i < 4096; ++i) garbage.append(static_cast<char>((i * 37) % 256));
     garbage += "\r\n" + QByteArray(100000, 'x') + "\r\n";
     writeAll(garbage);
     EXPECT_TRUE(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("A")).ok);
@@ -87,8 +83,7 @@ TEST_F(IniFileTest, ConcurrentWritersLoseNoKey)
     QList<int> keys(64);
     std::iota(keys.begin(), keys.end(), 0);
     QtConcurrent::blockingMap(keys, [this](int i) { WriteIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i), QString::number(i)); });
-    for (int i = 0; i < 64; ++i)
-        EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i)).value, QString::number(i)) << i;
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(ReadIniValue(file, QStringLiteral("Info"), QStringLiteral("Key%1").arg(i)).value, QString::number(i)) << i;
 }
 
 TEST_F(IniFileTest, Latin1FilesFromOlderInstallationsRead)

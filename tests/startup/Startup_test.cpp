@@ -85,11 +85,9 @@ TEST_F(StartupTest, MissingServerFileAsksRetryUntilItAppears)
     QFile::remove(server);
     int asks = 0;
     site.prompter().onAsk([&](const Prompt& p) {
-        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2)
-            WriteFile(server, saved);
+        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2) WriteFile(server, saved);
     });
-    site.prompter().answer(Answer::Retry);
-    site.prompter().answer(Answer::Retry);
+    for (Answer a : {Answer::Retry, Answer::Retry}) site.prompter().answer(a);
     ASSERT_TRUE(StartSession(site.session()).ok());
     EXPECT_TRUE(asks == 2 && site.prompter().textOf(QStringLiteral("Invalid Server Information File")).contains(server));
     // Cancel ends the start.
@@ -149,10 +147,7 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
 
     bool restarted = false;
     site.prompter().onAsk([&](const Prompt& p) {
-        if (p.title == QLatin1String("Invalid Server Information File") && !restarted) {
-            restarted = true;
-            ASSERT_TRUE(server.start());
-        }
+        if (p.title == QLatin1String("Invalid Server Information File") && !std::exchange(restarted, true)) { ASSERT_TRUE(server.start()); }
     });
     site.prompter().answer(Answer::Ok);     // the report of the failed connection
     site.prompter().answer(Answer::Retry);  // the server is back
@@ -164,14 +159,9 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
 
 TEST(Startup, TraceSwitchForms)
 {
-    const struct {
-        QStringList arguments;
-        bool requested;
-        const char* path;
-    } rows[] = {{{QStringLiteral("x"), QStringLiteral("/d=/tmp/a"), QStringLiteral("y")}, true, "/tmp/a"},
-                {{QStringLiteral("--trace=/tmp/b")}, true, "/tmp/b"},
-                {{QStringLiteral("-d")}, false, ""},
-                {{QStringLiteral("/d=")}, true, ""}};
+    const struct { QStringList arguments; bool requested; const char* path; } rows[] = {
+        {{QStringLiteral("x"), QStringLiteral("/d=/tmp/a"), QStringLiteral("y")}, true, "/tmp/a"}, {{QStringLiteral("--trace=/tmp/b")}, true, "/tmp/b"},
+        {{QStringLiteral("-d")}, false, ""}, {{QStringLiteral("/d=")}, true, ""}};
     for (const auto& row : rows) {
         const TraceSwitch parsed = ParseTraceSwitch(row.arguments);
         EXPECT_EQ(std::tuple(parsed.requested, parsed.path), std::tuple(row.requested, QString::fromLatin1(row.path))) << row.arguments.join(QLatin1Char(' ')).toStdString();

@@ -33,14 +33,12 @@ TEST(TextTools, GetNextAndCountItems)
 TEST(TextTools, CipherRoundTripsPrintableAsciiWithAnyKey)
 {
     QString all;
-    for (int c = 32; c <= 126; ++c)
-        all += QChar(c);
+    for (int c = 32; c <= 126; ++c) all += QChar(c);
     for (const QString& key : {QString(), QStringLiteral("k"), QStringLiteral("a much longer key than usual, 1234567890")}) {
         for (const QString& text : {all, QStringLiteral("p@ss;word"), QStringLiteral("x"), QString(all + all + all)}) {
             const QString enciphered = Encrypt(text, key);
             EXPECT_EQ(std::tuple(enciphered.size(), Decrypt(enciphered, key)), std::tuple(text.size(), text));
-            for (QChar c : enciphered)
-                EXPECT_TRUE(c.unicode() >= 32 && c.unicode() <= 127) << int(c.unicode());
+            for (QChar c : enciphered) EXPECT_TRUE(c.unicode() >= 32 && c.unicode() <= 127) << int(c.unicode());
         }
     }
     EXPECT_TRUE(Encrypt(QString()).isEmpty() && Encrypt(QStringLiteral("secret")) != QLatin1String("secret"));

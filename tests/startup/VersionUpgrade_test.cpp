@@ -24,19 +24,14 @@ struct VersionSite {
         EXPECT_TRUE(site.execRaw(QStringLiteral("UPDATE \"Options\" SET \"Version\" = '%1'").arg(QLatin1String(dataVersion))));
     }
 
-    bool start(const QString& programVersion)
-    {
-        site.session().programVersion = programVersion;
-        return StartSession(site.session()).ok();
-    }
+    bool start(const QString& programVersion) { site.session().programVersion = programVersion; return StartSession(site.session()).ok(); }
 
     // The data version as the database holds it now, read by a session of its own.
     QString storedVersion()
     {
         ScriptedPrompter quiet;
         Session other(quiet);
-        other.programDir = site.dir() + QLatin1Char('/');
-        other.localIni = site.localIni();
+        std::tie(other.programDir, other.localIni) = std::tuple(QString(site.dir() + QLatin1Char('/')), site.localIni());
         EXPECT_TRUE(GetIniInfo(other, FirstStart::Refuse).ok());
         other.db().close();
         return other.options.version;
@@ -53,8 +48,7 @@ struct VersionSite {
     bool upgradeRan(int waitMs = 5000) const
     {
         for (const QDeadlineTimer deadline(waitMs); !QFile::exists(site.path(QStringLiteral("server/upgrade-ran"))); QThread::msleep(20))
-            if (deadline.hasExpired())
-                return false;
+            if (deadline.hasExpired()) return false;
         return true;
     }
 
@@ -79,9 +73,7 @@ TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
         WriteIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version"), QStringLiteral("untouched"));
         ScriptedPrompter next;
         Session second(next);
-        second.programDir = v.site.dir() + QLatin1Char('/');
-        second.localIni = v.site.localIni();
-        second.programVersion = QStringLiteral("7.00.0006");
+        std::tie(second.programDir, second.localIni, second.programVersion) = std::tuple(QString(v.site.dir() + QLatin1Char('/')), v.site.localIni(), QStringLiteral("7.00.0006"));
         ASSERT_TRUE(StartSession(second).ok());
         EXPECT_EQ(std::tuple(next.asked().size(), ReadIniValue(v.site.serverIni(), QStringLiteral("Info"), QStringLiteral("Version")).value),
                   std::tuple(0, QStringLiteral("untouched")));
@@ -93,9 +85,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, NewerProgram, ::testing::Values(Engine::Sqlite
 // One for the data's version, or the generic one when only the revision differs; the data's version stays.
 TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
 {
-    const struct {
-        const char *dataVersion, *programVersion, *shownVersion, *upgradeProgram;
-    } rows[] = {
+    const struct { const char *dataVersion, *programVersion, *shownVersion, *upgradeProgram; } rows[] = {
         {"7.00.0006", "7.00.0004", "7.00.0006", "TLXUpgrade.exe"},
         {"1.0", "0.90.0001", "1.00.0000", "TLUg1.00.exe"},  // a short version text is the first version
     };
@@ -104,8 +94,7 @@ TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
         ASSERT_TRUE(v.start(QLatin1String(row.programVersion)));
         auto& p = v.site.prompter();
         ASSERT_EQ(p.titles(), QStringList{QStringLiteral("Bad Version")});
-        EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")),
-                  texts::NoUpgradeProgram.arg(QLatin1String(row.programVersion), QLatin1String(row.shownVersion),
+        EXPECT_EQ(p.textOf(QStringLiteral("Bad Version")), texts::NoUpgradeProgram.arg(QLatin1String(row.programVersion), QLatin1String(row.shownVersion),
                                               QDir(v.site.path(QStringLiteral("server"))).absolutePath() + QLatin1Char('/') + QLatin1String(row.upgradeProgram)));
         EXPECT_EQ(std::tuple(p.asked().first().buttons, v.storedVersion()), std::tuple(Buttons::Ok, QString::fromLatin1(row.dataVersion)));
     }
@@ -132,8 +121,7 @@ TEST(OlderProgram, AnswersToTheUpgradeQuestion)
         SCOPED_TRACE(row.program);
         VersionSite v(row.dataVersion);
         v.placeUpgradeProgram(row.program, row.executable);
-        for (Answer a : row.answers)
-            v.site.prompter().answer(a);
+        for (Answer a : row.answers) v.site.prompter().answer(a);
         const bool goesOn = v.start(QStringLiteral("7.00.0004"));
         const bool ran = v.upgradeRan(row.ran ? 5000 : 300);
         auto& p = v.site.prompter();

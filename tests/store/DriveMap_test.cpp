@@ -9,11 +9,7 @@ namespace {
 
 TEST(DriveMap, LettersAndPrefixesBothWays)
 {
-    const struct {
-        const char *map, *path;
-        MapDirection direction;
-        const char* expected;
-    } cases[] = {
+    const struct { const char *map, *path; MapDirection direction; const char* expected; } cases[] = {
         {"", "C:/MTR", MapDirection::ToStored, "C:/MTR"},
         {"F=C", "C:/MTR", MapDirection::ToStored, "F:/MTR"},
         {"F=C", "D:/MTR", MapDirection::ToStored, "D:/MTR"},

@@ -52,8 +52,7 @@ TEST_F(FileSafety, ReadOnlyDirectoryGivesMessageAndNoFile)
     EXPECT_TRUE(RunUnprivileged([&] {
         auto created = WriteTiff(locked.filePath(QStringLiteral("TR000003.TIF")), {TextPage(200, 100)});
         auto appended = AppendPage(target, TextPage(200, 100));
-        return !created.ok() && created.error().contains(QStringLiteral("Permission denied"))
-               && created.error().contains(locked.path()) && !appended.ok()
+        return !created.ok() && created.error().contains(QStringLiteral("Permission denied")) && created.error().contains(locked.path()) && !appended.ok()
                && appended.error().contains(QStringLiteral("Permission denied"));
     }));
     EXPECT_EQ(std::tuple(QDir(locked.path()).entryList(QDir::Files | QDir::Hidden), FileBytes(target)), std::tuple(QStringList{QStringLiteral("TR000002.TIF")}, before));

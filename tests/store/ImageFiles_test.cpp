@@ -41,8 +41,7 @@ TEST(ImageFiles, NamesAndPaths)
         {BarcodeBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlx/TempTarlox.tif"},
         {BatchPageBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlxtemp.tif"},
     };
-    for (const auto& [made, expected] : rows)
-        EXPECT_EQ(made, QLatin1String(expected));
+    for (const auto& [made, expected] : rows) EXPECT_EQ(made, QLatin1String(expected));
 }
 
 TEST(ImageFiles, AtomicCopyReplacesWholeAndLeavesNoScratch)

@@ -32,8 +32,7 @@ QByteArray LetterPdf(const QList<QRectF>& boxes)
         pdf += QByteArray::number(offsets.size()) + " 0 obj\n" + body + "\nendobj\n";
     };
     QByteArray kids;
-    for (qsizetype i = 0; i < boxes.size(); ++i)
-        kids += QByteArray::number(3 + 2 * i) + " 0 R ";
+    for (qsizetype i = 0; i < boxes.size(); ++i) kids += QByteArray::number(3 + 2 * i) + " 0 R ";
     object("<< /Type /Catalog /Pages 2 0 R >>");
     object("<< /Type /Pages /Kids [" + kids + "] /Count " + QByteArray::number(boxes.size()) + " >>");
     for (qsizetype i = 0; i < boxes.size(); ++i) {
@@ -45,10 +44,8 @@ QByteArray LetterPdf(const QList<QRectF>& boxes)
     }
     const qsizetype xref = pdf.size();
     pdf += "xref\n0 " + QByteArray::number(offsets.size() + 1) + "\n0000000000 65535 f \n";
-    for (qsizetype offset : offsets)
-        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
-    pdf += "trailer\n<< /Size " + QByteArray::number(offsets.size() + 1) + " /Root 1 0 R >>\nstartxref\n"
-           + QByteArray::number(xref) + "\n%%EOF\n";
+    for (qsizetype offset : offsets) pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    pdf += "trailer\n<< /Size " + QByteArray::number(offsets.size() + 1) + " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
     return pdf;
 }
 

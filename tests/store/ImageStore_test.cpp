@@ -15,6 +15,7 @@
 
 using namespace tarlox;
 using namespace tarlox::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -26,10 +27,7 @@ protected:
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
 
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
-    std::tuple<qint64, qint64> imageAndInfoRows()
-    {
-        return {scalar(QStringLiteral("SELECT count(*) FROM \"Images\"")), scalar(QStringLiteral("SELECT count(*) FROM \"Info\""))};
-    }
+    std::tuple<qint64, qint64> imageAndInfoRows() { return {scalar(u"SELECT count(*) FROM \"Images\""_s), scalar(u"SELECT count(*) FROM \"Info\""_s)}; }
 
     void imageRow(qint32 number, const QString& path, const QString& volume)
     {
@@ -45,11 +43,7 @@ protected:
 
 TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
 {
-    const auto usePathsOf = [&](qint32 number) {
-        const NewImage image = NewImagePaths(s(), number);
-        s().imageFilePath = image.filePath;
-        s().tempFilePath = image.tempFilePath;
-    };
+    const auto usePathsOf = [&](qint32 number) { const NewImage image = NewImagePaths(s(), number); std::tie(s().imageFilePath, s().tempFilePath) = std::tie(image.filePath, image.tempFilePath); };
     usePathsOf(5);
     ASSERT_TRUE(WriteFile(s().tempFilePath, "scanned pages"));
     ASSERT_TRUE(WriteFile(s().imageFilePath, "older file"));
@@ -72,8 +66,7 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
 TEST_P(ImageStoreTest, DeleteFileRemovesCopyAndOriginalWhereTheRowSays)
 {
     imageRow(9, data(), QStringLiteral(" "));
-    for (const char* name : {"TR000009.TIF", "OR000009.TIF", "TR000010.TIF"})
-        ASSERT_TRUE(WriteFile(data(QLatin1String(name)), "x"));
+    for (const char* name : {"TR000009.TIF", "OR000009.TIF", "TR000010.TIF"}) ASSERT_TRUE(WriteFile(data(QLatin1String(name)), "x"));
     DeleteFile(s(), 9);
     EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000010.TIF")});
     // No row: nothing happens, nothing is asked.
@@ -104,8 +97,7 @@ TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
 
     prompter().clear();
     imageRow(15, data(), QStringLiteral("MTR ARCHIVE 3"));
-    prompter().answer(Answer::Retry);
-    prompter().answer(Answer::Cancel);
+    for (Answer a : {Answer::Retry, Answer::Cancel}) prompter().answer(a);
     EXPECT_FALSE(GetImage(s(), 15));
     ASSERT_EQ(prompter().asked().size(), 3);
     const Prompt& question = prompter().asked().first();
@@ -124,10 +116,7 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     entry(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("A"));
     s().pageSizeCode = QStringLiteral("G");
     QString writtenTo;
-    const qint32 number = SaveMTR(s(), 300, [&](const QString& path) {
-        writtenTo = path;
-        return WriteFile(path, "page one, page two");
-    }).imageNumber;
+    const qint32 number = SaveMTR(s(), 300, [&](const QString& path) { writtenTo = path; return WriteFile(path, "page one, page two"); }).imageNumber;
     ASSERT_EQ(number, 1);
     EXPECT_NE(writtenTo, s().imageFilePath) << "pages are written away from the report's name";
     EXPECT_EQ(std::tuple(QFile::exists(writtenTo), FileBytes(data(QStringLiteral("TR000001.TIF")))), std::tuple(false, QByteArray("page one, page two")));

@@ -27,14 +27,11 @@ QImage ScannedGrey(const QImage& truth, QRect solidBox)
             double paper = 235.0 - 125.0 * x / truth.width();
             const double dx = x - truth.width() * 0.7;
             const double dy = y - truth.height() * 0.35;
-            if (dx * dx + dy * dy < std::pow(truth.width() * 0.15, 2))
-                paper -= 50;
+            if (dx * dx + dy * dy < std::pow(truth.width() * 0.15, 2)) paper -= 50;
             const int jitter = int(noise.bounded(9)) - 4;
             int value = int(paper) + jitter;
-            if (truth.pixelIndex(x, y) == 1)
-                value = faint ? int(paper * 0.6) : 40 + jitter;
-            if (solidBox.contains(x, y))
-                value = 35 + jitter;
+            if (truth.pixelIndex(x, y) == 1) value = faint ? int(paper * 0.6) : 40 + jitter;
+            if (solidBox.contains(x, y)) value = 35 + jitter;
             row[x] = uchar(std::clamp(value, 0, 255));
         }
     }
@@ -43,15 +40,12 @@ QImage ScannedGrey(const QImage& truth, QRect solidBox)
 }
 
 // The shares of text pixels that came out black and of paper pixels that came out white.
-struct Score {
-    double textBlack = 0, paperWhite = 0;
-};
+struct Score { double textBlack = 0, paperWhite = 0; };
 
 Score Compare(const QImage& result, const QImage& truth, QRect solidBox)
 {
     qint64 text = 0, textHit = 0, paper = 0, paperHit = 0;
-    for (int y = 0; y < truth.height(); ++y)
-        for (int x = 0; x < truth.width(); ++x) {
+    for (int y = 0; y < truth.height(); ++y) for (int x = 0; x < truth.width(); ++x) {
             const bool black = IsBlackAt(result, x, y);
             if (truth.pixelIndex(x, y) == 1 || solidBox.contains(x, y)) {
                 ++text;
@@ -88,8 +82,7 @@ TEST(PageProcessing, BinarizationKeepsTextBlackAndUnevenPaperWhite)
 
     // The same page in colour: bluish ink on yellowish, unevenly lit paper.
     QImage colour(grey.size(), QImage::Format_RGB32);
-    for (int y = 0; y < grey.height(); ++y)
-        for (int x = 0; x < grey.width(); ++x) {
+    for (int y = 0; y < grey.height(); ++y) for (int x = 0; x < grey.width(); ++x) {
             const int v = grey.constScanLine(y)[x];
             const bool ink = truth.pixelIndex(x, y) == 1 || box.contains(x, y);
             colour.setPixel(x, y, ink ? qRgb(v / 2, v / 2, std::min(255, v + 40)) : qRgb(v, v, std::max(0, v - 40)));
@@ -141,8 +134,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
 
     QImage grey(13, 5, QImage::Format_Grayscale8);
     QImage rgb(13, 5, QImage::Format_RGB32);
-    for (int y = 0; y < 5; ++y)
-        for (int x = 0; x < 13; ++x) {
+    for (int y = 0; y < 5; ++y) for (int x = 0; x < 13; ++x) {
             grey.scanLine(y)[x] = uchar(x * 19 + y);
             rgb.setPixel(x, y, qRgb(x * 19, y * 50, 255 - x));
         }
@@ -155,8 +147,7 @@ TEST(PageProcessing, InvertScaleAndTinyPages)
     FillBlack(page, 0, 0, 32, 40);
     SetDpi(page, Dpi{200, 200});
     const QImage inverted = InvertPage(page);
-    EXPECT_EQ(std::tuple(IsBlackAt(inverted, 10, 10), IsBlackAt(inverted, 50, 10), SamePixels(InvertPage(inverted), page)),
-              std::tuple(false, true, true));
+    EXPECT_EQ(std::tuple(IsBlackAt(inverted, 10, 10), IsBlackAt(inverted, 50, 10), SamePixels(InvertPage(inverted), page)), std::tuple(false, true, true));
 
     auto half = ScalePage(page, 32, 20);
     ASSERT_TRUE(half.ok());

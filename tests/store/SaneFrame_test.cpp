@@ -15,12 +15,10 @@ SaneFrameFormat format(SaneFrameFormat::Kind kind, int depth, int pixels, int by
 IoResult<QImage> build(const SaneFrameFormat& f, const QByteArray& bytes, int chunk = 3)
 {
     SanePageBuilder builder;
-    if (IoStatus begun = builder.beginFrame(f); !begun)
-        return begun.failure();
+    if (IoStatus begun = builder.beginFrame(f); !begun) return begun.failure();
     // Devices hand data over in pieces that ignore line ends.
     for (qsizetype i = 0; i < bytes.size(); i += chunk)
-        if (IoStatus added = builder.append(bytes.constData() + i, std::min<qsizetype>(chunk, bytes.size() - i)); !added)
-            return added.failure();
+        if (IoStatus added = builder.append(bytes.constData() + i, std::min<qsizetype>(chunk, bytes.size() - i)); !added) return added.failure();
     return builder.finish(200, 200);
 }
 

@@ -48,11 +48,7 @@ TEST(ScanCapabilities, FrameInTheDevicesUnitWithinItsRange)
 
 TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
 {
-    const struct {
-        QStringList modes;
-        QString twoColour;
-        QString grey;
-    } modes[] = {
+    const struct { QStringList modes; QString twoColour; QString grey; } modes[] = {
         {{QStringLiteral("Lineart"), QStringLiteral("Gray"), QStringLiteral("Color")}, QStringLiteral("Lineart"), QStringLiteral("Gray")},
         {{QStringLiteral("Color"), QStringLiteral("Halftone"), QStringLiteral("Binary")}, QStringLiteral("Binary"), {}},
         {{QStringLiteral("Black & White"), QStringLiteral("Grayscale")}, QStringLiteral("Black & White"), QStringLiteral("Grayscale")},
@@ -64,17 +60,13 @@ TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
         EXPECT_EQ(TwoColourMode(row.modes), row.twoColour);
         EXPECT_EQ(GreyMode(row.modes), row.grey);
     }
-    const struct {
-        QStringList sources;
-        QString feeder;
-    } sources[] = {
+    const struct { QStringList sources; QString feeder; } sources[] = {
         {{QStringLiteral("Flatbed"), QStringLiteral("Automatic Document Feeder")}, QStringLiteral("Automatic Document Feeder")},
         {{QStringLiteral("Flatbed"), QStringLiteral("ADF Duplex"), QStringLiteral("ADF Front"), QStringLiteral("ADF Back")}, QStringLiteral("ADF Front")},
         {{QStringLiteral("ADF Duplex")}, {}},
         {{QStringLiteral("Flatbed"), QStringLiteral("Transparency Unit")}, {}},
     };
-    for (const auto& row : sources)
-        EXPECT_EQ(FeederSource(row.sources), row.feeder) << row.sources.join(QLatin1Char('|')).toStdString();
+    for (const auto& row : sources) EXPECT_EQ(FeederSource(row.sources), row.feeder) << row.sources.join(QLatin1Char('|')).toStdString();
 }
 
 // The settings applied in a scan are tested through ScannerSession's pages.

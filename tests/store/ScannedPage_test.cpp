@@ -20,12 +20,7 @@ TEST(ScannedPage, SizeTestAndLengthCutAtTheFrameLengths)
                              FrameLengthFor(QStringLiteral("X")), FrameLengthFor(QStringLiteral("A"), true)}),
               (QList<double>{11.0, 14.0, 11.7, 11.0, double(11.7f)})) << "anything else is Letter";
 
-    const struct {
-        double dpi, length;
-        int height;
-        bool tooSmall;
-        int kept;
-    } rows[] = {
+    const struct { double dpi, length; int height; bool tooSmall; int kept; } rows[] = {
         {200, 11, 2184, false, 2184},   // 199 x 11 = 2,189 is not above 2,184 + 5
         {200, 11, 2183, true, 2183},
         {200, 11, 2200, false, 2200},
@@ -87,9 +82,7 @@ TEST(ScannedPage, PreparingAPage)
     // A grey page comes out in two colours; a short one is measured as scanned.
     QImage grey(1700, 2000, QImage::Format_Grayscale8);
     grey.fill(230);
-    for (int y = 200; y < 1800; y += 40)
-        for (int x = 100; x < 1600; ++x)
-            grey.scanLine(y)[x] = 20;
+    for (int y = 200; y < 1800; y += 40) for (int x = 100; x < 1600; ++x) grey.scanLine(y)[x] = 20;
     SetDpi(grey, Dpi{200, 200});
     work = PageWork{};
     auto mono = PrepareScannedPage(grey, work);

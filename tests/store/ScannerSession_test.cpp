@@ -31,23 +31,16 @@ void setOption(SaneDevice& device, const char* name, const QVariant& value)
 BeforeSheet failFrom(int at, const char* status)
 {
     return [=](SaneDevice& device, int read) {
-        if (read == at)
-            setOption(device, "read-return-value", QLatin1String(status));
+        if (read == at) setOption(device, "read-return-value", QLatin1String(status));
     };
 }
 
-int pagesIn(const QString& path)
-{
-    auto reader = TiffReader::open(path);
-    return reader ? reader->pageCount() : 0;
-}
+int pagesIn(const QString& path) { auto reader = TiffReader::open(path); return reader ? reader->pageCount() : 0; }
 
 qint64 blackPixels(const QImage& page)
 {
     qint64 black = 0;
-    for (int y = 0; y < page.height(); ++y)
-        for (int x = 0; x < page.width(); ++x)
-            black += page.pixelIndex(x, y);
+    for (int y = 0; y < page.height(); ++y) for (int x = 0; x < page.width(); ++x) black += page.pixelIndex(x, y);
     return black;
 }
 
@@ -72,8 +65,7 @@ protected:
     {
         ScanSettings st = ScanSettings::read(s(), 200, 0, pageSizeCode);
         st.device = QStringLiteral("test:0");
-        if (change)
-            change(st);
+        if (change) change(st);
         return st;
     }
     // A fresh device (it keeps the status it was given), no prompts, no output file.
@@ -94,8 +86,7 @@ protected:
     TestSite site;
     QString output;
     QString imageFile;
-    const ReportTags tags = ReportTags::forReport(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("PO9"), QString(),
-                                                  QStringLiteral("Mill"));
+    const ReportTags tags = ReportTags::forReport(QStringLiteral("H1 H2"), QStringLiteral("P1 P2"), QStringLiteral("PO9"), QString(), QStringLiteral("Mill"));
 };
 
 }  // namespace
@@ -120,8 +111,7 @@ TEST_F(ScannerSessionTest, DeviceStatusesBecomeTheScannerErrorBox)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.status);
         fresh();
-        auto run = scanner(entryProfile(), settings(QStringLiteral(" "), [&](ScanSettings& v) { v.useAdf = row.failAt > 0; }),
-                           failFrom(row.failAt, row.status));
+        auto run = scanner(entryProfile(), settings(QStringLiteral(" "), [&](ScanSettings& v) { v.useAdf = row.failAt > 0; }), failFrom(row.failAt, row.status));
         run->Scan();
         EXPECT_EQ(std::tuple(prompter().titles(), prompter().asked().first().buttons, pagesIn(output), run->scanDone()),
                   std::tuple(QStringList{kScannerError}, Buttons::Ok, row.kept, false));
@@ -137,8 +127,7 @@ TEST_F(ScannerSessionTest, TooSmallPageIsAskedAbout)
     scanner(entryProfile(), settings(), shortSheet)->Scan();
     ASSERT_GE(prompter().asked().size(), 1);
     const Prompt question = prompter().asked().first();
-    EXPECT_EQ(std::tuple(question.title, question.buttons, question.defaultAnswer, question.withHelp),
-              std::tuple(kScannerError, Buttons::YesNo, Answer::No, true));
+    EXPECT_EQ(std::tuple(question.title, question.buttons, question.defaultAnswer, question.withHelp), std::tuple(kScannerError, Buttons::YesNo, Answer::No, true));
     EXPECT_NEAR(TiffReader::open(output)->pageInfo(0)->height, 1575, 1);
     EXPECT_TRUE(question.text.contains(QStringLiteral("11 inches but instead was 7.87")));
 
@@ -154,8 +143,7 @@ TEST_F(ScannerSessionTest, TooSmallPageIsAskedAbout)
 // Without the feeder each pass takes one sheet; Cancel removes a rescan's target.
 TEST_F(ScannerSessionTest, CheckDialogDrivesThePasses)
 {
-    for (Answer a : {Answer::Yes, Answer::Yes, Answer::No})
-        prompter().answer(a);
+    for (Answer a : {Answer::Yes, Answer::Yes, Answer::No}) prompter().answer(a);
     scanner(entryProfile(), settings(QStringLiteral("G")))->Scan();
     EXPECT_EQ(std::tuple(prompter().titles(), prompter().asked().first().buttons, prompter().asked().first().defaultAnswer),
               std::tuple(QStringList{kNextPage, kNextPage, kNextPage}, Buttons::YesNoCancel, Answer::No));
@@ -163,8 +151,7 @@ TEST_F(ScannerSessionTest, CheckDialogDrivesThePasses)
     EXPECT_NEAR(TiffReader::open(output)->pageInfo(2)->height, 2800, 1) << "Legal: 14 inches";
 
     prompter().clear();
-    prompter().answer(Answer::Yes);
-    prompter().answer(Answer::Cancel);
+    for (Answer a : {Answer::Yes, Answer::Cancel}) prompter().answer(a);
     const QString target = site.path(QStringLiteral("DATA/TM000001.TIF"));
     scanner(ScanProfile::forRescan(target), settings())->Scan();
     EXPECT_EQ(std::tuple(prompter().titles(), QFile::exists(target)), std::tuple(QStringList{kNextPage, kNextPage}, false));
@@ -264,8 +251,7 @@ TEST_F(ScannerSessionTest, FeederRunsUntilEmptyTheTransferCountOrStop)
         QObject::connect(run.get(), &ScannerSession::pageReady, [&](const QImage& page, int number) {
             shown.append(number);
             EXPECT_TRUE(IsBlackAndWhite(page));
-            if (row.stop && number == 2)
-                run->requestStop();
+            if (row.stop && number == 2) run->requestStop();
         });
         run->Scan();
         if (row.pages >= 0) {

@@ -6,10 +6,7 @@ using namespace tarlox;
 
 TEST(TagText, DecodesUtf8WhenValidElseWindows1252)
 {
-    const struct {
-        QByteArray bytes;
-        QString text;
-    } rows[] = {
+    const struct { QByteArray bytes; QString text; } rows[] = {
         {QByteArray("H12345 H67890"), QStringLiteral("H12345 H67890")},
         {QByteArray(), QString()},
         {QByteArray("Acier\xC3\xA9 \xE2\x82\xAC 5\xC2\xB0"), QStringLiteral(u"Acieré € 5°")},  // UTF-8
@@ -19,8 +16,7 @@ TEST(TagText, DecodesUtf8WhenValidElseWindows1252)
         {QByteArray("M\xC3"), QStringLiteral(u"MÃ")},                                             // cut-off UTF-8
         {QByteArray("\xA0\xFF"), QStringLiteral(u"\u00A0ÿ")},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(DecodeTagText(row.bytes), row.text) << row.bytes.toHex().constData();
+    for (const auto& row : rows) EXPECT_EQ(DecodeTagText(row.bytes), row.text) << row.bytes.toHex().constData();
 }
 
 TEST(TagText, EncodesUtf8AndEveryCodeOf1252DecodesToOneCharacter)
@@ -28,8 +24,7 @@ TEST(TagText, EncodesUtf8AndEveryCodeOf1252DecodesToOneCharacter)
     const QString text = QStringLiteral(u"Ærø Stål – “Nr. 5”");
     EXPECT_EQ(DecodeTagText(EncodeTagText(text)), text);
     QByteArray all;
-    for (int byte = 1; byte < 256; ++byte)
-        all.append(char(byte));
+    for (int byte = 1; byte < 256; ++byte) all.append(char(byte));
     const QString decoded = DecodeWindows1252(all);
     ASSERT_EQ(decoded.size(), 255);
     EXPECT_EQ(QString(decoded.at(0x80 - 1)) + decoded.at(0x9F - 1) + decoded.at(0x41 - 1), QStringLiteral(u"\u20AC\u0178A"));

@@ -23,8 +23,7 @@ namespace tarlox::test {
 inline void FillBlack(QImage& page, int left, int top, int width, int height)
 {
     for (int y = std::max(0, top); y < std::min(page.height(), top + height); ++y)
-        for (int x = std::max(0, left); x < std::min(page.width(), left + width); ++x)
-            page.setPixel(x, y, 1);
+        for (int x = std::max(0, left); x < std::min(page.width(), left + width); ++x) page.setPixel(x, y, 1);
 }
 
 // Lines of letter-like marks, as a typed certificate has: black and white, with resolution.
@@ -39,35 +38,28 @@ inline QImage TextPage(int width, int height, quint32 seed = 1, double dpi = 300
                 continue;  // a space
             FillBlack(page, left, top, unit, 10 * unit);
             FillBlack(page, left, top + 4 * unit, 6 * unit, unit);
-            if (random.bounded(2))
-                FillBlack(page, left + 5 * unit, top, unit, 10 * unit);
+            if (random.bounded(2)) FillBlack(page, left + 5 * unit, top, unit, 10 * unit);
         }
     }
     SetDpi(page, Dpi{dpi, dpi});
     return page;
 }
 
-inline bool IsBlackAt(const QImage& image, int x, int y)
-{
-    return qGray(image.pixel(x, y)) < 128;
-}
+inline bool IsBlackAt(const QImage& image, int x, int y) { return qGray(image.pixel(x, y)) < 128; }
 
 // Equal pixels of two black-and-white pages (in whatever 1-bit form they come).
 inline bool SamePixels(const QImage& a, const QImage& b)
 {
     const QImage left = ToStoreMono(a);
     const QImage right = ToStoreMono(b);
-    if (left.size() != right.size() || left.isNull())
-        return false;
+    if (left.size() != right.size() || left.isNull()) return false;
     const int fullBytes = left.width() / 8;
     const int restBits = left.width() % 8;
     for (int y = 0; y < left.height(); ++y) {
         const uchar* p = left.constScanLine(y);
         const uchar* q = right.constScanLine(y);
-        if (std::memcmp(p, q, size_t(fullBytes)) != 0)
-            return false;
-        if (restBits && ((p[fullBytes] ^ q[fullBytes]) & uchar(0xFF << (8 - restBits))))
-            return false;
+        if (std::memcmp(p, q, size_t(fullBytes)) != 0) return false;
+        if (restBits && ((p[fullBytes] ^ q[fullBytes]) & uchar(0xFF << (8 - restBits)))) return false;
     }
     return true;
 }
@@ -76,8 +68,7 @@ inline bool SamePixels(const QImage& a, const QImage& b)
 inline bool WriteWithLibtiff(const QString& path, const std::function<bool(TIFF*)>& write, const char* mode = "w")
 {
     TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), mode);
-    if (!tif)
-        return false;
+    if (!tif) return false;
     const bool ok = write(tif);
     TIFFClose(tif);
     return ok;
@@ -102,8 +93,7 @@ inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int sampl
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(rowsPerStrip));
     const size_t rowBytes = (size_t(width) * bits * samples + 7) / 8;
     for (int row = 0; row < height; ++row) {
-        if (TIFFWriteScanline(tif, const_cast<uint8_t*>(rows.data() + rowBytes * size_t(row)), uint32_t(row), 0) < 0)
-            return false;
+        if (TIFFWriteScanline(tif, const_cast<uint8_t*>(rows.data() + rowBytes * size_t(row)), uint32_t(row), 0) < 0) return false;
     }
     return TIFFWriteDirectory(tif) == 1;
 }
@@ -112,8 +102,7 @@ inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int sampl
 inline bool ReadWithLibtiff(const QString& path, int page, const std::function<bool(TIFF*)>& read)
 {
     TIFF* tif = TIFFOpen(QFile::encodeName(path).constData(), "r");
-    if (!tif)
-        return false;
+    if (!tif) return false;
     const bool ok = TIFFSetDirectory(tif, tdir_t(page)) == 1 && read(tif);
     TIFFClose(tif);
     return ok;

@@ -20,17 +20,13 @@ protected:
 };
 
 // A grey ramp across, darker band in rows 10-19: value at (x, y).
-uint8_t GreyAt(int x, int y)
-{
-    return uint8_t(y >= 10 && y < 20 ? 30 : 100 + x);
-}
+uint8_t GreyAt(int x, int y) { return uint8_t(y >= 10 && y < 20 ? 30 : 100 + x); }
 
 // Pixels of colour pages: red left half, blue right half.
 const uint8_t kRed[3] = {200, 10, 20};
 const uint8_t kBlue[3] = {10, 20, 200};
 
-void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int photometric,
-                const std::function<uint8_t(int x, int y, int sample)>& value)
+void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int photometric, const std::function<uint8_t(int x, int y, int sample)>& value)
 {
     SetPageFields(tif, width, height, bits, samples, photometric, COMPRESSION_ADOBE_DEFLATE);
     TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16u);
@@ -40,14 +36,10 @@ void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int pho
     for (int top = 0; top < height; top += 16) {
         for (int left = 0; left < width; left += 16) {
             std::fill(tile.begin(), tile.end(), 0);
-            for (int y = 0; y < 16 && top + y < height; ++y)
-                for (int x = 0; x < 16 && left + x < width; ++x)
-                    for (int s = 0; s < samples; ++s) {
+            for (int y = 0; y < 16 && top + y < height; ++y) for (int x = 0; x < 16 && left + x < width; ++x) for (int s = 0; s < samples; ++s) {
                         const uint8_t v = value(left + x, top + y, s);
-                        if (bits == 8)
-                            tile[tileRow * size_t(y) + size_t(x * samples + s)] = v;
-                        else if (v)
-                            tile[tileRow * size_t(y) + size_t(x / 8)] |= uint8_t(0x80 >> (x % 8));
+                        if (bits == 8) tile[tileRow * size_t(y) + size_t(x * samples + s)] = v;
+                        else if (v) tile[tileRow * size_t(y) + size_t(x / 8)] |= uint8_t(0x80 >> (x % 8));
                     }
             TIFFWriteTile(tif, tile.data(), uint32_t(left), uint32_t(top), 0, 0);
         }
@@ -61,8 +53,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
 {
     const int width = 40, height = 37;  // neither tile nor word aligned
     std::vector<uint8_t> grey, rgb, rgba, grey16;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
+    for (int y = 0; y < height; ++y) for (int x = 0; x < width; ++x) {
             grey.push_back(GreyAt(x, y));
             const uint8_t* colour = x < width / 2 ? kRed : kBlue;
             rgb.insert(rgb.end(), colour, colour + 3);
@@ -95,9 +86,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
         auto image = reader->readPage(page);
         ASSERT_TRUE(image.ok()) << page << image.error().toStdString();
         ASSERT_EQ(std::tuple(image->format(), image->size()), std::tuple(QImage::Format_Grayscale8, QSize(width, height))) << page;
-        for (int y : {0, 12, 36})
-            for (int x : {0, 17, 39})
-                EXPECT_EQ(image->pixelColor(x, y).red(), GreyAt(x, y)) << "page " << page << " at " << x << "," << y;
+        for (int y : {0, 12, 36}) for (int x : {0, 17, 39}) EXPECT_EQ(image->pixelColor(x, y).red(), GreyAt(x, y)) << "page " << page << " at " << x << "," << y;
     }
     for (int page : {2, 3, 6}) {
         auto image = reader->readPage(page);
@@ -108,9 +97,7 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
     }
     auto tiledMono = reader->readPage(7);
     ASSERT_TRUE(tiledMono.ok() && tiledMono->format() == QImage::Format_Mono);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            ASSERT_EQ(IsBlackAt(*tiledMono, x, y), x == y || x == 33) << x << "," << y;
+    for (int y = 0; y < height; ++y) for (int x = 0; x < width; ++x) ASSERT_EQ(IsBlackAt(*tiledMono, x, y), x == y || x == 33) << x << "," << y;
 }
 
 TEST_F(TiffReading, DamagedEmptyAndOddFilesGiveMessagesNotCrashes)
@@ -123,8 +110,7 @@ TEST_F(TiffReading, DamagedEmptyAndOddFilesGiveMessagesNotCrashes)
     WriteFile(path("empty.tif"), QByteArray());
     WriteFile(path("truncated.tif"), bytes.left(bytes.size() / 3));
     QByteArray scrambled = bytes;
-    for (qsizetype i = 8; i < scrambled.size(); i += 7)
-        scrambled[i] = char(scrambled[i] ^ 0x5A);
+    for (qsizetype i = 8; i < scrambled.size(); i += 7) scrambled[i] = char(scrambled[i] ^ 0x5A);
     WriteFile(path("scrambled.tif"), scrambled);
 
     // Damage in the directories shows at opening.
@@ -137,8 +123,7 @@ TEST_F(TiffReading, DamagedEmptyAndOddFilesGiveMessagesNotCrashes)
     // Damage in the coded data of a page shows when that page is read; the
     // decoder's filler must not pass for a page.
     QByteArray damagedData = bytes;
-    for (qsizetype i = 100; i < 400; ++i)
-        damagedData[i] = char(damagedData[i] ^ 0x5A);
+    for (qsizetype i = 100; i < 400; ++i) damagedData[i] = char(damagedData[i] ^ 0x5A);
     WriteFile(path("data.tif"), damagedData);
     auto reader = TiffReader::open(path("data.tif"));
     ASSERT_TRUE(reader.ok());

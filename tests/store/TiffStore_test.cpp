@@ -40,8 +40,7 @@ TEST_F(TiffStore, MultiPageGroup4RoundTripKeepsPixelsResolutionAndFirstPageTags)
 
     auto reader = TiffReader::open(path("TR000001.TIF"));
     ASSERT_TRUE(reader.ok()) << reader.error().toStdString();
-    EXPECT_EQ(std::tuple(reader->pageCount(), reader->tags(), reader->tags().software),
-              std::tuple(3, SampleTags(), QStringLiteral("Tarlox from Hollowbrook")));
+    EXPECT_EQ(std::tuple(reader->pageCount(), reader->tags(), reader->tags().software), std::tuple(3, SampleTags(), QStringLiteral("Tarlox from Hollowbrook")));
 
     const QImage pages[] = {first, second, third};
     const Dpi dpis[] = {{300, 300}, {200, 200}, {204, 196}};
@@ -91,15 +90,13 @@ TEST_F(TiffStore, AppendAddsPagesAndKeepsTheFirstPagesTagsAndBytes)
     };
     append(1, SampleTags(), true);
     const std::vector<QByteArray> firstStrips = RawStrips(file, 0);
-    for (quint32 seed = 2; seed <= 4; ++seed)
-        ASSERT_TRUE(AppendPage(file, TextPage(800, 600, seed)).ok());
+    for (quint32 seed = 2; seed <= 4; ++seed) ASSERT_TRUE(AppendPage(file, TextPage(800, 600, seed)).ok());
     EXPECT_EQ(files(), QStringList{QStringLiteral("TR000003.TIF")});
 
     auto reader = TiffReader::open(file);
     ASSERT_TRUE(reader.ok());
     EXPECT_EQ(std::tuple(reader->tags(), RawStrips(file, 0)), std::tuple(SampleTags(), firstStrips));
-    for (int page = 0; page < 4; ++page)
-        EXPECT_TRUE(SamePixels(*reader->readPage(page), TextPage(800, 600, quint32(page + 1)))) << page;
+    for (int page = 0; page < 4; ++page) EXPECT_TRUE(SamePixels(*reader->readPage(page), TextPage(800, 600, quint32(page + 1)))) << page;
     append(9, std::nullopt, false);
     EXPECT_EQ(std::tuple(TiffReader::open(file)->pageCount(), files()), std::tuple(4, QStringList{QStringLiteral("TR000003.TIF")}));
 }
@@ -112,15 +109,12 @@ TEST_F(TiffStore, RawPageCopyKeepsStoredBytesAndOtherPagesAreReencoded)
     ASSERT_TRUE(WriteTiff(source, {TextPage(1000, 700, 5, 300)}).ok());
     const QImage striped = TextPage(640, 480, 6);
     std::vector<uint8_t> inverted, packed;
-    for (int y = 0; y < striped.height(); ++y)
-        for (int x = 0; x < 640 / 8; ++x) {
+    for (int y = 0; y < striped.height(); ++y) for (int x = 0; x < 640 / 8; ++x) {
             packed.push_back(striped.constScanLine(y)[x]);
             inverted.push_back(uint8_t(~striped.constScanLine(y)[x]));
         }
     std::vector<uint8_t> grey(size_t(320) * 240, 230);
-    for (int y = 100; y < 140; ++y)
-        for (int x = 100; x < 220; ++x)
-            grey[size_t(y) * 320 + size_t(x)] = 20;
+    for (int y = 100; y < 140; ++y) for (int x = 100; x < 220; ++x) grey[size_t(y) * 320 + size_t(x)] = 20;
     ASSERT_TRUE(WriteWithLibtiff(source, [&](TIFF* tif) {
         TIFFSetField(tif, TIFFTAG_FILLORDER, FILLORDER_LSB2MSB);
         TIFFSetField(tif, TIFFTAG_XRESOLUTION, 150.0);
@@ -136,8 +130,7 @@ TEST_F(TiffStore, RawPageCopyKeepsStoredBytesAndOtherPagesAreReencoded)
     const QString target = path("target.tif");
     auto writer = TiffWriter::create(target, SampleTags());
     ASSERT_TRUE(writer.ok());
-    for (int page : {1, 0, 2, 3})
-        ASSERT_TRUE(writer->addPageFrom(*reader, page).ok()) << page;
+    for (int page : {1, 0, 2, 3}) ASSERT_TRUE(writer->addPageFrom(*reader, page).ok()) << page;
     EXPECT_EQ(writer->pagesCopiedRaw(), 2);
     ASSERT_TRUE(writer->commit().ok());
 

@@ -46,22 +46,21 @@ protected:
     QStringList boxes(frmFind& form, std::initializer_list<const char*> names)
     {
         QStringList all;
-        for (const char* name : names)
-            all << text(form, name);
+        for (const char* name : names) all << text(form, name);
         return all;
     }
     QString caption(frmFind& form, const char* name) { return child<QPushButton>(form, name)->text(); }
     QString results(frmFind& form) { return child<QLabel>(form, "lblResults")->text(); }
     bool enabled(frmFind& form, const char* name) { return child<QWidget>(form, name)->isEnabled(); }
     void type(frmFind& form, const char* name, const QString& value) { child<QLineEdit>(form, name)->setText(value); }
+    void type(frmFind& form, std::initializer_list<std::pair<const char*, QString>> values) { for (const auto& [n, v] : values) type(form, n, v); }
     void click(frmFind& form, const char* name) { child<QPushButton>(form, name)->click(); }
     void find(frmFind& form, const QString& heat) { type(form, "txtHeat", heat), click(form, "cmdFind"); }
     QColor base(frmFind& form, const char* name) { return child<QWidget>(form, name)->palette().color(QPalette::Base); }
     // Each named control is on (true) or off.
     void expectEnabled(frmFind& form, std::initializer_list<const char*> names, bool on)
     {
-        for (const char* name : names)
-            EXPECT_EQ(enabled(form, name), on) << name;
+        for (const char* name : names) EXPECT_EQ(enabled(form, name), on) << name;
     }
     qint64 references() { return scalarOf(s(), u"SELECT count(*) FROM \"Info\""_s); }
 };
@@ -136,12 +135,7 @@ TEST_P(FindFormTest, ResultsListFollowsTheBoxesSortsAndSelects)
     EXPECT_EQ((QStringList{list->model()->headerData(2, Qt::Horizontal).toString(), cell(0, 0), cell(0, 5)}), (QStringList{u"Order"_s, u"ZZ1"_s, u"3/1/2003"_s}));
 
     // Each step: what moves the cursor, then the row, heat in the boxes and "n of N".
-    struct Step {
-        std::function<void()> act;
-        int row;
-        const char* heat;
-        const char* shown;
-    };
+    struct Step { std::function<void()> act; int row; const char* heat; const char* shown; };
     const QList<Step> steps{
         {[] {}, 0, "ZZ1", "1 of 4"},
         {[&] { click(form, "cmdNext"); }, 1, "AB300", "2 of 4"},
@@ -205,8 +199,7 @@ TEST_P(FindFormTest, CriteriaThatCantBeSearchedAreTold)
     type(form, "txtImgNum", u"TR000007"_s);
     click(form, "cmdFind");
     EXPECT_TRUE(prompter().textOf(u"Bad Search"_s).contains(u"TR000007"_s));
-    type(form, "txtImgNum", QString());
-    type(form, "txtTo", u"2/30/2003"_s);
+    type(form, {{"txtImgNum", QString()}, {"txtTo", u"2/30/2003"_s}});
     click(form, "cmdFind");
     EXPECT_EQ(std::tuple(prompter().asked().back().text, results(form)), std::tuple(u"Invalid Date"_s, QString()));
 }
@@ -237,11 +230,9 @@ TEST_P(FindFormTest, ChangeUpdatesTheShownReference)
     find(form, u"AB300"_s);
     click(form, "cmdChange");
     EXPECT_EQ(caption(form, "cmdChange"), u"Update"_s);
-    for (const char* name : {"txtCurHeat", "txtCurPart", "txtCurPO", "txtCurVend", "txtCurMfg", "txtCurDate"}) {
+    for (const char* name : {"txtCurHeat", "txtCurPart", "txtCurPO", "txtCurVend", "txtCurMfg", "txtCurDate"})
         EXPECT_EQ(std::pair(enabled(form, name), base(form, name)), std::pair(true, form.palette().color(QPalette::Base))) << name;
-    }
-    for (const char* name : {"txtHeat", "txtTo"})
-        EXPECT_EQ(base(form, name), form.palette().color(QPalette::Button)) << name;
+    for (const char* name : {"txtHeat", "txtTo"}) EXPECT_EQ(base(form, name), form.palette().color(QPalette::Button)) << name;
     expectEnabled(form, {"txtCurImgNum", "txtCurPath", "txtHeat", "txtTo", "cmdFind", "cmdSelect", "cmdDelCur", "cmdAddCur", "cmdNext"}, false);
     type(form, "txtCurVend", u"Renamed Vendor"_s);
     click(form, "cmdChange");
@@ -266,9 +257,7 @@ TEST_P(FindFormTest, ChangeThatClashesPutsTheOldRowBack)
     frmFind form(s());
     find(form, u"AB100"_s);
     click(form, "cmdChange");
-    type(form, "txtCurHeat", u"AB200"_s);
-    type(form, "txtCurPart", u"p2"_s);
-    type(form, "txtCurVend", u"Lost"_s);
+    type(form, {{"txtCurHeat", u"AB200"_s}, {"txtCurPart", u"p2"_s}, {"txtCurVend", u"Lost"_s}});
     click(form, "cmdChange");
     const QString said = prompter().textOf(u"Error"_s);
     EXPECT_TRUE(said.startsWith(u"Record could not be re-added:\r\n"_s) && said.size() > u"Record could not be re-added:\r\n"_s.size()) << said.toStdString();
@@ -293,14 +282,11 @@ TEST_P(FindFormTest, AddKeepsTheImageFieldsAndChecksNumberAndDate)
     EXPECT_EQ(std::tuple(enabled(form, "txtCurImgNum"), base(form, "txtCurImgNum"), enabled(form, "cmdFind"), results(form)),
               std::tuple(true, form.palette().color(QPalette::Base), false, QString()));
 
-    type(form, "txtCurHeat", u"NEW1"_s);
-    type(form, "txtCurPart", u"NP1"_s);
-    type(form, "txtCurImgNum", u"77"_s);
+    type(form, {{"txtCurHeat", u"NEW1"_s}, {"txtCurPart", u"NP1"_s}, {"txtCurImgNum", u"77"_s}});
     prompter().answer(Answer::Ok);
     click(form, "cmdAddCur");
     EXPECT_EQ(std::tuple(prompter().wasAsked(u"Image Number Not on File!"_s), caption(form, "cmdAddCur")), std::tuple(true, u"&Update"_s));
-    type(form, "txtCurImgNum", u"8"_s);
-    type(form, "txtCurDate", u"someday"_s);
+    type(form, {{"txtCurImgNum", u"8"_s}, {"txtCurDate", u"someday"_s}});
     prompter().answer(Answer::Ok);
     click(form, "cmdAddCur");
     EXPECT_EQ(std::tuple(prompter().textOf(u"Invalid Date!"_s), enabled(form, "cmdFind")), std::tuple(texts::InvalidDateReenter, false));

@@ -52,8 +52,7 @@ TEST_F(UpdateFormTest, AddCheckAndUpdateAsThePersonWould)
     type(form, "txtOldValue", S("acme"));
     press(form, "cmdAdd");
     QStringList said;
-    for (const auto& prompt : site.prompter().asked())
-        said << prompt.text;
+    for (const auto& prompt : site.prompter().asked()) said << prompt.text;
     EXPECT_EQ(said, (QStringList{S("Select the Field to Change"), S("Set Old Value"), S("Set New Value")}));
 
     field->setCurrentIndex(4);
