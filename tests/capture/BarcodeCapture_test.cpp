@@ -88,14 +88,11 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
                 continue;
             ASSERT_TRUE(GetImage(s(), number));
             auto stored = TiffReader::open(s().imageFilePath);
-            ASSERT_TRUE(stored.ok());
-            ASSERT_EQ(stored->pageCount(), c.stored[row].size());
+            ASSERT_TRUE(stored.ok() && stored->pageCount() == c.stored[row].size());
             for (int i = 0; i < c.stored[row].size(); ++i)
                 EXPECT_TRUE(SamePixels(*stored->readPage(i), pages[c.stored[row][i] - 1])) << "row " << row << " page " << i;
-            EXPECT_EQ(scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = '%2' AND \"Heat #\" = '%3'")
-                                 .arg(number)
-                                 .arg(rows[row].key.purchaseOrder, rows[row].heat)),
-                      1);
+            const QString sql = QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = '%2' AND \"Heat #\" = '%3'");
+            EXPECT_EQ(scalar(sql.arg(number).arg(rows[row].key.purchaseOrder, rows[row].heat)), 1);
             EXPECT_TRUE(ReadAll(csv + QStringLiteral(".log")).contains(QStringLiteral(",%1,%2,7,0,%3\n").arg(rows[row].key.purchaseOrder).arg(row + 1).arg(number)));
         }
     }

@@ -106,17 +106,14 @@ TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
     const QList<BarcodeKey> keys = {{QStringLiteral("PO123"), 0, 7, 0}, {QStringLiteral("45-9981/B"), 32767, -12, 3},
                                     {QStringLiteral("PO-300"), 1, 1, 9}};
     QTemporaryDir dir;
-    const QString tiff = dir.filePath(QStringLiteral("sheets.tif"));
-    const QString pdf = dir.filePath(QStringLiteral("sheets.pdf"));
-    ASSERT_TRUE(WriteSeparatorSheetsTiff(tiff, keys).ok());
-    ASSERT_TRUE(WriteSeparatorSheetsPdf(pdf, keys).ok());
+    const QString tiff = dir.filePath(QStringLiteral("sheets.tif")), pdf = dir.filePath(QStringLiteral("sheets.pdf"));
+    ASSERT_TRUE(WriteSeparatorSheetsTiff(tiff, keys).ok() && WriteSeparatorSheetsPdf(pdf, keys).ok());
 
     BarcodeReader reader;
     for (const QString& path : {tiff, pdf}) {
         // The PDF comes back at 200 dpi, as a printed sheet scanned at the low resolution would.
         IoResult<ImageInput> input = ImageInput::open(path);
-        ASSERT_TRUE(input.ok()) << input.error().toStdString();
-        ASSERT_EQ(input->pageCount(), keys.size());
+        ASSERT_TRUE(input.ok() && input->pageCount() == keys.size()) << input.error().toStdString();
         for (int i = 0; i < keys.size(); ++i) {
             IoResult<QImage> page = input->page(i);
             ASSERT_TRUE(page.ok());

@@ -64,8 +64,7 @@ const QByteArray metafile = QByteArray::fromHex("d7cdc69a000000000000a005a005a00
 
 bool blackInMiddle(const QString& workFile, int page)
 {
-    auto reader = TiffReader::open(workFile);
-    auto image = reader->readPage(page);
+    auto image = TiffReader::open(workFile)->readPage(page);
     return image && image->pixelIndex(image->width() / 2, image->height() / 2) == 1;
 }
 
@@ -96,10 +95,8 @@ TEST(BatchPagesTest, PagesJoinByEqualData)
     // Defaults: the last earlier page that is not skipped.
     BatchPages pages;
     pages.reset(3);
-    pages.visit(1);
-    pages.item(1).heat = S("H1");
-    pages.visit(2);
-    pages.item(2).skip = true, pages.item(2).heat = S("H2");
+    pages.visit(1), pages.item(1).heat = S("H1");
+    pages.visit(2), pages.item(2).skip = true, pages.item(2).heat = S("H2");
     pages.visit(3);
     EXPECT_EQ(std::tuple(pages.item(3).heat, pages.item(3).append, pages.item(1).append, pages.rowText(2), pages.rowText(3)),
               std::tuple(S("H1"), true, false, S("Skip"), S("H1\t\t\t\t\t**Appended**")));

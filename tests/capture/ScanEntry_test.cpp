@@ -54,29 +54,15 @@ protected:
 
     QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
 
-    QString text(const QString& sql)
-    {
-        auto value = DataOp(s(), QStringLiteral("test")).scalar(sql);
-        return value ? value->toString() : QStringLiteral("(failed)");
-    }
+    QString text(const QString& sql) { return DataOp(s(), QStringLiteral("test")).scalar(sql).value_or(QStringLiteral("(failed)")).toString(); }
     qint64 imageRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Images\"")); }
     qint64 infoRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\"")); }
     qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
     // The rows of both tables and the next number.
     std::tuple<qint64, qint64, qint64> counts() { return {imageRows(), infoRows(), nextName()}; }
-    int pagesIn(const QString& path)
-    {
-        auto reader = TiffReader::open(path);
-        return reader ? reader->pageCount() : 0;
-    }
+    int pagesIn(const QString& path) { auto reader = TiffReader::open(path); return reader ? reader->pageCount() : 0; }
     QStringList titles() { return prompter().titles(); }
-    static QStringList list(std::initializer_list<const char*> texts)
-    {
-        QStringList result;
-        for (const char* text : texts)
-            result << QString::fromLatin1(text);
-        return result;
-    }
+    static QStringList list(std::initializer_list<const char*> texts) { return QStringList(texts.begin(), texts.end()); }
 
     ScanEntryFields entry(const char* heat, const char* part = "P1")
     {
@@ -106,8 +92,8 @@ TEST_P(ScanEntryTest, ThreeSheetsStoredAndIndexed)
 
     ASSERT_EQ(result.outcome, ScanEntry::Outcome::Stored) << prompter().titles().join(QLatin1Char('|')).toStdString();
     const qint32 n = result.imageNumber;
-    EXPECT_EQ(std::tuple(n, s().currentImage, titles()), std::tuple(before, n, list({"Prepare to Scan", "Scan Next Page"})));
-    EXPECT_EQ(prompter().asked().first().text, texts::PutReportInScanner);
+    EXPECT_EQ(std::tuple(n, s().currentImage, titles(), prompter().asked().first().text),
+              std::tuple(before, n, list({"Prepare to Scan", "Scan Next Page"}), texts::PutReportInScanner));
     const QString name = QStringLiteral("TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'));
     // The work file stays in the temporary directory.
     EXPECT_EQ(std::pair(pagesIn(data(name)), pagesIn(site.path(QStringLiteral("TEMP/") + name))), std::pair(3, 3));
@@ -130,10 +116,10 @@ TEST_P(ScanEntryTest, BlankVendorAndTheHighResolution)
     f.vend.clear(), f.highResolution = true;
     const ScanEntry::Result result = scan.cmdScan_Click(f);
     ASSERT_TRUE(result.stored());
-    EXPECT_EQ(text(QStringLiteral("SELECT \"Vend Name\" FROM \"Info\"")), QStringLiteral(" "));
     auto reader = TiffReader::open(s().imageFilePath);
     ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(std::tuple(reader->tags().vendor, reader->tags().manufacturer, reader->pageInfo(0)->dpi), std::tuple(QString(), QStringLiteral("Mill 4"), Dpi{250, 250}));
+    EXPECT_EQ(std::tuple(text(QStringLiteral("SELECT \"Vend Name\" FROM \"Info\"")), reader->tags().vendor, reader->tags().manufacturer, reader->pageInfo(0)->dpi),
+              std::tuple(QStringLiteral(" "), QString(), QStringLiteral("Mill 4"), Dpi{250, 250}));
 }
 
 // Nothing is used up when the entry is refused or the operator cancels.
@@ -278,8 +264,8 @@ protected:
 
     QString size()
     {
-        auto value = DataOp(s(), QStringLiteral("test")).scalar(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number));
-        return value ? value->toString() : QStringLiteral("(failed)");
+        const QString sql = QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number);
+        return DataOp(s(), QStringLiteral("test")).scalar(sql).value_or(QStringLiteral("(failed)")).toString();
     }
     // Prepares the scanner for each sheet: the test device's read status.
     static std::function<void(ScannerSession&)> readStatus(const char* status)
@@ -288,11 +274,7 @@ protected:
             scanner.beforeSheet = [=](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QLatin1String(status)); };
         };
     }
-    int heightOfFirstPage()
-    {
-        auto reader = TiffReader::open(s().imageFilePath);
-        return reader ? reader->pageInfo(0)->height : 0;
-    }
+    int heightOfFirstPage() { auto reader = TiffReader::open(s().imageFilePath); return reader ? reader->pageInfo(0)->height : 0; }
 
     qint32 number = 0;
 };

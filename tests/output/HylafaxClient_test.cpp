@@ -105,8 +105,7 @@ TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
 
     QTemporaryDir dir;
     auto first = FreeJobFileName(dir.path(), 15);
-    ASSERT_TRUE(first.ok());
-    EXPECT_EQ(QFileInfo(*first).fileName(), u"FX150000.FMF"_s);
+    ASSERT_TRUE(first.ok() && QFileInfo(*first).fileName() == u"FX150000.FMF"_s);
     WriteFile(*first, {});
     EXPECT_EQ(QFileInfo(*FreeJobFileName(dir.path(), 15)).fileName(), u"FX150001.FMF"_s);
 }
@@ -129,8 +128,7 @@ TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
 TEST_F(FaxFiles, JobFileHoldsTheCoverAndEveryPageCopiedAsStored)
 {
     auto joined = TiffReader::open(jobFile);
-    ASSERT_TRUE(joined.ok()) << joined.error().toStdString();
-    ASSERT_EQ(joined->pageCount(), 4);
+    ASSERT_TRUE(joined.ok() && joined->pageCount() == 4) << joined.error().toStdString();
     auto coverPage = joined->readPage(0);
     ASSERT_TRUE(coverPage.ok());
     // A cover page that is not blank.
@@ -175,8 +173,7 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
     change.faxNumber = u"5559876"_s, change.retries = 5;
     ASSERT_TRUE(engine.alter(*id, change).ok());
     auto altered = Find(engine, FaxState::Pending, *id);
-    ASSERT_TRUE(altered);
-    EXPECT_EQ(std::pair(altered->number, altered->maxTries), std::pair(u"5559876"_s, 5));
+    ASSERT_TRUE(altered && std::pair(altered->number, altered->maxTries) == std::pair(u"5559876"_s, 5));
 
     ASSERT_TRUE(engine.kill(*id).ok());
     EXPECT_FALSE(Find(engine, FaxState::Pending, *id));
@@ -285,8 +282,7 @@ TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
     }
     const auto sender = fax::SenderSettings([](const QString& key) { return key == fax::Retries ? u"x"_s : QString(); }, u"/opt/tarlox/"_s);
     // No page of the program directory's own: the one that ships with the program.
-    EXPECT_TRUE(sender.coverPage.endsWith(u"/tarlox.cpe"_s) && QFile::exists(sender.coverPage)) << sender.coverPage.toStdString();
-    EXPECT_EQ(sender.retries, 3);
+    EXPECT_TRUE(sender.coverPage.endsWith(u"/tarlox.cpe"_s) && QFile::exists(sender.coverPage) && sender.retries == 3) << sender.coverPage.toStdString();
 }
 
 TEST(FaxControl, LogPrintsFortySixJobsAPage)

@@ -61,9 +61,7 @@ protected:
 TEST_P(PackTest, PackOfPastedLinesReadsBack)
 {
     PutLocal(s(), section::Info, S("Authorization"), S(""));
-    const qint32 one = report(S("H1"), 2);
-    const qint32 older = report(S("H2"), 5);
-    const qint32 newer = report(S("H2"), 8);
+    const qint32 one = report(S("H1"), 2), older = report(S("H2"), 5), newer = report(S("H2"), 8);
     ASSERT_TRUE(one > 0 && newer > older);
     const PackTable table = SplitPackText(S("Qty\tHeat\tLn#\tSO#\n5\tH1\t1\t1001\n3\th2\t2\t1001\n1\tH9\t3\t1001\n2\tH1\t4\t1001\n"));
     IoResult<PackPlan> plan = PlanPack(s(), ReadPackLines(table, RecogniseColumns(table.header)), lookup());

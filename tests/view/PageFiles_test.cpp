@@ -39,8 +39,7 @@ TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
     ASSERT_TRUE(WriteTiff(copy, pages));
     ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
     auto reader = TiffReader::open(copy);
-    ASSERT_TRUE(reader);
-    ASSERT_EQ(reader->pageCount(), 3);
+    ASSERT_TRUE(reader && reader->pageCount() == 3);
     EXPECT_EQ(std::pair(reader->pageInfo(2)->width, reader->pageInfo(2)->height), std::pair(850, 1100));  // stored upright
     // The untouched portrait page is the same data.
     EXPECT_TRUE(SamePixels(*TiffReader::open(original)->readPage(1), *reader->readPage(1)));

@@ -68,8 +68,7 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     PutLocal(s, section::Data, QStringLiteral("RBQClient"), QStringLiteral("csv:") + csv);
 
     frmBarcode form(s);
-    form.show();
-    form.activateWindow();
+    form.show(), form.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
     auto* grid = child<QTableWidget>(form, "grdMain");
     EXPECT_EQ(std::tuple(grid->columnCount(), grid->horizontalHeaderItem(0)->text(), grid->horizontalHeaderItem(8)->text(), grid->columnWidth(0),
@@ -81,8 +80,7 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     const auto cell = [&](int row, int column) { return grid->item(row, column)->text(); };
     EXPECT_EQ(std::tuple(cell(0, 4), cell(1, 4), cell(1, 5)), std::tuple(QStringLiteral("2"), QStringLiteral("1"), QStringLiteral("H2")));
     auto* pages = child<QScrollBar>(form, "hsbImages");
-    EXPECT_TRUE(child<QPushButton>(form, "cmdUpdate")->isEnabled());
-    EXPECT_EQ(std::pair(pages->minimum(), pages->maximum()), std::pair(0, 2));
+    EXPECT_EQ(std::tuple(child<QPushButton>(form, "cmdUpdate")->isEnabled(), pages->minimum(), pages->maximum()), std::tuple(true, 0, 2));
 
     ClickCell(grid, 1, 0);  // the second sheet and its page
     EXPECT_EQ(std::pair(pages->minimum(), pages->maximum()), std::pair(3, 4));

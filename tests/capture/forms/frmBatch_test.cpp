@@ -63,11 +63,7 @@ protected:
             EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
         return dir;
     }
-    void readFolder(const QString& dir)
-    {
-        tabs()->setCurrentIndex(frmBatch::ReadTab);
-        c<QLineEdit>("txtFilesDir")->setText(dir);
-    }
+    void readFolder(const QString& dir) { tabs()->setCurrentIndex(frmBatch::ReadTab), c<QLineEdit>("txtFilesDir")->setText(dir); }
     void click(const char* button) { c<QPushButton>(button)->click(); }
     // The page's Heat # and Part #.
     void type(const char* heat, const char* part) { type("txtHeat", S(heat)), type("txtPart", S(part)); }
@@ -78,12 +74,7 @@ protected:
         QTest::keyClick(edit, Qt::Key_Delete);
         QTest::keyClicks(edit, text);
     }
-    qint64 count(const QString& sql)
-    {
-        DataOp op(s(), S("test"));
-        auto v = op.scalar(sql);
-        return v ? v->toLongLong() : -1;
-    }
+    qint64 count(const QString& sql) { return DataOp(s(), S("test")).scalar(sql).value_or(-1).toLongLong(); }
 
     TestSite site{Engine::Sqlite};
     std::unique_ptr<frmBatch> form;

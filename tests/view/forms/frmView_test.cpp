@@ -61,11 +61,9 @@ protected:
         path = StoreReport(site, pages);
         EXPECT_FALSE(path.isEmpty());
         auto* viewer = new frmView(site.session());
-        viewer->resize(700, 900);
-        viewer->show();
+        viewer->resize(700, 900), viewer->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(viewer));
-        QTest::qWait(20);
-        QApplication::processEvents();
+        QTest::qWait(20), QApplication::processEvents();
         return viewer;
     }
 
@@ -73,8 +71,7 @@ protected:
     void drag(frmView* viewer, QPointF from, QPointF to)
     {
         PageView* view = viewer->imcMain();
-        const QPoint a = view->toWindow(from);
-        const QPoint b = view->toWindow(to);
+        const QPoint a = view->toWindow(from), b = view->toWindow(to);
         QTest::mousePress(view, Qt::LeftButton, {}, a);
         QTest::mouseMove(view, (a + b) / 2);
         QTest::mouseMove(view, b);
@@ -92,8 +89,8 @@ TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
 {
     path = StoreReport(site, {certificatePage(1), certificatePage(2)});
     auto* viewer = new frmView(site.session());
-    EXPECT_TRUE(viewer->document().page().isNull());  // not at construction
-    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Image: ") + path);
+    // No page at construction yet.
+    EXPECT_EQ(std::pair(viewer->document().page().isNull(), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path)));
     viewer->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
     ASSERT_TRUE(waitFor([&] { return !viewer->document().page().isNull(); }));
@@ -162,9 +159,9 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
               std::pair(true, false));
     site.prompter().answer(Answer::Ok);
     viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
-    EXPECT_FALSE(QFileInfo::exists(OriginalPathOf(path)));
+    const bool originalLeft = QFileInfo::exists(OriginalPathOf(path));
     viewer->action(QStringLiteral("mnuRotate_1"))->trigger();
-    EXPECT_EQ(viewer->document().viewRotation(), 270);
+    EXPECT_EQ(std::pair(originalLeft, viewer->document().viewRotation()), std::pair(false, 270));
     viewer->close();
 }
 
@@ -186,9 +183,10 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
         viewer->close();
     }
     EXPECT_EQ(std::tuple(closed, viewer->isVisible(), IsBlackAt(viewer->document().page(), 400, 600)), std::tuple(false, true, true));
-    EXPECT_EQ(site.prompter().titles().count(ProgramTitle()), 2);  // the error report, once for each try
-    EXPECT_TRUE(site.prompter().textOf(ProgramTitle()).contains(path));
-    EXPECT_EQ(site.prompter().textOf(QStringLiteral("Error")), texts::ImageFileNotCreated.arg(path));
+    // The error report, once for each try.
+    EXPECT_EQ(std::tuple(site.prompter().titles().count(ProgramTitle()), site.prompter().textOf(ProgramTitle()).contains(path),
+                         site.prompter().textOf(QStringLiteral("Error"))),
+              std::tuple(2, true, texts::ImageFileNotCreated.arg(path)));
 
     // Cancel (Escape) at the question keeps the viewer and its edits.
     site.prompter().answer(Answer::Cancel);
@@ -197,8 +195,7 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
 
     site.prompter().answer(Answer::Yes);
     viewer->close();
-    EXPECT_TRUE(closed);
-    EXPECT_TRUE(IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 600));
+    EXPECT_EQ(std::pair(closed, IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 600)), std::pair(true, true));
 }
 
 TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
@@ -209,9 +206,7 @@ TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
     viewer->printDialog = [&](QWidget*, QPrinter& printer, int pageCount, int& copies, int& from, int& to) {
         ++dialogs;
         EXPECT_EQ(pageCount, 3);
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(pdf);
-        printer.setPageSize(QPageSize(QPageSize::Letter));
+        printer.setOutputFormat(QPrinter::PdfFormat), printer.setOutputFileName(pdf), printer.setPageSize(QPageSize(QPageSize::Letter));
         printer.setPageMargins(QMarginsF(0.25, 0.25, 0.25, 0.25), QPageLayout::Inch);
         copies = 2, from = 2, to = 3;
         return true;
@@ -223,8 +218,7 @@ TEST_F(ViewerWindow, PrintsToAPdfOnePagePerPageAndCopy)
     ASSERT_EQ(printed->pageCount(), 4);  // pages 2 and 3, twice
     for (int i = 0; i < 4; ++i) {
         auto page = printed->page(i);
-        ASSERT_TRUE(page);
-        EXPECT_EQ(page->size(), QSize(425, 550)) << i;  // letter at 50 dpi
+        ASSERT_TRUE(page && page->size() == QSize(425, 550)) << i;  // letter at 50 dpi
         // The picture stands in the 8 x 10.5 inch frame a quarter inch from the corner.
         const QImage grey = page->convertToFormat(QImage::Format_Grayscale8);
         int right = 0, bottom = 0;
@@ -249,8 +243,7 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
             box->setText(QLatin1String(typed)), shown << box->text();
         EXPECT_EQ(shown, (QStringList{QStringLiteral("1"), QStringLiteral("100"), QStringLiteral("1")}));
         box->setText(QStringLiteral("7"));
-        form.show();
-        form.close();  // the title bar's close button keeps the value too
+        form.show(), form.close();  // the title bar's close button keeps the value too
     }
     const auto key = [&](const char* name) { return ReadIniValue(site.localIni(), QStringLiteral("Draw"), QLatin1String(name)).value; };
     EXPECT_EQ(std::pair(s.draw.lineWidth, key("LineWidth")), std::pair(7, QStringLiteral("7")));
@@ -258,23 +251,21 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
         frmVTRec form(s);
         child<QLineEdit>(&form, "txtRecWidth")->setText(QStringLiteral("0"));
         EXPECT_EQ(child<QLineEdit>(&form, "txtRecWidth")->text(), QStringLiteral("1"));
-        child<QCheckBox>(&form, "chkFill")->setChecked(true);
-        child<QCheckBox>(&form, "chkBlack")->setChecked(false);
+        child<QCheckBox>(&form, "chkFill")->setChecked(true), child<QCheckBox>(&form, "chkBlack")->setChecked(false);
         form.reject();
     }
-    EXPECT_EQ(std::tuple(s.draw.rectangleWidth, s.draw.rectangleFill, s.draw.rectangleBlack), std::tuple(1, true, false));
-    EXPECT_EQ(key("RectangleFill"), GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill")));
+    EXPECT_EQ(std::tuple(s.draw.rectangleWidth, s.draw.rectangleFill, s.draw.rectangleBlack, key("RectangleFill")),
+              std::tuple(1, true, false, GetLocal(s, QStringLiteral("Draw"), QStringLiteral("RectangleFill"))));
 
     // The stamp form shows and keeps its text lines, font and type.
     s.draw.stampType = QStringLiteral("Text"), s.draw.stampText = QStringLiteral("RECEIVED|QA DEPT");
     s.draw.fontName = QStringLiteral("DejaVu Serif"), s.draw.fontSize = 18, s.draw.fontBold = true;
     {
         frmVTStm form(s);
-        EXPECT_EQ(child<QPlainTextEdit>(&form, "txtStampText")->toPlainText(), QStringLiteral("RECEIVED\nQA DEPT"));
-        EXPECT_EQ(child<QLineEdit>(&form, "txtFont")->text(), QStringLiteral("DejaVu Serif 18point Bold "));
+        EXPECT_EQ(std::pair(child<QPlainTextEdit>(&form, "txtStampText")->toPlainText(), child<QLineEdit>(&form, "txtFont")->text()),
+                  std::pair(QStringLiteral("RECEIVED\nQA DEPT"), QStringLiteral("DejaVu Serif 18point Bold ")));
         form.chooseFont = [](const QFont&, QWidget*) {
-            QFont chosen(QStringLiteral("DejaVu Sans"));
-            chosen.setPointSize(24);
+            QFont chosen(QStringLiteral("DejaVu Sans"), 24);
             chosen.setItalic(true);
             return std::optional<QFont>(chosen);
         };
