@@ -30,7 +30,12 @@ QString ReadFindCriteria(const QCommandLineParser& p, FindCriteria& c)
     c.mfg = p.value(QStringLiteral("mfg"));
     c.imageNumber = p.value(QStringLiteral("image"));
     c.path = p.value(QStringLiteral("path"));
-    for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &c.from}, std::pair{QStringLiteral("to"), &c.to}}) {
+    return ReadDateRange(p, c.from, c.to);
+}
+
+QString ReadDateRange(const QCommandLineParser& p, QString& from, QString& to)
+{
+    for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &from}, std::pair{QStringLiteral("to"), &to}}) {
         const QString text = p.value(option);
         if (text.trimmed().isEmpty())
             continue;

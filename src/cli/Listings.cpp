@@ -1,4 +1,5 @@
 #include "cli/Command.h"
+#include "cli/Criteria.h"
 #include "cli/Values.h"
 
 #include "search/Listing.h"
@@ -9,21 +10,6 @@
 namespace tarlox::cli {
 
 namespace {
-
-// --from DATE and --to DATE, kept as yyyy-mm-dd.
-QString readDates(const QCommandLineParser& p, QString& from, QString& to)
-{
-    for (const auto& [option, date] : {std::pair{QStringLiteral("from"), &from}, std::pair{QStringLiteral("to"), &to}}) {
-        const QString text = p.value(option);
-        if (text.trimmed().isEmpty())
-            continue;
-        const Parsed<QDate> day = DateValue(QStringLiteral("--") + option, text);
-        if (!day)
-            return day.error;
-        *date = day.value.toString(Qt::ISODate);
-    }
-    return {};
-}
 
 QList<QCommandLineOption> dateOptions(const QString& what)
 {
@@ -79,7 +65,7 @@ public:
         text_ = p.isSet(QStringLiteral("text"));
         if (pdf_.isEmpty() == !text_)
             return QStringLiteral("give either --pdf OUT or --text");
-        return readDates(p, request_.fromDate, request_.toDate);
+        return ReadDateRange(p, request_.fromDate, request_.toDate);
     }
 
     int run(Session& s) override
@@ -126,7 +112,7 @@ public:
         if (p.positionalArguments().size() != 1)
             return QStringLiteral("give the file to write, once");
         out_ = p.positionalArguments().front();
-        return readDates(p, request_.fromDate, request_.toDate);
+        return ReadDateRange(p, request_.fromDate, request_.toDate);
     }
 
     int run(Session& s) override

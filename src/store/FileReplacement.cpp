@@ -182,21 +182,6 @@ void FileReplacement::discard()
         ::unlink(QFile::encodeName(work_).constData());
 }
 
-IoStatus ReplaceWithCopy(const QString& source, const QString& target)
-{
-    auto replacement = FileReplacement::begin(target, false);
-    if (!replacement)
-        return replacement.failure();
-    const int fd = ::open(QFile::encodeName(replacement->workPath()).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    if (fd < 0)
-        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(replacement->workPath(), systemError(errno)));
-    const IoStatus copied = copyInto(source, fd);
-    ::close(fd);
-    if (!copied)
-        return copied;
-    return replacement->commit();
-}
-
 IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target)
 {
     auto replacement = FileReplacement::begin(target, false);
@@ -211,6 +196,14 @@ IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target
     if (!copied)
         return copied.failure();
     return replacement;
+}
+
+IoStatus ReplaceWithCopy(const QString& source, const QString& target)
+{
+    auto copy = BeginCopy(source, target);
+    if (!copy)
+        return copy.failure();
+    return copy->commit();
 }
 
 IoStatus CommitWrittenFile(const QString& written, const QString& target)
