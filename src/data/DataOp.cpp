@@ -104,19 +104,36 @@ std::optional<QSqlQuery> DataOp::exec(const QString& sql, const QVariantList& bi
     return run(sql, binds, onError, false);
 }
 
-std::optional<QVariantList> DataOp::firstRow(const QString& sql, const QVariantList& binds, OnError onError)
+std::optional<QList<QVariantList>> DataOp::allRows(const QString& sql, const QVariantList& binds, OnError onError, qsizetype maxRows)
 {
     auto query = run(sql, binds, onError, true);
     if (!query)
         return std::nullopt;
-    QVariantList row;
-    if (query->next()) {
-        const int columns = query->record().count();
+    QList<QVariantList> rows;
+    const int columns = query->record().count();
+    while (rows.size() < maxRows && query->next()) {
+        QVariantList& row = rows.emplace_back();
         for (int i = 0; i < columns; ++i)
             row << query->value(i);
     }
     query->finish();
-    return row;
+    return rows;
+}
+
+std::optional<QVariantList> DataOp::firstRow(const QString& sql, const QVariantList& binds, OnError onError)
+{
+    auto rows = allRows(sql, binds, onError, 1);
+    if (!rows)
+        return std::nullopt;
+    return rows->isEmpty() ? QVariantList() : rows->first();
+}
+
+bool DataOp::repeat(const QString& sql, const QVariantList& binds, OnError onError)
+{
+    auto query = run(sql, binds, onError, true);
+    if (query)
+        query->finish();
+    return query.has_value();
 }
 
 std::optional<QSqlQuery> DataOp::run(const QString& sql, const QVariantList& binds, OnError onError, bool reuse)

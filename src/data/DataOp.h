@@ -8,6 +8,7 @@
 #include <QVariantList>
 
 #include <functional>
+#include <limits>
 #include <optional>
 
 namespace tarlox {
@@ -55,6 +56,13 @@ public:
     // connection and kept. Gives the first row's values (none when there is
     // no row) with the statement already finished, so it holds no lock.
     std::optional<QVariantList> firstRow(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
+    // Every row of a reading statement that a session repeats many times,
+    // prepared once per connection and kept, finished before it returns.
+    std::optional<QList<QVariantList>> allRows(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report,
+                                               qsizetype maxRows = std::numeric_limits<qsizetype>::max());
+    // Runs a writing statement that a session repeats many times (a row of
+    // an import), prepared once per connection and kept. False on failure.
+    bool repeat(const QString& sql, const QVariantList& binds, OnError onError = OnError::Report);
     // First column of the first row, or an invalid variant.
     std::optional<QVariant> scalar(const QString& sql, const QVariantList& binds = {}, OnError onError = OnError::Report);
 

@@ -39,12 +39,12 @@ bool insertImage(DataOp& op, Session& s, bool retry)
     QString size = SpaceIfEmpty(r.size);
     QString type = SpaceIfEmpty(r.type);
     op.step(QStringLiteral("Adding image ") + QString::number(r.imageNumber));
-    return op.exec(QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6, %7) VALUES (?, ?, ?, ?, ?, ?)")
-                       .arg(q("Images"), q("Image #"), q("Path"), q("Volume ID"), q("Entry Date"), q("Size"), q("Type")),
-                   {r.imageNumber, r.path, CutToLimit(volume, VolumeIdWidth), op.dialect().dateValue(r.entryDate), CutToLimit(size, 1),
-                    CutToLimit(type, 1)},
-                   retry ? DataOp::OnError::Quiet : DataOp::OnError::Report)
-        .has_value();
+    static const QString insert = QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6, %7) VALUES (?, ?, ?, ?, ?, ?)")
+                                      .arg(q("Images"), q("Image #"), q("Path"), q("Volume ID"), q("Entry Date"), q("Size"), q("Type"));
+    return op.repeat(insert,
+                     {r.imageNumber, r.path, CutToLimit(volume, VolumeIdWidth), op.dialect().dateValue(r.entryDate), CutToLimit(size, 1),
+                      CutToLimit(type, 1)},
+                     retry ? DataOp::OnError::Quiet : DataOp::OnError::Report);
 }
 
 // Tells why the counter gave nothing: no Options row, or no six-digit number left.
@@ -149,17 +149,17 @@ bool ReadImage(Session& s, qint32 number)
 {
     ImageRecord& r = s.image;
     DataOp op(s, QStringLiteral("ReadImage"), {QString::number(number)});
-    auto query = op.exec(QStringLiteral("SELECT %1, %2, %3, %4, %5, %6 FROM %7 WHERE %2 = ?")
-                             .arg(q("Entry Date"), q("Image #"), q("Path"), q("Size"), q("Type"), q("Volume ID"), q("Images")),
-                         {number});
-    if (!query || !query->next())
+    static const QString select = QStringLiteral("SELECT %1, %2, %3, %4, %5, %6 FROM %7 WHERE %2 = ?")
+                                      .arg(q("Entry Date"), q("Image #"), q("Path"), q("Size"), q("Type"), q("Volume ID"), q("Images"));
+    const auto row = op.firstRow(select, {number});
+    if (!row || row->size() != 6)
         return false;
-    r.entryDate = op.dialect().readDate(query->value(0));
-    r.imageNumber = query->value(1).toInt();
-    r.path = NullToEmpty(query->value(2));
-    r.size = NullToEmpty(query->value(3));
-    r.type = NullToEmpty(query->value(4));
-    r.volumeId = SpaceIfEmpty(NullToEmpty(query->value(5)));
+    r.entryDate = op.dialect().readDate(row->at(0));
+    r.imageNumber = row->at(1).toInt();
+    r.path = NullToEmpty(row->at(2));
+    r.size = NullToEmpty(row->at(3));
+    r.type = NullToEmpty(row->at(4));
+    r.volumeId = SpaceIfEmpty(NullToEmpty(row->at(5)));
     DataOp::clearStatus(r);
     return true;
 }
@@ -172,13 +172,24 @@ bool DeleteImage(Session& s, qint32 number)
 
 bool DeleteImageAll(Session& s, qint32 number)
 {
-    DataOp op(s, QStringLiteral("DeleteImageAll"), {QString::number(number)});
+    return DeleteImagesAll(s, {number});
+}
+
+bool DeleteImagesAll(Session& s, const QList<qint32>& numbers)
+{
+    static const QString images = QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Images"), q("Image #"));
+    static const QString references = QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Info"), q("Image #"));
+    DataOp op(s, QStringLiteral("DeleteImageAll"), {numbers.size() == 1 ? QString::number(numbers.first()) : QString()});
     return op.transaction([&] {
-        op.step(QStringLiteral("Deleting the image row"));
-        if (!op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Images"), q("Image #")), {number}))
-            return false;
-        op.step(QStringLiteral("Deleting the references"));
-        return op.exec(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Info"), q("Image #")), {number}).has_value();
+        for (const qint32 number : numbers) {
+            op.step(QStringLiteral("Deleting the image row of ") + QString::number(number));
+            if (!op.repeat(images, {number}))
+                return false;
+            op.step(QStringLiteral("Deleting the references of ") + QString::number(number));
+            if (!op.repeat(references, {number}))
+                return false;
+        }
+        return true;
     });
 }
 

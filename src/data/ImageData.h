@@ -31,6 +31,8 @@ bool ReadImage(Session& session, qint32 number);
 bool DeleteImage(Session& session, qint32 number);
 // Deletes the Images row and all its references, all or none.
 bool DeleteImageAll(Session& session, qint32 number);
+// Several images so, in one transaction; false (nothing deleted) when any fails.
+bool DeleteImagesAll(Session& session, const QList<qint32>& numbers);
 // The rows of a new report in one transaction: session.image and every
 // reference of the entry in session.info.
 bool AddImageWithInfo(Session& session, bool retry);

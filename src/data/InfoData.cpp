@@ -70,10 +70,11 @@ bool readLengths(DataOp& op, InfoFieldLengths& lengths)
     return true;
 }
 
-QString insertStatement()
+const QString& insertStatement()
 {
-    return QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6, %7, %8) VALUES (?, ?, ?, ?, ?, ?, ?)")
+    static const QString insert = QStringLiteral("INSERT INTO %1 (%2, %3, %4, %5, %6, %7, %8) VALUES (?, ?, ?, ?, ?, ?, ?)")
         .arg(q("Info"), q("Heat #"), q("Part #"), q("P/O #"), q("Vend Name"), q("Mfg Name"), q("Entry Date"), q("Image #"));
+    return insert;
 }
 
 // The bound values of one row: Heat and Part cut to their limits; P/O,
@@ -94,8 +95,7 @@ bool insertRow(DataOp& op, Session& s, const QString& heat, const QString& part,
     // still gets its values cut rather than refused.
     if (!lengthsKnown(s.infoLengths) && !readLengths(op, s.infoLengths))
         return false;
-    return op.exec(insertStatement(), rowValues(s, op.dialect(), heat, part, po), retry ? DataOp::OnError::Quiet : DataOp::OnError::Report)
-        .has_value();
+    return op.repeat(insertStatement(), rowValues(s, op.dialect(), heat, part, po), retry ? DataOp::OnError::Quiet : DataOp::OnError::Report);
 }
 
 }  // namespace
@@ -314,6 +314,24 @@ int LoadInfo(Session& s, const SqlCondition& where, QList<InfoRow>& rows, int ma
         return -1;
     total = count->toLongLong();
     return static_cast<int>(rows.size());
+}
+
+bool LoadReferencesOf(Session& s, qint32 imageNumber, QList<InfoRow>& rows)
+{
+    DataOp op(s, QStringLiteral("LoadReferencesOf"), {QString::number(imageNumber)});
+    static const QString select =
+        QStringLiteral("SELECT %1, %2, %3, %4, %5, %6, %7, %8 FROM %9, %10 WHERE %7 = %11 AND %7 = ? ORDER BY %6 DESC")
+            .arg(col("Info", "Heat #"), col("Info", "Part #"), col("Info", "P/O #"), col("Info", "Vend Name"), col("Info", "Mfg Name"),
+                 col("Info", "Entry Date"), col("Info", "Image #"), col("Images", "Path"), q("Info"), q("Images"), col("Images", "Image #"));
+    const auto found = op.allRows(select, {imageNumber});
+    rows.clear();
+    if (!found)
+        return false;
+    const Dialect& d = op.dialect();
+    for (const QVariantList& v : *found)
+        rows.append(InfoRow{NullToEmpty(v[0]), NullToEmpty(v[1]), NullToEmpty(v[2]), NullToEmpty(v[3]), NullToEmpty(v[4]),
+                            d.readDate(v[5]), v[6].toInt(), NullToEmpty(v[7])});
+    return true;
 }
 
 bool GetInfoFieldLengths(Session& s)

@@ -36,6 +36,9 @@ bool DeleteInfo(Session& session);
 // total receives the number of all matching rows. Returns the number of rows
 // copied, or -1 when the read failed (the failure has been reported).
 int LoadInfo(Session& session, const SqlCondition& where, QList<InfoRow>& rows, int maxRows, qint64& total);
+// The references of one image the same way, all of them; false when the
+// read failed (reported). For runs that go image by image.
+bool LoadReferencesOf(Session& session, qint32 imageNumber, QList<InfoRow>& rows);
 
 // Fills session.infoLengths with the column limits of the live schema.
 bool GetInfoFieldLengths(Session& session);

@@ -22,6 +22,7 @@
 #include <QSet>
 
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -30,7 +31,6 @@ namespace tarlox {
 namespace {
 
 const QString NewLine = QStringLiteral("\r\n");
-constexpr int MaxReferencesPerImage = 10000;
 
 QString sixDigitName(const QString& prefix, qint64 number) { return prefix + ImageFileNameFor(number).mid(2); }
 
@@ -136,12 +136,13 @@ private:
 };
 
 // Images gathered into groups so that their files reach the disk together.
-// When the group is full (or the run ends) its files are copied under work
-// names beside their targets, one flush of the file system makes all of
-// them durable, they are renamed into place and their directories flushed,
-// all in one piece of work off the calling thread; only then are the rows
-// added (for an import, all in one transaction; when that fails, image by
-// image). An image still goes in whole or not at all: one whose rows fail
+// A full group is sent off the calling thread to be put in place: its files
+// copied under work names beside their targets, one flush of the file
+// system making all of them durable, renamed into place and their
+// directories flushed. Meanwhile the next group is gathered; when that one
+// is sent, the rows of the group before are added (for an import, all in
+// one transaction; when that fails, image by image) while its files are
+// copied. An image still goes in whole or not at all: one whose rows fail
 // loses its files again; a copy that fails (a full disk) ends the run after
 // the images before it, and when the flush fails the whole group is taken
 // away and each image reported.
@@ -158,46 +159,103 @@ public:
         : run_(run), existing_(existing), oneTransaction_(oneTransaction)
     {
     }
+    ~ImageGroup()
+    {
+        if (sent_) {  // a run that ended without finish(): nothing of the group stays
+            sent_->done.waitForFinished();
+            sent_->takeAway();
+        }
+    }
 
     // A file of the image being gathered, copied when the group is put in place.
     void copy(const QString& source, const QString& target)
     {
         current_.copies << std::pair{source, target};
         current_.bytes += QFileInfo(source).size();
-        targets_.insert(target.toCaseFolded());
+        gathering_.targets.insert(target.toCaseFolded());
     }
-    // Closes the image being gathered; the group is put in place when it is full.
+    // Closes the image being gathered; the group is sent when it is full.
     void add(const QString& label, Rows rows)
     {
         current_.label = label;
         current_.rows = std::move(rows);
-        bytes_ += current_.bytes;
-        images_.push_back(std::move(current_));
+        gathering_.bytes += current_.bytes;
+        gathering_.images.push_back(std::move(current_));
         current_ = Image{};
-        if (int(images_.size()) >= MaxImages || bytes_ >= MaxBytes)
+        if (int(gathering_.images.size()) >= MaxImages || gathering_.bytes >= MaxBytes)
             flush();
     }
-    // Whether an image of the group goes to target (by name; another name
-    // of the same file is caught when the files are put in place).
-    bool holds(const QString& target) const { return targets_.contains(target.toCaseFolded()); }
+    // Whether an image gathered or on its way goes to target (by name;
+    // another name of the same file is caught when the files are put in place).
+    bool holds(const QString& target) const
+    {
+        const QString key = target.toCaseFolded();
+        return gathering_.targets.contains(key) || (sent_ && sent_->targets.contains(key));
+    }
     // After the rows of a whole group were added (the export file written):
     // an error takes the group away again and ends the run.
     std::function<QString()> afterRows;
 
-    // Puts the group in place. False when the run has to end.
+    // Puts every image in place and adds its rows. False when the run ended early.
+    bool finish() { return flush() && flush(); }
+
+private:
+    struct Image {
+        QString label;
+        QList<std::pair<QString, QString>> copies;  // source, target
+        qint64 bytes = 0;
+        Rows rows;
+        bool copied = false;
+        std::vector<FileReplacement> files;
+        QStringList placed;  // new files under their names
+        QString error;
+    };
+    struct Group {
+        std::vector<Image> images;
+        QSet<QString> targets;
+        qint64 bytes = 0;
+        QString copyError, flushError;
+        QFuture<void> done;
+        void takeAway()
+        {
+            for (const Image& image : images)
+                for (const QString& path : image.placed)
+                    QFile::remove(path);
+        }
+    };
+
+    // Waits for the group sent before, sends the gathered one (unless the
+    // one before failed to copy) and adds the rows of the one before. False
+    // when the run has to end.
     bool flush()
     {
-        std::vector<Image> images = std::exchange(images_, {});
-        bytes_ = 0;
-        targets_.clear();
-        if (images.empty())
+        std::unique_ptr<Group> previous = std::move(sent_);
+        if (previous)
+            WaitOffThread(previous->done);
+        const bool sendNext = !previous || (previous->copyError.isEmpty() && previous->flushError.isEmpty());
+        if (sendNext && !gathering_.images.empty()) {
+            sent_ = std::make_unique<Group>(std::exchange(gathering_, Group{}));
+            Group* group = sent_.get();
+            sent_->done = StartOffThread([group, existing = existing_] { putInPlace(*group, existing); });
+        }
+        gathering_ = Group{};
+        if (!previous || settle(*previous))
             return true;
-        QString copyError, flushError;
-        RunOffThread([&] { putInPlace(images, copyError, flushError); });
-        if (!flushError.isEmpty()) {
+        if (sent_) {
+            WaitOffThread(sent_->done);
+            std::exchange(sent_, nullptr)->takeAway();
+        }
+        return false;
+    }
+
+    // Adds the rows of a group whose files are in place, and reports its images.
+    bool settle(Group& group)
+    {
+        std::vector<Image>& images = group.images;
+        if (!group.flushError.isEmpty()) {
             for (const Image& image : images)
-                run_.skip(image.label + QStringLiteral(": ") + flushError);
-            run_.copyFailed(flushError);
+                run_.skip(image.label + QStringLiteral(": ") + group.flushError);
+            run_.copyFailed(group.flushError);
             return false;  // the work files go with images
         }
         // The images from a failed copy on are left out.
@@ -227,7 +285,7 @@ public:
                 QFile::remove(path);
             run_.skip(image.label + QStringLiteral(": ") + (image.error.isEmpty() ? after : image.error));
         }
-        const QString stop = !copyError.isEmpty() ? copyError : after;
+        const QString stop = !group.copyError.isEmpty() ? group.copyError : after;
         if (!stop.isEmpty()) {
             run_.copyFailed(stop);
             return false;
@@ -235,34 +293,22 @@ public:
         return true;
     }
 
-private:
-    struct Image {
-        QString label;
-        QList<std::pair<QString, QString>> copies;  // source, target
-        qint64 bytes = 0;
-        Rows rows;
-        bool copied = false;
-        std::vector<FileReplacement> files;
-        QStringList placed;  // new files under their names
-        QString error;
-    };
-
     // Copies, flushes and renames; runs off the calling thread.
-    void putInPlace(std::vector<Image>& images, QString& copyError, QString& flushError) const
+    static void putInPlace(Group& group, FileReplacement::Existing existing)
     {
         QStringList directories;
-        for (Image& image : images) {
+        for (Image& image : group.images) {
             for (const auto& [source, target] : std::as_const(image.copies)) {
                 IoResult<FileReplacement> work = BeginCopy(source, target);
                 if (!work) {
-                    copyError = work.error();
+                    group.copyError = work.error();
                     break;
                 }
                 image.files.push_back(std::move(work).value());
                 if (const QString dir = QFileInfo(target).absolutePath(); !directories.contains(dir))
                     directories << dir;
             }
-            if (!copyError.isEmpty()) {
+            if (!group.copyError.isEmpty()) {
                 image.files.clear();
                 break;
             }
@@ -273,18 +319,18 @@ private:
             durable = SyncFileSystem(dir) && durable;
         if (!durable) {  // no syncfs here: each file on its own
             durable = true;
-            for (const Image& image : images)
+            for (const Image& image : group.images)
                 for (const FileReplacement& file : image.files)
                     durable = durable && SyncFile(file.workPath());
         }
         if (!durable) {
-            flushError = QStringLiteral("the copies could not be flushed to the disk: ") + qt_error_string(errno);
+            group.flushError = QStringLiteral("the copies could not be flushed to the disk: ") + qt_error_string(errno);
             return;
         }
-        for (Image& image : images) {
+        for (Image& image : group.images) {
             for (FileReplacement& file : image.files) {
                 const bool existed = file.replacesExisting();
-                if (IoStatus placed = file.commitFlushed(existing_); !placed) {
+                if (IoStatus placed = file.commitFlushed(existing); !placed) {
                     image.error = placed.error();
                     break;
                 }
@@ -300,9 +346,8 @@ private:
     FileReplacement::Existing existing_;
     bool oneTransaction_;
     Image current_;
-    std::vector<Image> images_;
-    QSet<QString> targets_;
-    qint64 bytes_ = 0;
+    Group gathering_;
+    std::unique_ptr<Group> sent_;
 };
 
 // The file of an image row: in its stored directory, else (a stale path)
@@ -319,8 +364,7 @@ QString imageFileOf(Session& s, const QString& name)
 QList<ExportedInfo> referencesOf(Session& s, qint32 number)
 {
     QList<InfoRow> rows;
-    qint64 total = 0;
-    LoadInfo(s, SqlCondition{col("Info", "Image #") + QStringLiteral(" = ?"), {number}}, rows, MaxReferencesPerImage, total);
+    LoadReferencesOf(s, number, rows);
     QList<ExportedInfo> infos;
     for (const InfoRow& r : std::as_const(rows))
         infos << ExportedInfo{r.heat, r.part, r.po, r.vend, r.mfg, r.entryDate};
@@ -449,7 +493,7 @@ ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const Expo
         if (!run.summary.stopped.isEmpty())
             break;
     }
-    group.flush();
+    group.finish();
     return run.summary;
 }
 
@@ -530,7 +574,7 @@ ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const Exc
         if (!run.summary.stopped.isEmpty())
             break;
     }
-    group.flush();
+    group.finish();
     return run.summary;
 }
 
@@ -615,7 +659,7 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
         if (!run.summary.stopped.isEmpty())
             break;
     }
-    group.flush();
+    group.finish();
     return run.summary;
 }
 
@@ -689,6 +733,19 @@ ExchangeSummary DeleteImages(Session& s, const QList<qint32>& images, const Exch
     Run run(s, progress, Missing::Report, QStringLiteral("delete"));
     run.summary.total = int(images.size());
     ConnectionScope connection(s.db());
+    // Images whose files are gone; their rows go a group at a time in one
+    // transaction (image by image when that fails).
+    QList<qint32> filesGone;
+    const auto deleteRows = [&] {
+        const bool together = filesGone.size() > 1 && DeleteImagesAll(s, filesGone);
+        for (const qint32 number : std::as_const(filesGone)) {
+            if (together || DeleteImageAll(s, number))
+                run.finished();
+            else
+                run.skip(ImageFileNameFor(number) + QStringLiteral(": its rows could not be deleted"));
+        }
+        filesGone.clear();
+    };
     for (const qint32 number : images) {
         const QString name = ImageFileNameFor(number);
         if (!run.next(name))
@@ -705,12 +762,11 @@ ExchangeSummary DeleteImages(Session& s, const QList<qint32>& images, const Exch
                 continue;
             }
         }
-        if (!DeleteImageAll(s, number)) {
-            run.skip(name + QStringLiteral(": its rows could not be deleted"));
-            continue;
-        }
-        run.finished();
+        filesGone << number;
+        if (filesGone.size() >= ImageGroup::MaxImages)
+            deleteRows();
     }
+    deleteRows();
     return run.summary;
 }
 

@@ -170,8 +170,7 @@ TagRewriteSummary RewriteImageTags(Session& s, const QList<qint32>& images, cons
             break;
         }
         QList<InfoRow> rows;
-        qint64 total = 0;
-        if (!ReadImage(s, number) || LoadInfo(s, SqlCondition{col("Info", "Image #") + QStringLiteral(" = ?"), {number}}, rows, 10000, total) <= 0) {
+        if (!ReadImage(s, number) || !LoadReferencesOf(s, number, rows) || rows.isEmpty()) {
             summary.skipped << name + QStringLiteral(": no rows");
             continue;
         }

@@ -34,6 +34,26 @@ IoStatus copyInto(const QString& source, int fd)
     struct stat info {};
     if (::fstat(in, &info) == 0)
         ::fchmod(fd, info.st_mode & 07777);
+    // The kernel copies without the data passing through here (and shares
+    // blocks where the file system can); a file system it can't do that
+    // for gets the copy by reading and writing.
+    for (;;) {
+        const ssize_t copied = ::copy_file_range(in, nullptr, fd, nullptr, std::size_t(1) << 30, 0);
+        if (copied > 0)
+            continue;
+        if (copied == 0) {
+            ::close(in);
+            return {};
+        }
+        if (errno == EINTR)
+            continue;
+        if (errno != EXDEV && errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP && errno != EBADF) {
+            const int error = errno;
+            ::close(in);
+            return Failure(QStringLiteral("Can't copy \"%1\": %2").arg(source, systemError(error)));
+        }
+        break;
+    }
     std::vector<char> buffer(1 << 16);
     for (;;) {
         const ssize_t got = ::read(in, buffer.data(), buffer.size());
@@ -88,6 +108,24 @@ FileReplacement::~FileReplacement()
 
 IoResult<FileReplacement> FileReplacement::begin(const QString& target, bool keepContent)
 {
+    int fd = -1;
+    auto replacement = create(target, &fd);
+    if (!replacement)
+        return replacement;
+    if (keepContent && replacement->replacesExisting()) {
+        const IoStatus copied = copyInto(target, fd);
+        if (!copied) {
+            ::close(fd);
+            return copied.failure();
+        }
+    }
+    if (::close(fd) != 0)
+        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(QFileInfo(target).absolutePath(), systemError(errno)));
+    return replacement;
+}
+
+IoResult<FileReplacement> FileReplacement::create(const QString& target, int* fdOut)
+{
     const QFileInfo info(target);
     const QString directory = info.absolutePath();
     if (info.fileName().isEmpty())
@@ -111,17 +149,8 @@ IoResult<FileReplacement> FileReplacement::begin(const QString& target, bool kee
     if (fd < 0)
         return Failure(QStringLiteral("Can't write in \"%1\": no free work file name").arg(directory));
 
-    FileReplacement replacement(target, work, exists);
-    if (keepContent && exists) {
-        const IoStatus copied = copyInto(target, fd);
-        if (!copied) {
-            ::close(fd);
-            return copied.failure();
-        }
-    }
-    if (::close(fd) != 0)
-        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(directory, systemError(errno)));
-    return replacement;
+    *fdOut = fd;
+    return FileReplacement(target, work, exists);
 }
 
 IoStatus FileReplacement::commit()
@@ -184,13 +213,15 @@ void FileReplacement::discard()
 
 IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target)
 {
-    auto replacement = FileReplacement::begin(target, false);
+    int fd = -1;
+    auto replacement = FileReplacement::create(target, &fd);
     if (!replacement)
         return replacement.failure();
-    const int fd = ::open(QFile::encodeName(replacement->workPath()).constData(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    if (fd < 0)
-        return Failure(QStringLiteral("Can't write in \"%1\": %2").arg(replacement->workPath(), systemError(errno)));
     const IoStatus copied = copyInto(source, fd);
+    // The disk starts on this copy now, while the next ones are made; the
+    // caller's flush then waits for little more than the last of them.
+    if (copied)
+        ::sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
     if (::close(fd) != 0 && copied)
         return Failure(QStringLiteral("Can't copy \"%1\": %2").arg(source, systemError(errno)));
     if (!copied)

@@ -40,6 +40,9 @@ public:
 
 private:
     FileReplacement(QString target, QString work, bool replacesExisting);
+    // begin()'s work file, left open for writing in *fd.
+    static IoResult<FileReplacement> create(const QString& target, int* fd);
+    friend IoResult<FileReplacement> BeginCopy(const QString& source, const QString& target);
 
     QString target_;
     QString work_;

@@ -28,7 +28,16 @@ QThreadPool& waitPool()
 
 void RunOffThread(const std::function<void()>& work)
 {
-    QFuture<void> future = QtConcurrent::run(&waitPool(), work);
+    WaitOffThread(StartOffThread(work));
+}
+
+QFuture<void> StartOffThread(const std::function<void()>& work)
+{
+    return QtConcurrent::run(&waitPool(), work);
+}
+
+void WaitOffThread(QFuture<void> future)
+{
     QCoreApplication* app = QCoreApplication::instance();
     if (!app || QThread::currentThread() != app->thread()) {
         future.waitForFinished();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFuture>
+
 #include <functional>
 
 namespace tarlox {
@@ -9,5 +11,11 @@ namespace tarlox {
 // loop), so the window stays responsive; callers keep their own controls
 // from starting a second piece of work in that time.
 void RunOffThread(const std::function<void()>& work);
+
+// The same in two halves, for work that runs while the caller goes on:
+// StartOffThread returns at once; WaitOffThread returns when the work is
+// done, serving the calling thread's events meanwhile.
+QFuture<void> StartOffThread(const std::function<void()>& work);
+void WaitOffThread(QFuture<void> future);
 
 }  // namespace tarlox
