@@ -6,6 +6,7 @@ namespace tarlox {
 
 QString Prompter::chooseOpenFile(const QString&, const QString&, const QString&) { return {}; }
 QString Prompter::chooseDirectory(const QString&, const QString&) { return {}; }
+QString Prompter::chooseSaveFile(const QString&, const QString&, const QString&, bool) { return {}; }
 void Prompter::setBusy(bool) {}
 
 Answer Prompter::ask(const QString& title, const QString& text, Buttons buttons, Icon icon, Answer defaultAnswer)

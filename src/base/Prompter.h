@@ -33,6 +33,8 @@ public:
     // File and folder pickers; an empty result means the user cancelled.
     virtual QString chooseOpenFile(const QString& title, const QString& start, const QString& filter);
     virtual QString chooseDirectory(const QString& title, const QString& start);
+    // A file to write; with askBeforeReplacing an existing one is confirmed first.
+    virtual QString chooseSaveFile(const QString& title, const QString& start, const QString& filter, bool askBeforeReplacing = true);
     // Long work shows the busy pointer while it runs. A question asked
     // meanwhile shows the ordinary pointer and gives the busy one back.
     virtual void setBusy(bool busy);

@@ -15,6 +15,7 @@ public:
     Answer ask(const Prompt& prompt) override;
     QString chooseOpenFile(const QString& title, const QString& start, const QString& filter) override;
     QString chooseDirectory(const QString& title, const QString& start) override;
+    QString chooseSaveFile(const QString& title, const QString& start, const QString& filter, bool) override { return chooseOpenFile(title, start, filter); }
 
     void answer(Answer next) { answers_.push_back(next); }
     void answerFile(const QString& path) { files_.push_back(path); }

@@ -6,7 +6,6 @@
 
 #include <QDialogButtonBox>
 #include <QFile>
-#include <QFileDialog>
 #include <QLabel>
 #include <QPainter>
 #include <QPlainTextEdit>
@@ -105,8 +104,8 @@ bool SeparatorSheetsDialog::saveAs(const QString& file)
 
 void SeparatorSheetsDialog::cmdSave_Click()
 {
-    const QString file = QFileDialog::getSaveFileName(this, QStringLiteral("Save the Sheets"), QStringLiteral("sheets.pdf"),
-                                                      QStringLiteral("PDF files (*.pdf)"));
+    const QString file = session_.prompter().chooseSaveFile(QStringLiteral("Save the Sheets"), QStringLiteral("sheets.pdf"),
+                                                            QStringLiteral("PDF files (*.pdf)"));
     if (!file.isEmpty())
         saveAs(file);
 }

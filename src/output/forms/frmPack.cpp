@@ -16,7 +16,6 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
-#include <QFileDialog>
 #include <QHeaderView>
 #include <QPainter>
 #include <QPointer>
@@ -372,7 +371,7 @@ void frmPack::cmdMake_Click()
     }
     const QString suggested = JoinPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation), PackFileName(plan_));
     const QString target =
-        QFileDialog::getSaveFileName(this, QStringLiteral("Save Certificate Pack"), suggested, QStringLiteral("PDF files (*.pdf)"));
+        session_.prompter().chooseSaveFile(QStringLiteral("Save Certificate Pack"), suggested, QStringLiteral("PDF files (*.pdf)"));
     if (!target.isEmpty())
         MakeFile(target);
 }

@@ -5,7 +5,6 @@
 #include "data/Session.h"
 
 #include <QApplication>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -179,8 +178,8 @@ void ListingPreview::printListing()
 
 void ListingPreview::savePdf()
 {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save Listing as PDF"), QString(),
-                                                      QStringLiteral("PDF Files (*.pdf);;All Files (*)"));
+    const QString path = session_.prompter().chooseSaveFile(QStringLiteral("Save Listing as PDF"), QString(),
+                                                            QStringLiteral("PDF Files (*.pdf);;All Files (*)"));
     if (path.isEmpty())
         return;
     QProgressDialog progress(QStringLiteral("Writing the PDF..."), QStringLiteral("&Cancel"), 0, 0, this);
@@ -192,8 +191,8 @@ void ListingPreview::savePdf()
 
 void ListingPreview::saveCsv()
 {
-    const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save Listing as CSV"), QString(),
-                                                      QStringLiteral("Comma Separated Value Files (*.csv);;All Files (*)"));
+    const QString path = session_.prompter().chooseSaveFile(QStringLiteral("Save Listing as CSV"), QString(),
+                                                            QStringLiteral("Comma Separated Value Files (*.csv);;All Files (*)"));
     if (path.isEmpty())
         return;
     QString error;

@@ -11,7 +11,6 @@
 #include "data/Settings.h"
 #include "search/Listing.h"
 
-#include <QFileDialog>
 #include <QFocusEvent>
 #include <QTimer>
 
@@ -36,9 +35,8 @@ frmAscii::~frmAscii() = default;
 
 void frmAscii::cmdFileName_Click()
 {
-    const QString path = QFileDialog::getSaveFileName(this, QString(), ui->txtName->text(),
-                                                      QStringLiteral("All Files (*.*);;Text Files (*.txt)"), nullptr,
-                                                      QFileDialog::DontConfirmOverwrite);
+    const QString path = session_.prompter().chooseSaveFile(QString(), ui->txtName->text(),
+                                                            QStringLiteral("All Files (*.*);;Text Files (*.txt)"), false);
     if (!path.isEmpty())
         ui->txtName->setText(path);
 }

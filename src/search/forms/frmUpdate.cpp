@@ -12,7 +12,6 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QFileDialog>
 #include <QHeaderView>
 
 namespace tarlox {
@@ -118,8 +117,8 @@ void frmUpdate::cmdAdd_Click()
 
 void frmUpdate::cmdInputFile_Click()
 {
-    const QString path = QFileDialog::getOpenFileName(this, QString(), ui->txtInputFile->text(),
-                                                      QStringLiteral("Comma Separated Value Files (*.csv)"));
+    const QString path = session_.prompter().chooseOpenFile(QString(), ui->txtInputFile->text(),
+                                                            QStringLiteral("Comma Separated Value Files (*.csv)"));
     if (!path.isEmpty())
         ui->txtInputFile->setText(path);
 }

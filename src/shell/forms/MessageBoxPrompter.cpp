@@ -71,6 +71,12 @@ QString MessageBoxPrompter::chooseDirectory(const QString& title, const QString&
     return QFileDialog::getExistingDirectory(parent_, title, start);
 }
 
+QString MessageBoxPrompter::chooseSaveFile(const QString& title, const QString& start, const QString& filter, bool askBeforeReplacing)
+{
+    return QFileDialog::getSaveFileName(parent_, title, start, filter, nullptr,
+                                        askBeforeReplacing ? QFileDialog::Options() : QFileDialog::DontConfirmOverwrite);
+}
+
 void MessageBoxPrompter::setBusy(bool busy)
 {
     if (busy) {

@@ -15,6 +15,7 @@ public:
     Answer ask(const Prompt& prompt) override;
     QString chooseOpenFile(const QString& title, const QString& start, const QString& filter) override;
     QString chooseDirectory(const QString& title, const QString& start) override;
+    QString chooseSaveFile(const QString& title, const QString& start, const QString& filter, bool askBeforeReplacing) override;
     void setBusy(bool busy) override;
 
 private:
