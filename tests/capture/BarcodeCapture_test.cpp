@@ -13,8 +13,6 @@
 
 #include <QFile>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -66,26 +64,22 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
         int progress = 0;
         const BarcodeGrid grid = ReadBarcodeStack(stack, reader, *client, [&](int done, int) { return ++progress == done; });
         QList<int> pgs;
-        for (const BarcodeRow& row : grid.rows)
-            pgs.append(row.pages);
+        for (const BarcodeRow& row : grid.rows) pgs.append(row.pages);
         EXPECT_EQ(std::tuple(grid.error, pgs, grid.canUpdate()), std::tuple(QString::fromLatin1(c.error), c.pages, !c.stored.isEmpty()));
-        if (!grid.canUpdate())
-            continue;
+        if (!grid.canUpdate()) continue;
         // PO-2 is not in the file.
         EXPECT_EQ(std::tuple(grid.rows[0].heat, grid.rows[0].vendor, grid.rows[1].heat), std::tuple(QStringLiteral("H1"), QStringLiteral("Acme, Inc."), QString()));
 
         QList<BarcodeRow> rows = grid.rows;
         for (BarcodeRow& row : rows)
-            if (row.heat.isEmpty())
-                row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
+            if (row.heat.isEmpty()) row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
         s().pageSizeCode = QStringLiteral(" ");
         const BarcodeUpdate update = StoreBarcodeGrid(s(), stack, rows, 300, *client, Duplicates::Allow);
         EXPECT_FALSE(update.stopped);
         for (int row = 0; row < c.stored.size(); ++row) {
             const qint32 number = update.images[row];
             EXPECT_EQ(number > 0, !c.stored[row].isEmpty()) << "row " << row;
-            if (!number)
-                continue;
+            if (!number) continue;
             ASSERT_TRUE(GetImage(s(), number));
             auto stored = TiffReader::open(s().imageFilePath);
             ASSERT_TRUE(stored.ok() && stored->pageCount() == c.stored[row].size());

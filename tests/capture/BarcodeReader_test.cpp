@@ -48,8 +48,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
         painter.fillRect(area.adjusted(-dpi / 5, -dpi / 5, dpi / 5, dpi / 5), Qt::white);  // quiet zone
         for (int y = 0; y < (linear ? 1 : matrix.height()); ++y)
             for (int x = 0; x < matrix.width(); ++x)
-                if (matrix.get(x, y))
-                    painter.fillRect(area.left() + x * module, area.top() + y * module, module, linear ? height : module, Qt::black);
+                if (matrix.get(x, y)) painter.fillRect(area.left() + x * module, area.top() + y * module, module, linear ? height : module, Qt::black);
     }
     painter.end();
     QImage page = ToStoreMono(grey.convertToFormat(QImage::Format_Mono, Qt::ThresholdDither));
@@ -60,8 +59,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
 QStringList Texts(const BarcodePage& page)
 {
     QStringList texts;
-    for (const BarcodeCode& code : page.codes)
-        texts.append(code.text);
+    for (const BarcodeCode& code : page.codes) texts.append(code.text);
     return texts;
 }
 
@@ -148,8 +146,7 @@ TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
                 ::kill(pid_t(pid), SIGKILL);
             });
         const BarcodePage lost = reader.read(page);
-        if (killer.joinable())
-            killer.join();
+        if (killer.joinable()) killer.join();
         EXPECT_TRUE(lost.codes.isEmpty() && lost.note.contains(hang ? QStringLiteral("took more than") : QStringLiteral("stopped"))) << lost.note.toStdString();
         EXPECT_EQ(reader.read(page).text(), QStringLiteral("NEXT-1\t"));
         EXPECT_NE(reader.helperProcessId(), pid);

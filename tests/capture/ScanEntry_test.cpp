@@ -4,7 +4,6 @@
 #include "capture/Rescan.h"
 #include "capture/ScanChoices.h"
 #include "capture/ScanEntry.h"
-#include "data/DataOp.h"
 #include "data/ImageData.h"
 #include "data/Settings.h"
 #include "store/ImageStore.h"
@@ -15,10 +14,7 @@
 #include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
-#include <QDir>
 #include <QFile>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -36,8 +32,7 @@ std::function<void(ScannerSession&)> withOption(const char* name, const QVariant
 {
     return [=](ScannerSession& scanner) {
         scanner.beforeSheet = [=](SaneDevice& device, int read) {
-            if (read >= from)
-                setOption(device, name, value);
+            if (read >= from) setOption(device, name, value);
         };
     };
 }
@@ -46,21 +41,12 @@ class ScanEntryTest : public SiteTest {
 protected:
     static void SetUpTestSuite() { UseSaneTestBackend(); }
 
-    void SetUp() override
-    {
-        ASSERT_TRUE(StartWithTestScanner(site));
-        prompter().clear();
-    }
+    void SetUp() override { ASSERT_TRUE(StartWithTestScanner(site)), prompter().clear(); }
 
-    QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
-
-    QString text(const QString& sql) { return DataOp(s(), QStringLiteral("test")).scalar(sql).value_or(QStringLiteral("(failed)")).toString(); }
-    qint64 imageRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Images\"")); }
-    qint64 infoRows() { return scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\"")); }
-    qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
+    qint64 imageRows() { return rows(QStringLiteral("Images")); }
+    qint64 infoRows() { return rows(QStringLiteral("Info")); }
     // The rows of both tables and the next number.
     std::tuple<qint64, qint64, qint64> counts() { return {imageRows(), infoRows(), nextName()}; }
-    int pagesIn(const QString& path) { auto reader = TiffReader::open(path); return reader ? reader->pageCount() : 0; }
     QStringList titles() { return prompter().titles(); }
     static QStringList list(std::initializer_list<const char*> texts) { return QStringList(texts.begin(), texts.end()); }
 
@@ -72,8 +58,6 @@ protected:
         return f;
     }
 };
-
-}  // namespace
 
 // The everyday road: three sheets through the feeder become one file of
 // three pages on the data directory, one image row and a reference for
@@ -96,11 +80,11 @@ TEST_P(ScanEntryTest, ThreeSheetsStoredAndIndexed)
               std::tuple(before, n, list({"Prepare to Scan", "Scan Next Page"}), texts::PutReportInScanner));
     const QString name = QStringLiteral("TR%1.TIF").arg(n, 6, 10, QLatin1Char('0'));
     // The work file stays in the temporary directory.
-    EXPECT_EQ(std::pair(pagesIn(data(name)), pagesIn(site.path(QStringLiteral("TEMP/") + name))), std::pair(3, 3));
+    EXPECT_EQ(std::pair(PageCount(data(name)), PageCount(site.path(QStringLiteral("TEMP/") + name))), std::pair(3, 3));
     EXPECT_NEAR(TiffReader::open(data(name))->pageInfo(0)->height, 2800, 1) << "Legal";
 
-    EXPECT_EQ(std::tuple(text(QStringLiteral("SELECT \"Size\" FROM \"Images\"")),
-                         scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = 'PO-77'").arg(n)),
+    EXPECT_EQ(std::tuple(scalarText(QStringLiteral("SELECT \"Size\" FROM \"Images\"")),
+                         rows(QStringLiteral("Info"), QStringLiteral("\"Image #\" = %1 AND \"P/O #\" = 'PO-77'").arg(n)),
                          ReadIniValue(site.localIni(), QStringLiteral("Info"), QStringLiteral("Last Image")).value),
               std::tuple(QStringLiteral("G"), qint64(2), name));
     EXPECT_EQ(steps, list({"", "GetNextImage", "Scanning", "Copy from Temp", "Add data"}));
@@ -118,7 +102,7 @@ TEST_P(ScanEntryTest, BlankVendorAndTheHighResolution)
     ASSERT_TRUE(result.stored());
     auto reader = TiffReader::open(s().imageFilePath);
     ASSERT_TRUE(reader.ok());
-    EXPECT_EQ(std::tuple(text(QStringLiteral("SELECT \"Vend Name\" FROM \"Info\"")), reader->tags().vendor, reader->tags().manufacturer, reader->pageInfo(0)->dpi),
+    EXPECT_EQ(std::tuple(scalarText(QStringLiteral("SELECT \"Vend Name\" FROM \"Info\"")), reader->tags().vendor, reader->tags().manufacturer, reader->pageInfo(0)->dpi),
               std::tuple(QStringLiteral(" "), QString(), QStringLiteral("Mill 4"), Dpi{250, 250}));
 }
 
@@ -131,7 +115,7 @@ TEST_P(ScanEntryTest, RefusedOrCancelledEntriesTakeNoNumber)
     EXPECT_EQ(prompter().textOf(QStringLiteral("Error")), texts::HeatRequired);
     prompter().clear(), prompter().answer(Answer::Cancel);
     EXPECT_EQ(scan.cmdScan_Click(entry("H1")).outcome, ScanEntry::Outcome::Cancelled);
-    EXPECT_EQ(std::tuple(titles(), counts(), QDir(data()).entryList(QDir::Files)), std::tuple(list({"Prepare to Scan"}), before, QStringList()));
+    EXPECT_EQ(std::tuple(titles(), counts(), files(QStringLiteral("DATA"))), std::tuple(list({"Prepare to Scan"}), before, QStringList()));
 }
 
 // A scan that produces nothing removes the image row again; the number is
@@ -173,7 +157,7 @@ TEST_P(ScanEntryTest, CancelInTheCheckDialogStoresTheFirstPage)
         ScanEntry scan(s());
         const ScanEntry::Result result = scan.cmdScan_Click(entry(showInvert ? "H2" : "H1"));
         ASSERT_TRUE(result.stored()) << titles().join(QLatin1Char('|')).toStdString();
-        EXPECT_EQ(std::pair(titles(), pagesIn(s().imageFilePath)), std::pair(list({"Prepare to Scan", "Scan Next Page"}), 1));
+        EXPECT_EQ(std::pair(titles(), PageCount(s().imageFilePath)), std::pair(list({"Prepare to Scan", "Scan Next Page"}), 1));
     }
     EXPECT_EQ(infoRows(), 2);
 }
@@ -186,7 +170,7 @@ TEST_P(ScanEntryTest, JamStoresThePagesBeforeIt)
     ScanEntryFields f = entry("H1");
     f.useAdf = true;
     ASSERT_TRUE(scan.cmdScan_Click(f).stored());
-    EXPECT_EQ(std::pair(pagesIn(s().imageFilePath), prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("jammed"))), std::pair(2, true));
+    EXPECT_EQ(std::pair(PageCount(s().imageFilePath), prompter().textOf(QStringLiteral("Scanner Error")).contains(QStringLiteral("jammed"))), std::pair(2, true));
 }
 
 // References that can't be written take the image row and the file with them.
@@ -212,8 +196,7 @@ TEST(ScanChoices, DittoKeyOfThePartField)
     const struct { const char* typed; const char* result; } rows[] = {
         {"A B", "A B B"}, {"A", "A A"}, {"  A  B  ", "A  B B"}, {"", " "}, {"   ", " "}, {"P-1 P-22", "P-1 P-22 P-22"},
     };
-    for (const auto& r : rows)
-        EXPECT_EQ(DittoLastPart(QLatin1String(r.typed)), QLatin1String(r.result)) << r.typed;
+    for (const auto& r : rows) EXPECT_EQ(DittoLastPart(QLatin1String(r.typed)), QLatin1String(r.result)) << r.typed;
 }
 
 TEST(ScanChoices, BrightnessBoxTakesItsNumberWithinRange)
@@ -222,8 +205,7 @@ TEST(ScanChoices, BrightnessBoxTakesItsNumberWithinRange)
         const char* text;
         int value;
     } rows[] = {{"abc", 0}, {"5000", 1000}, {"-5000", -1000}, {"250", 250}, {" -40x", -40}, {"", 0}, {"12.5", 12}, {"13.5", 14}};
-    for (const auto& r : rows)
-        EXPECT_EQ(BrightnessFromText(QLatin1String(r.text)), r.value) << r.text;
+    for (const auto& r : rows) EXPECT_EQ(BrightnessFromText(QLatin1String(r.text)), r.value) << r.text;
 }
 
 TEST(ScanChoices, ResolutionsAndDefaultsFromTheSettings)
@@ -243,8 +225,6 @@ TEST(ScanChoices, ResolutionsAndDefaultsFromTheSettings)
     EXPECT_EQ(DefaultBrightness(s), 1000);
 }
 
-namespace {
-
 class RescanTest : public SiteTest {
 protected:
     static void SetUpTestSuite() { UseSaneTestBackend(); }
@@ -262,31 +242,19 @@ protected:
         prompter().clear();
     }
 
-    QString size()
-    {
-        const QString sql = QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number);
-        return DataOp(s(), QStringLiteral("test")).scalar(sql).value_or(QStringLiteral("(failed)")).toString();
-    }
-    // Prepares the scanner for each sheet: the test device's read status.
-    static std::function<void(ScannerSession&)> readStatus(const char* status)
-    {
-        return [=](ScannerSession& scanner) {
-            scanner.beforeSheet = [=](SaneDevice& device, int) { device.setValue(QStringLiteral("read-return-value"), QLatin1String(status)); };
-        };
-    }
+    QString size() { return scalarText(QStringLiteral("SELECT \"Size\" FROM \"Images\" WHERE \"Image #\" = %1").arg(number)); }
+    static std::function<void(ScannerSession&)> readStatus(const char* status) { return withOption("read-return-value", QLatin1String(status)); }
     int heightOfFirstPage() { auto reader = TiffReader::open(s().imageFilePath); return reader ? reader->pageInfo(0)->height : 0; }
 
     qint32 number = 0;
 };
-
-}  // namespace
 
 // A Letter report rescanned as Legal: the new file (14-inch pages) takes
 // the old one's place, [Size] becomes "G", the references stay as they were.
 TEST_P(RescanTest, LetterRescannedAsLegal)
 {
     ASSERT_NEAR(heightOfFirstPage(), 2200, 1);
-    const qint64 references = scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number));
+    const qint64 references = rows(QStringLiteral("Info"), QStringLiteral("\"Image #\" = %1").arg(number));
     ASSERT_EQ(references, 4);
     Rescan rescan(s());
     RescanChoices choices;
@@ -302,7 +270,7 @@ TEST_P(RescanTest, LetterRescannedAsLegal)
     ASSERT_TRUE(rescan.cmdScan_Click(choices));
     EXPECT_NEAR(heightOfFirstPage(), 2800, 1) << "14 inches from the first page";
     EXPECT_EQ(std::tuple(steps.contains(QStringLiteral("Set Frame length to 14 for test:0")), size(),
-                         scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1").arg(number)), QFile::exists(rescan.targetPath())),
+                         rows(QStringLiteral("Info"), QStringLiteral("\"Image #\" = %1").arg(number)), QFile::exists(rescan.targetPath())),
               std::tuple(true, QStringLiteral("G"), references, false));
     EXPECT_TRUE(TiffReader::open(s().imageFilePath)->tags().heat.isEmpty()) << "rescanned files carry no tags";
 }
@@ -338,3 +306,5 @@ TEST_P(RescanTest, MissingRowIsTold)
 }
 
 TARLOX_ON_BOTH_ENGINES(RescanTest);
+
+}  // namespace

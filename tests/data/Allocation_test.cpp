@@ -11,8 +11,6 @@
 #include <QRegularExpression>
 #include <QThread>
 
-#include <gtest/gtest.h>
-
 #include <signal.h>
 
 using namespace tarlox;

@@ -6,8 +6,6 @@
 
 #include <QFile>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

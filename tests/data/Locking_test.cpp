@@ -7,8 +7,6 @@
 #include <QSqlQuery>
 #include <QUuid>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

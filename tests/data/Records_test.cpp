@@ -6,8 +6,6 @@
 #include "base/IniFile.h"
 #include "support/TestSite.h"
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

@@ -4,8 +4,6 @@
 
 #include <QTimeZone>
 
-#include <gtest/gtest.h>
-
 #include <ctime>
 
 using namespace tarlox;
@@ -18,11 +16,7 @@ class TimeZoneTest : public SiteTest {
 protected:
     static void SetUpTestSuite() { qputenv("TZ", "America/Chicago"); tzset(); }
     static void TearDownTestSuite() { qputenv("TZ", "UTC"); tzset(); }
-    void SetUp() override
-    {
-        ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago"));
-        ASSERT_TRUE(site.start());
-    }
+    void SetUp() override { ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago")); ASSERT_TRUE(site.start()); }
 };
 
 }  // namespace

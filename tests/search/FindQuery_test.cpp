@@ -9,8 +9,6 @@
 
 #include "search/SearchData.h"
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -48,10 +46,7 @@ protected:
         ASSERT_TRUE(addRefs(s(), refs));
     }
 
-    QStringList all()
-    {
-        return L({"ABC", "abc2", "AB12", "AB99", "C1", "C12", "XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"});
-    }
+    QStringList all() { return L({"ABC", "abc2", "AB12", "AB99", "C1", "C12", "XA-1234-B", "50%", "5X0", "A\\B", "A_B", "AXB"}); }
 };
 
 struct Example { const char* name; FindCriteria criteria; bool assumeWild; QStringList expected; };

@@ -8,8 +8,6 @@
 #include <QFile>
 #include <QProcess>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -18,21 +16,17 @@ namespace {
 QString S(const char* text) { return QString::fromUtf8(text); }
 QDateTime on(int month, int day, int hour = 9) { return QDateTime(QDate(2025, month, day), QTime(hour, 0)); }
 
-class ListingTest : public ::testing::TestWithParam<Engine> {
+class ListingTest : public SiteTest {
 protected:
-    ListingTest() : site(GetParam()) {}
-
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
+        SiteTest::SetUp();
         ASSERT_TRUE(addRefs(s(), {{S("H1"), S("P1"), S("PO1"), S("acme"), S("Mill A"), 1, on(3, 1)},
                                   {S("H2"), S("P2"), S("PO1"), S("Acme"), S("Mill A"), 1, on(3, 2)},
                                   {S("h3"), S("P3"), S("PO2"), S("Baker"), S("Mill B"), 2, on(3, 2, 23)},
                                   {S("H4"), S("P4"), S("PO3"), S(" "), S("Mill B"), 3, on(3, 3)},
                                   {S("H5"), S("P5"), S("PO3"), S("O'Neil"), S("Mill C"), 4, on(3, 4)}}));
     }
-
-    Session& s() { return site.session(); }
 
     // The whole listing as text pages, joined by form feeds.
     QString text(const ListingRequest& request, int linesPerPage = 60)
@@ -52,8 +46,6 @@ protected:
         while (rows.next(row)) found << row.heat;
         return found;
     }
-
-    TestSite site;
 };
 
 TEST_P(ListingTest, SelectsByCaseFreeRangesAndWholeDays)
@@ -130,7 +122,7 @@ TEST_P(ListingTest, PdfCarriesTheListingAndCsvQuotes)
 
 TEST_P(ListingTest, UpdateRunsPairsInOrderAllOrNothing)
 {
-    const auto vendors = [&](const QString& name) { return scalarOf(s(), S("SELECT count(*) FROM \"Info\" WHERE \"Vend Name\" = ?"), {name}); };
+    const auto vendors = [&](const QString& name) { return rows(S("Info"), S("\"Vend Name\" = ?"), {name}); };
     // Counts before: references and images of the old value, references of the new.
     const auto counts = CountPairs(s(), UpdateField::Vend, {{S("ACME"), S("O'Neil")}, {S("nobody"), S("x")}});
     ASSERT_TRUE(counts);
@@ -148,11 +140,11 @@ TEST_P(ListingTest, UpdateRunsPairsInOrderAllOrNothing)
     // A pair the database refuses (a second H2 on the same key) undoes the pairs before it.
     ASSERT_TRUE(addRefs(s(), {{S("H9"), S("P2"), S("PO1"), S("Acme"), S("Mill A"), 1, on(3, 5)}}));
     done = UpdatePairs(s(), UpdateField::Heat, {{S("H5"), S("H50")}, {S("H9"), S("H2")}});
-    EXPECT_EQ(std::tuple(bool(done), done.refusal.startsWith(S("Pair 2")), scalarOf(s(), S("SELECT count(*) FROM \"Info\" WHERE \"Heat #\" = 'H5'"))),
+    EXPECT_EQ(std::tuple(bool(done), done.refusal.startsWith(S("Pair 2")), rows(S("Info"), S("\"Heat #\" = 'H5'"))),
               std::tuple(false, true, 1)) << done.refusal.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ListingTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(ListingTest);
 
 TEST(UpdatePairs, ReadFromCsv)
 {

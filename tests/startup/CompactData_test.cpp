@@ -11,8 +11,6 @@
 #include <QThread>
 #include <QUuid>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

@@ -5,8 +5,6 @@
 #include <QTemporaryDir>
 #include <QtConcurrent>
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 
 using namespace tarlox;

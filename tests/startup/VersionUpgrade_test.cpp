@@ -9,8 +9,6 @@
 #include <QFile>
 #include <QThread>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

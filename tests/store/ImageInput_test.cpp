@@ -5,21 +5,15 @@
 #include "support/TestSite.h"
 
 #include <QPainter>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
 
-class ImageInputs : public ::testing::Test {
+class ImageInputs : public TempDirTest {
 protected:
-    QString path(const QString& name) const { return dir.filePath(name); }
     void write(const QString& name, const QByteArray& bytes) const { ASSERT_TRUE(WriteFile(path(name), bytes)); }
-
-    QTemporaryDir dir;
 };
 
 // A PDF of letter pages, each with one black rectangle (in points from the lower left corner).

@@ -8,10 +8,7 @@
 #include "support/SystemTexts.h"
 #include "support/TestSite.h"
 
-#include <QDir>
 #include <QFile>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -23,22 +20,15 @@ const QDateTime Jan2(QDate(2003, 1, 2), QTime(0, 0));
 
 class ImageStoreTest : public SiteTest {
 protected:
-    QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
     QString local(const char* key) const { return ReadIniValue(site.localIni(), QStringLiteral("Info"), QLatin1String(key)).value; }
-
-    qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
-    std::tuple<qint64, qint64> imageAndInfoRows() { return {scalar(u"SELECT count(*) FROM \"Images\""_s), scalar(u"SELECT count(*) FROM \"Info\""_s)}; }
+    std::tuple<qint64, qint64> imageAndInfoRows() { return {rows(u"Images"_s), rows(u"Info"_s)}; }
 
     void imageRow(qint32 number, const QString& path, const QString& volume)
     {
         s().image = ImageRecord{number, path, volume, Jan2, QStringLiteral(" "), QStringLiteral("4")};
         ASSERT_TRUE(AddImage(s(), false));
     }
-
-    void entry(const QString& heat, const QString& part, const QString& po = {})
-    {
-        s().info = InfoRecord{heat, part, po, QStringLiteral("Vend"), QStringLiteral("Mfg"), {}, 0};
-    }
+    void entry(const QString& heat, const QString& part, const QString& po = {}) { s().info = InfoRecord{heat, part, po, u"Vend"_s, u"Mfg"_s, {}, 0}; }
 };
 
 TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
@@ -53,7 +43,7 @@ TEST_P(ImageStoreTest, FromTempCopiesTheWorkFileWholeOrNotAtAll)
     // Nothing to copy: reported, and the file on disk is kept.
     QFile::remove(s().tempFilePath);
     EXPECT_FALSE(FromTemp(s()));
-    EXPECT_EQ(std::tuple(FileBytes(s().imageFilePath), prompter().asked().size(), QDir(data()).entryList(QDir::Files)),
+    EXPECT_EQ(std::tuple(FileBytes(s().imageFilePath), prompter().asked().size(), files(u"DATA"_s)),
               std::tuple(QByteArray("scanned pages"), 1, QStringList{QStringLiteral("TR000005.TIF")}));
     EXPECT_TRUE(prompter().asked().first().text.contains(QStringLiteral("Procedure: FromTemp")));
 
@@ -68,7 +58,7 @@ TEST_P(ImageStoreTest, DeleteFileRemovesCopyAndOriginalWhereTheRowSays)
     imageRow(9, data(), QStringLiteral(" "));
     for (const char* name : {"TR000009.TIF", "OR000009.TIF", "TR000010.TIF"}) ASSERT_TRUE(WriteFile(data(QLatin1String(name)), "x"));
     DeleteFile(s(), 9);
-    EXPECT_EQ(QDir(data()).entryList(QDir::Files), QStringList{QStringLiteral("TR000010.TIF")});
+    EXPECT_EQ(files(u"DATA"_s), QStringList{QStringLiteral("TR000010.TIF")});
     // No row: nothing happens, nothing is asked.
     DeleteFile(s(), 10);
     EXPECT_TRUE(QFile::exists(data(QStringLiteral("TR000010.TIF"))) && prompter().asked().isEmpty());
@@ -83,10 +73,8 @@ TEST_P(ImageStoreTest, GetImageMapsTheStoredDirectoryAndNotesTheImage)
     EXPECT_EQ((QStringList{s().imageFilePath, local("Last Image"), local("ImageDir")}),
               (QStringList{data(QStringLiteral("TR000012.TIF")), QStringLiteral("TR000012.TIF"), data().chopped(1)}));
     EXPECT_TRUE(prompter().asked().isEmpty());
-
     EXPECT_FALSE(GetImage(s(), 13));
-    ASSERT_EQ(prompter().asked().size(), 1);
-    EXPECT_EQ(prompter().asked().first().text, texts::ImageNotInDatabase);
+    EXPECT_EQ(std::pair(prompter().asked().size(), prompter().asked().value(0).text), std::pair(qsizetype(1), texts::ImageNotInDatabase));
 }
 
 TEST_P(ImageStoreTest, MissingFileIsGoneOrOnAnotherVolume)
@@ -123,20 +111,16 @@ TEST_P(ImageStoreTest, SaveMtrStoresFileAndRowsTogether)
     ASSERT_TRUE(ReadImage(s(), 1));
     EXPECT_EQ((QStringList{s().image.path, s().image.size, local("Last Image"), local("DPI")}),
               (QStringList{s().dataDir, QStringLiteral("G"), QStringLiteral("TR000001.TIF"), QStringLiteral("300")}));
-    EXPECT_EQ(scalar(QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 1 AND \"P/O #\" = 'A'")), 2);
+    EXPECT_EQ(rows(u"Info"_s, u"\"Image #\" = 1 AND \"P/O #\" = 'A'"_s), 2);
     EXPECT_TRUE(prompter().asked().isEmpty());
 
     // The work file can lie in the data directory itself.
     s().tempDir = s().dataDir;
     entry(QStringLiteral("H3"), QStringLiteral("P3"));
-    ASSERT_EQ(SaveMTR(s(), 200, [&](const QString& path) {
-                  writtenTo = path;
-                  return WriteFile(path, "third");
-              }).imageNumber,
-              2);
+    ASSERT_EQ(SaveMTR(s(), 200, [&](const QString& path) { return WriteFile(writtenTo = path, "third"); }).imageNumber, 2);
     EXPECT_EQ(std::tuple(QFileInfo(writtenTo).fileName().startsWith(QStringLiteral("TR")), FileBytes(data(QStringLiteral("TR000002.TIF")))),
               std::tuple(false, QByteArray("third")));
-    EXPECT_EQ(QDir(data()).entryList(QDir::Files), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
+    EXPECT_EQ(files(u"DATA"_s), (QStringList{QStringLiteral("TR000001.TIF"), QStringLiteral("TR000002.TIF")}));
 }
 
 TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
@@ -146,7 +130,7 @@ TEST_P(ImageStoreTest, SaveMtrWithoutAFileStoresNothing)
     // Half a file and then a failure: the report's name never sees it.
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "half") && false; }).imageNumber, 0);
     ASSERT_EQ(prompter().asked().size(), 1);
-    EXPECT_EQ(std::tuple(s().currentImage, prompter().asked().first().text, prompter().asked().first().icon, QDir(data()).entryList(QDir::Files)),
+    EXPECT_EQ(std::tuple(s().currentImage, prompter().asked().first().text, prompter().asked().first().icon, files(u"DATA"_s)),
               std::tuple(0, texts::ImageNotCreated, Icon::Exclamation, QStringList{}));
     EXPECT_EQ(std::tuple(imageAndInfoRows(), nextName()), std::tuple(std::tuple<qint64, qint64>(0, 0), 2)) << "a number once taken is not given back";
 
@@ -168,7 +152,7 @@ TEST_P(ImageStoreTest, SaveMtrWhoseRowsFailLeavesNoFileAndNoRow)
     EXPECT_EQ(SaveMTR(s(), 300, [&](const QString& path) { return WriteFile(path, "pages"); }).imageNumber, 0);
     EXPECT_EQ(prompter().titles().first(), QStringLiteral("Duplicate Key"));
     EXPECT_TRUE(prompter().asked().last().text.startsWith(QStringLiteral("An error has occured.")));
-    EXPECT_EQ(std::tuple(imageAndInfoRows(), QDir(data()).entryList(QDir::Files | QDir::Hidden)), std::tuple(std::tuple<qint64, qint64>(0, 1), QStringList{}));
+    EXPECT_EQ(std::tuple(imageAndInfoRows(), files(u"DATA"_s)), std::tuple(std::tuple<qint64, qint64>(0, 1), QStringList{}));
     const auto next = GetNextImage(s());
     EXPECT_TRUE(next && next->number == 2) << "the counter moves on";
 }

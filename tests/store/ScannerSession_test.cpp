@@ -8,8 +8,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 
 using namespace tarlox;

@@ -20,8 +20,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -59,8 +57,7 @@ protected:
     {
         const QString dir = site.path(S(name));
         QDir().mkpath(dir);
-        for (const QString& jpg : jpgs)
-            EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
+        for (const QString& jpg : jpgs) EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
         return dir;
     }
     void readFolder(const QString& dir) { tabs()->setCurrentIndex(frmBatch::ReadTab), c<QLineEdit>("txtFilesDir")->setText(dir); }

@@ -28,8 +28,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -54,10 +52,8 @@ template <class Dialog> void pressInDialog(const char* button, const std::functi
     timer->setInterval(20);
     QObject::connect(timer, &QTimer::timeout, [timer, look, name = button] {
         auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        if (look)
-            look(Controls(dialog));
+        if (!dialog) return;
+        if (look) look(Controls(dialog));
         Controls(dialog).button(name)->click();
         timer->stop();
         timer->deleteLater();
@@ -71,20 +67,12 @@ void pressInScanCheck(const char* button)
     pressInDialog<frmScanChk>(button, [](Controls ui) { EXPECT_TRUE(!ui.chkInvert()->isVisible() && ui.button("cmdNo")->isDefault()); });
 }
 
-void showActive(QWidget& form)
-{
-    form.show(), form.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
-}
+void showActive(QWidget& form) { form.show(), form.activateWindow(); ASSERT_TRUE(QTest::qWaitForWindowActive(&form)); }
 
 class ScanForms : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { UseSaneTestBackend(); }
-    void SetUp() override
-    {
-        ASSERT_TRUE(StartWithTestScanner(site));
-        site.prompter().clear();
-    }
+    void SetUp() override { ASSERT_TRUE(StartWithTestScanner(site)); site.prompter().clear(); }
     Session& s() { return site.session(); }
     void set(const char* key, const QString& value) { PutLocal(s(), QStringLiteral("Info"), QLatin1String(key), value); }
     TestSite site;

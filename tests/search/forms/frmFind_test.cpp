@@ -18,8 +18,6 @@
 #include <QTableView>
 #include <QTest>
 
-#include <gtest/gtest.h>
-
 #include <functional>
 
 using namespace tarlox;
