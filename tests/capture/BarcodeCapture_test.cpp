@@ -40,15 +40,10 @@ class BarcodeCaptureTest : public SiteTest {};
 // stored report holds a sheet.
 TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
 {
-    struct Case {
-        const char* layout;
-        QList<int> pages;                  // Pgs of each row
-        QList<QList<int>> stored;          // stack pages (from 1) of each stored report, by row
-        const char* error;
-    };
+    // Pgs of each row; the stack pages (from 1) of each stored report, by row.
+    struct Case { const char* layout; QList<int> pages; QList<QList<int>> stored; const char* error; };
     const Case cases[] = {
-        {"SPPSP", {2, 1}, {{2, 3}, {5}}, ""},
-        {"SPSSPP", {1, 0, 2}, {{2}, {}, {5, 6}}, ""},
+        {"SPPSP", {2, 1}, {{2, 3}, {5}}, ""}, {"SPSSPP", {1, 0, 2}, {{2}, {}, {5, 6}}, ""},
         {"SSPP", {0, 2}, {}, ""},  // the first row has no pages: Update stays off
         {"PSP", {}, {}, "The first page must contain barcodes"},
     };
@@ -112,13 +107,8 @@ TEST(RbqClient, ProvidersFillAndRecord)
                                    "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
                                    "esac\n"));
     QFile::setPermissions(program, QFile::permissions(program) | QFileDevice::ExeOwner);
-    struct Case {
-        QString setting;
-        bool fills;
-        qint16 receipt;  // as the system gives it back
-        QString record;  // the file recording the update, and its line
-        QString recorded;
-    };
+    // The receipt as the system gives it back; the file recording the update, and its line.
+    struct Case { QString setting; bool fills; qint16 receipt; QString record, recorded; };
     const Case cases[] = {
         {QStringLiteral("csv:") + csv, true, 0, csv + QStringLiteral(".log"), QStringLiteral(",PO9,0,7,0,123\n")},
         {QStringLiteral("cmd:") + program, true, 5, dir.filePath(QStringLiteral("calls.txt")), QStringLiteral("update PO9 0 7 0 123\nfinish\n")},

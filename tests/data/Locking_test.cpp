@@ -3,7 +3,6 @@
 #include "startup/Startup.h"
 #include "support/TestSite.h"
 
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QUuid>
 

@@ -20,9 +20,7 @@ TEST_P(RecordsTest, OptionsRoundTripAndReadStatuses)
     ASSERT_TRUE(ReadOptions(s()));
     EXPECT_EQ(std::tuple(s().options.status, s().options.version), std::tuple(0, s().programVersion));
     // A blank company name is stored as one space.
-    s().options.companyName = QString();
-    s().options.nextName = 1234;
-    s().options.clientOptions = 5;
+    std::tie(s().options.companyName, s().options.nextName, s().options.clientOptions) = std::tuple(QString(), 1234, 5);
     ASSERT_TRUE(UpdateOptions(s()));
     s().options = {};
     ASSERT_TRUE(ReadOptions(s()));
@@ -54,9 +52,7 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
     ASSERT_TRUE(ReadUser(s(), QString()));
     EXPECT_EQ(std::tuple(s().machine.errorNumber, s().machine.lastInterface.date()), std::tuple(0, QDate(1900, 1, 1)));
 
-    s().machine.machineName = QStringLiteral("O'NEIL-PC");
-    s().machine.userName = QStringLiteral("Pat O'Neil");
-    s().machine.scanner = true;
+    std::tie(s().machine.machineName, s().machine.userName, s().machine.scanner) = std::tuple(QStringLiteral("O'NEIL-PC"), QStringLiteral("Pat O'Neil"), true);
     ASSERT_TRUE(AddUser(s(), false));
     // The same machine again clashes with the key; with retry the caller reads the status.
     EXPECT_FALSE(AddUser(s(), true) || s().machine.errorNumber == 0);
@@ -68,8 +64,7 @@ TEST_P(RecordsTest, MachineRowsAddReadUpdateListAndDelete)
     ASSERT_NE(other, grid.rows.cend());
     EXPECT_EQ(other->mid(1, 2), (QStringList{QStringLiteral("Pat O'Neil"), QStringLiteral("True")}));
 
-    s().machine.userName = QString();
-    s().machine.scanner = false;
+    std::tie(s().machine.userName, s().machine.scanner) = std::tuple(QString(), false);
     ASSERT_TRUE(UpdateUser(s()));
     ASSERT_TRUE(DeleteUser(s(), QStringLiteral("o'neil-pc")));
     ASSERT_TRUE(LoadUsers(s(), grid));

@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 
 using namespace tarlox;
@@ -164,8 +163,7 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
     });
     second.join();
     ASSERT_TRUE(committed);
-    EXPECT_EQ(std::tuple(outcome.load(), rows(u"Info"_s, u"\"Image #\" = 7"_s)),
-              std::tuple(static_cast<int>(RemoveResult::Outcome::OnlyReference), 1));
+    EXPECT_EQ(std::tuple(outcome.load(), rows(u"Info"_s, u"\"Image #\" = 7"_s)), std::tuple(static_cast<int>(RemoveResult::Outcome::OnlyReference), 1));
 }
 
 TARLOX_ON_BOTH_ENGINES(ReferenceEditTest);

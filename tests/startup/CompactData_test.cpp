@@ -6,7 +6,6 @@
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QThread>
 #include <QUuid>

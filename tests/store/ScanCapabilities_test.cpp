@@ -12,11 +12,7 @@ namespace {
 SaneOption range(double low, double high, SaneOption::Unit unit = SaneOption::NoUnit, SaneOption::Type type = SaneOption::Int)
 {
     SaneOption o;
-    o.type = type;
-    o.unit = unit;
-    o.constraint = SaneOption::Range;
-    o.minimum = low;
-    o.maximum = high;
+    std::tie(o.type, o.unit, o.constraint, o.minimum, o.maximum) = std::tuple(type, unit, SaneOption::Range, low, high);
     return o;
 }
 
@@ -26,8 +22,7 @@ TEST(ScanCapabilities, BrightnessIsScaledOntoTheDevicesRange)
 {
     const SaneOption percent = range(-100, 100, SaneOption::Percent), bytes = range(0, 255);
     SaneOption list;
-    list.constraint = SaneOption::WordList;
-    list.words = {-2, -1, 0, 1, 2};
+    std::tie(list.constraint, list.words) = std::tuple(SaneOption::WordList, QList<double>{-2, -1, 0, 1, 2});
     // Out of range counts as the end.
     EXPECT_EQ((QList<double>{DeviceBrightness(-1000, percent), DeviceBrightness(0, percent), DeviceBrightness(500, percent),
                              DeviceBrightness(1000, percent), DeviceBrightness(5000, percent), DeviceBrightness(-1000, bytes),
@@ -52,8 +47,7 @@ TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
         {{QStringLiteral("Lineart"), QStringLiteral("Gray"), QStringLiteral("Color")}, QStringLiteral("Lineart"), QStringLiteral("Gray")},
         {{QStringLiteral("Color"), QStringLiteral("Halftone"), QStringLiteral("Binary")}, QStringLiteral("Binary"), {}},
         {{QStringLiteral("Black & White"), QStringLiteral("Grayscale")}, QStringLiteral("Black & White"), QStringLiteral("Grayscale")},
-        {{QStringLiteral("Gray"), QStringLiteral("Color")}, {}, QStringLiteral("Gray")},
-        {{QStringLiteral("Halftone"), QStringLiteral("Color")}, {}, {}},
+        {{QStringLiteral("Gray"), QStringLiteral("Color")}, {}, QStringLiteral("Gray")}, {{QStringLiteral("Halftone"), QStringLiteral("Color")}, {}, {}},
     };
     for (const auto& row : modes) {
         SCOPED_TRACE(row.modes.join(QLatin1Char('|')).toStdString());
@@ -63,8 +57,7 @@ TEST(ScanCapabilities, ModeAndSourceEntriesOfRealDevices)
     const struct { QStringList sources; QString feeder; } sources[] = {
         {{QStringLiteral("Flatbed"), QStringLiteral("Automatic Document Feeder")}, QStringLiteral("Automatic Document Feeder")},
         {{QStringLiteral("Flatbed"), QStringLiteral("ADF Duplex"), QStringLiteral("ADF Front"), QStringLiteral("ADF Back")}, QStringLiteral("ADF Front")},
-        {{QStringLiteral("ADF Duplex")}, {}},
-        {{QStringLiteral("Flatbed"), QStringLiteral("Transparency Unit")}, {}},
+        {{QStringLiteral("ADF Duplex")}, {}}, {{QStringLiteral("Flatbed"), QStringLiteral("Transparency Unit")}, {}},
     };
     for (const auto& row : sources) EXPECT_EQ(FeederSource(row.sources), row.feeder) << row.sources.join(QLatin1Char('|')).toStdString();
 }

@@ -92,18 +92,10 @@ protected:
 // A jam in the feeder's run keeps the pages before it and asks nothing more.
 TEST_F(ScannerSessionTest, DeviceStatusesBecomeTheScannerErrorBox)
 {
-    const struct {
-        const char* status;
-        const char* words;
-        int failAt;  // sheets read before the failure, in the feeder
-        int kept;
-    } rows[] = {
-        {"SANE_STATUS_JAMMED", "jammed", 0, 0},
-        {"SANE_STATUS_JAMMED", "jammed", 2, 2},
-        {"SANE_STATUS_NO_DOCS", "no document in the feeder", 0, 0},
-        {"SANE_STATUS_COVER_OPEN", "cover", 0, 0},
-        {"SANE_STATUS_DEVICE_BUSY", "busy", 0, 0},
-        {"SANE_STATUS_IO_ERROR", "I/O error", 0, 0},
+    // failAt: the sheets read before the failure, in the feeder.
+    const struct { const char *status, *words; int failAt, kept; } rows[] = {
+        {"SANE_STATUS_JAMMED", "jammed", 0, 0}, {"SANE_STATUS_JAMMED", "jammed", 2, 2}, {"SANE_STATUS_NO_DOCS", "no document in the feeder", 0, 0},
+        {"SANE_STATUS_COVER_OPEN", "cover", 0, 0}, {"SANE_STATUS_DEVICE_BUSY", "busy", 0, 0}, {"SANE_STATUS_IO_ERROR", "I/O error", 0, 0},
         {"SANE_STATUS_ACCESS_DENIED", "denied", 0, 0},
     };
     for (const auto& row : rows) {
@@ -192,11 +184,8 @@ TEST_F(ScannerSessionTest, StepLabelsOfEachForm)
 // A name no device answers to scans on the first device.
 TEST_F(ScannerSessionTest, DeviceChosenByNameOrDescription)
 {
-    const struct {
-        const char* key;
-        const char* opened;
-    } rows[] = {{"test:1", "test:1"}, {"Noname frontend-tester", "test:0"}, {"test:1 (Noname frontend-tester)", "test:1"},
-                {"Nosuch Scanner 3000", "test:0"}, {"", "test:0"}};
+    const struct { const char* key; const char* opened; } rows[] = {
+        {"test:1", "test:1"}, {"Noname frontend-tester", "test:0"}, {"test:1 (Noname frontend-tester)", "test:1"}, {"Nosuch Scanner 3000", "test:0"}, {"", "test:0"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.key);
         QString opened;
@@ -234,11 +223,8 @@ TEST_F(ScannerSessionTest, PageOfUnknownLength)
 // On Stop the sheet in hand and any already read are kept.
 TEST_F(ScannerSessionTest, FeederRunsUntilEmptyTheTransferCountOrStop)
 {
-    const struct {
-        int limit, noDocsAt;
-        bool stop;
-        int pages;  // -1: two, and at most the sheets already read ahead
-    } rows[] = {{999, 3, false, 3}, {999, -1, false, 10}, {4, -1, false, 4}, {999, -1, true, -1}};
+    // pages -1: two, and at most the sheets already read ahead.
+    const struct { int limit, noDocsAt; bool stop; int pages; } rows[] = {{999, 3, false, 3}, {999, -1, false, 10}, {4, -1, false, 4}, {999, -1, true, -1}};
     ScanSettings st = settings(QStringLiteral(" "), [](ScanSettings& v) { v.useAdf = true; });
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.limit << " " << row.noDocsAt << " " << row.stop);

@@ -43,10 +43,7 @@ bool FaxTestServer::start()
     return started_ = true;
 }
 
-FaxTestServer::~FaxTestServer()
-{
-    if (started_) QProcess::execute(u"bash"_s, {Script(), u"stop"_s, dir_.path()});
-}
+FaxTestServer::~FaxTestServer() { if (started_) QProcess::execute(u"bash"_s, {Script(), u"stop"_s, dir_.path()}); }
 
 QString FaxTestServer::address() const { return u"127.0.0.1:%1"_s.arg(port_); }
 

@@ -66,9 +66,7 @@ bool SmtpTestServer::start()
         if (!MakeTestCertificate(dir_.path(), certificate_)) return fail(error_, u"openssl could not make a certificate"_s);
         arguments << u"--cert"_s << certificate_.certFile << u"--key"_s << certificate_.keyFile;
     }
-    if (!options_.user.isEmpty())
-        arguments << u"--user"_s << options_.user << u"--password"_s << options_.password
-                  << u"--mechanisms"_s << options_.mechanisms;
+    if (!options_.user.isEmpty()) arguments << u"--user"_s << options_.user << u"--password"_s << options_.password << u"--mechanisms"_s << options_.mechanisms;
     if (!options_.popLog.isEmpty()) arguments << u"--pop-log"_s << options_.popLog;
     if (options_.silent) arguments << u"--silent"_s;
 
@@ -80,10 +78,7 @@ bool SmtpTestServer::start()
         process_.waitForReadyRead(200);
         line += process_.readLine();
     }
-    if (!line.startsWith("ready ")) {
-        stop();
-        return fail(error_, u"smtp_server.py did not start"_s);
-    }
+    if (!line.startsWith("ready ")) return stop(), fail(error_, u"smtp_server.py did not start"_s);
     port_ = line.mid(6).trimmed().toInt();
     return port_ > 0;
 }
@@ -124,15 +119,13 @@ bool PopTestServer::start()
         "service pop3-login {\n  chroot =\n  inet_listener pop3 {\n    port = %6\n  }\n}\n"
         "service anvil {\n  chroot =\n}\n")
         .arg(dir, name, QString::fromLocal8Bit(accountGroup->gr_name)).arg(account->pw_uid).arg(account->pw_gid).arg(port_);
-    if (!WriteFile(dir + u"/dovecot.conf"_s, config.toUtf8())
-        || !WriteFile(dir + u"/users"_s, (user_ + u":{PLAIN}"_s + password_ + u'\n').toUtf8()))
+    if (!WriteFile(dir + u"/dovecot.conf"_s, config.toUtf8()) || !WriteFile(dir + u"/users"_s, (user_ + u":{PLAIN}"_s + password_ + u'\n').toUtf8()))
         return fail(error_, u"can't write dovecot's configuration"_s);
     QStringList command{u"/usr/sbin/dovecot"_s, u"-F"_s, u"-c"_s, dir + u"/dovecot.conf"_s};
     if (root) {
         for (const QString& file : {QString(), u"/dovecot.conf"_s, u"/users"_s})
             if (::chown(QFile::encodeName(dir + file).constData(), account->pw_uid, account->pw_gid) != 0) return false;
-        command = QStringList{u"/usr/bin/setpriv"_s, u"--reuid=%1"_s.arg(account->pw_uid), u"--regid=%1"_s.arg(account->pw_gid),
-                              u"--clear-groups"_s} + command;
+        command = QStringList{u"/usr/bin/setpriv"_s, u"--reuid=%1"_s.arg(account->pw_uid), u"--regid=%1"_s.arg(account->pw_gid), u"--clear-groups"_s} + command;
     }
     process_.setProcessChannelMode(QProcess::ForwardedChannels);
     process_.start(command.takeFirst(), command);

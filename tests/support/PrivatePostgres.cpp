@@ -42,8 +42,7 @@ bool PrivatePostgres::stop() { return run({u"halt"_s, dir_.filePath(u"pg"_s)}); 
 
 bool PrivatePostgres::createDatabase(const QString& name) const
 {
-    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, u"postgres"_s); },
-                  u"CREATE DATABASE \"%1\""_s.arg(name));
+    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, u"postgres"_s); }, u"CREATE DATABASE \"%1\""_s.arg(name));
 }
 
 }  // namespace tarlox::test

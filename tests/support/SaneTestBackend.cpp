@@ -5,7 +5,6 @@
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 

@@ -18,8 +18,6 @@
 #include <QTableView>
 #include <QTest>
 
-#include <functional>
-
 using namespace tarlox;
 using namespace tarlox::test;
 using namespace Qt::StringLiterals;
