@@ -33,7 +33,6 @@ TEST(ScanCapabilities, BrightnessIsScaledOntoTheDevicesRange)
 TEST(ScanCapabilities, FrameInTheDevicesUnitWithinItsRange)
 {
     const SaneOption mm = range(0, 355.6, SaneOption::Millimetre, SaneOption::Fixed);
-    EXPECT_DOUBLE_EQ(GeometryValue(8.5, mm, 200), 215.9);
     EXPECT_DOUBLE_EQ(GeometryValue(11, mm, 200), 279.4);
     EXPECT_DOUBLE_EQ(GeometryValue(14, mm, 200), 355.6);
     EXPECT_DOUBLE_EQ(GeometryValue(14, range(0, 297, SaneOption::Millimetre), 200), 297) << "a flatbed shorter than Legal";

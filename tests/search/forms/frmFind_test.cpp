@@ -324,8 +324,7 @@ TEST_P(FindFormTest, RemoveRefusesTheOnlyReference)
     EXPECT_EQ(std::tuple(prompter().wasAsked(u"Can't remove only reference!"_s), references()), std::tuple(true, 3LL));
 
     // Cancel removes nothing.
-    prompter().clear();
-    prompter().answer(Answer::Cancel);
+    prompter().clear(), prompter().answer(Answer::Cancel);
     click(form, "cmdDelCur");
     EXPECT_EQ(prompter().asked().size(), 1);
 }
