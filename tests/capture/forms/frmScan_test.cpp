@@ -55,8 +55,7 @@ template <class Dialog> void pressInDialog(const char* button, const std::functi
         if (!dialog) return;
         if (look) look(Controls(dialog));
         Controls(dialog).button(name)->click();
-        timer->stop();
-        timer->deleteLater();
+        timer->stop(), timer->deleteLater();
     });
     timer->start();
 }
@@ -77,8 +76,6 @@ protected:
     void set(const char* key, const QString& value) { PutLocal(s(), QStringLiteral("Info"), QLatin1String(key), value); }
     TestSite site;
 };
-
-}  // namespace
 
 TEST_F(ScanForms, LoadTakesTheSettingsAndTheSiteNames)
 {
@@ -248,8 +245,6 @@ TEST_F(ScanForms, ScannerSettingsDialogFromTheDevice)
     EXPECT_EQ(threePassEnabled(), std::optional(true)) << "the dialog was built again from the device";
 }
 
-namespace {
-
 // The person at "Scanning Dialog": picks the high resolution (or not) and presses a button.
 void answerScanningDialog(const char* button, bool highResolution)
 {
@@ -277,8 +272,6 @@ protected:
     ScannerPageSource scanner{site.session(), &window};
     QString path;
 };
-
-}  // namespace
 
 // Append and Insert through the real scanner: the page arrives in two
 // colours at the resolution chosen in the dialog, cut to the Letter frame.
@@ -329,3 +322,5 @@ TEST_F(ViewerScanner, AJamKeepsTheFile)
     EXPECT_EQ(std::pair(site.prompter().wasAsked(QStringLiteral("Scanner Error")), PageNumbersOf(path)), std::pair(true, QList<int>{1, 2}))
         << site.prompter().titles().join(QLatin1Char('|')).toStdString();
 }
+
+}  // namespace

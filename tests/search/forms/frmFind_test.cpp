@@ -58,14 +58,12 @@ protected:
     {
         for (const char* name : names) EXPECT_EQ(enabled(form, name), on) << name;
     }
-    qint64 references() { return scalarOf(s(), u"SELECT count(*) FROM \"Info\""_s); }
+    qint64 references() { return rows(u"Info"_s); }
 };
 
 TEST_P(FindFormTest, BoxesLabelsTipsAndSize)
 {
-    s().poShort = u"Order"_s;
-    s().vendShort = QString();
-    s().mfgShort = u"Mill"_s;
+    std::tie(s().poShort, s().vendShort, s().mfgShort) = std::tuple(u"Order"_s, QString(), u"Mill"_s);
     frmFind form(s());
     EXPECT_EQ(form.windowTitle(), u"Find Information Entry"_s);
     // The field names come from the settings; an empty one takes its default.
@@ -203,8 +201,7 @@ TEST_P(FindFormTest, CriteriaThatCantBeSearchedAreTold)
 TEST_P(FindFormTest, DateBoxesRewriteAndCheckWhenLeft)
 {
     frmFind form(s());
-    form.show();
-    form.activateWindow();
+    form.show(), form.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
     QLineEdit* from = child<QLineEdit>(form, "txtFrom");
     from->setFocus();
