@@ -41,7 +41,7 @@ class ScanEntryTest : public SiteTest {
 protected:
     static void SetUpTestSuite() { UseSaneTestBackend(); }
 
-    void SetUp() override { ASSERT_TRUE(StartWithTestScanner(site)), prompter().clear(); }
+    void SetUp() override { ASSERT_TRUE(StartWithTestScanner(site)); prompter().clear(); }
 
     qint64 imageRows() { return rows(QStringLiteral("Images")); }
     qint64 infoRows() { return rows(QStringLiteral("Info")); }
