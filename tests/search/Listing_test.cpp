@@ -38,14 +38,7 @@ protected:
         return pages.join(QLatin1Char('\f'));
     }
 
-    QStringList heats(const ListingRequest& request)
-    {
-        ListingRows rows(s(), request);
-        QStringList found;
-        InfoRow row;
-        while (rows.next(row)) found << row.heat;
-        return found;
-    }
+    QStringList heats(const ListingRequest& request) { QStringList found; ListingRows rows(s(), request); for (InfoRow row; rows.next(row);) found << row.heat; return found; }
 };
 
 TEST_P(ListingTest, SelectsByCaseFreeRangesAndWholeDays)
@@ -61,9 +54,7 @@ TEST_P(ListingTest, SelectsByCaseFreeRangesAndWholeDays)
          {S("H1"), S("H2"), S("h3"), S("H5"), S("H4")}},
     };
     for (const auto& c : cases) EXPECT_EQ(heats(c.request), c.heats) << c.name;
-    ListingRequest bad;
-    bad.toDate = S("13/45/2025");
-    EXPECT_TRUE(ListingRows(s(), bad).failed());
+    EXPECT_TRUE(ListingRows(s(), with([](ListingRequest& r) { r.toDate = S("13/45/2025"); })).failed());
 }
 
 TEST_P(ListingTest, GroupsCountOthersAndTotalOnRepeatedPages)
@@ -84,8 +75,7 @@ TEST_P(ListingTest, GroupsCountOthersAndTotalOnRepeatedPages)
 
     // A page reached out of order is the page read in order.
     ListingPager pager(s(), request, 6);
-    const auto third = pager.page(3);
-    const auto first = pager.page(1);
+    const auto third = pager.page(3), first = pager.page(1);
     ASSERT_TRUE(third && first);
     const ListingTitles titles = ReadListingTitles(s());
     const QString title = ListingTitle(request.sort, titles);
@@ -100,7 +90,6 @@ TEST_P(ListingTest, PdfCarriesTheListingAndCsvQuotes)
     const QString pdf = site.path(S("list.pdf"));
     qint64 pages = 0;
     ASSERT_EQ(WriteListingPdf(s(), request, pdf, &pages), QString());
-    EXPECT_EQ(pages, 1);
     QProcess extract;
     extract.start(S("pdftotext"), {S("-layout"), pdf, S("-")});
     ASSERT_TRUE(extract.waitForFinished());
@@ -111,7 +100,8 @@ TEST_P(ListingTest, PdfCarriesTheListingAndCsvQuotes)
 
     const QString csv = site.path(S("list.csv"));
     qint64 rows = 0;
-    ASSERT_EQ(std::tuple(WriteListingCsv(s(), ListingRequest{}, csv, &rows), rows), std::tuple(QString(), 5));
+    const QString csvError = WriteListingCsv(s(), ListingRequest{}, csv, &rows);
+    ASSERT_EQ(std::tuple(csvError, rows, pages), std::tuple(QString(), 5, 1));
     ASSERT_TRUE(addRefs(s(), {{S("Q\"1"), S("P,9"), S("PO9"), S("Ünal"), S("M"), 9, on(3, 9)}}));
     ASSERT_EQ(WriteListingCsv(s(), ListingRequest{}, csv), QString());
     const QString written = QString::fromUtf8(FileBytes(csv));
@@ -148,7 +138,6 @@ TARLOX_ON_BOTH_ENGINES(ListingTest);
 
 TEST(UpdatePairs, ReadFromCsv)
 {
-    QTemporaryDir dir;
     const struct { const char* name; QByteArray content; QList<UpdatePair> pairs; bool ok; } cases[] = {
         {"quotes and commas", "\"Acme, Inc.\",\"Acme \"\"New\"\"\"\r\nO'Neil,Carter\r\n",
          {{S("Acme, Inc."), S("Acme \"New\"")}, {S("O'Neil"), S("Carter")}}, true},
@@ -156,6 +145,7 @@ TEST(UpdatePairs, ReadFromCsv)
         {"plain last field without a line end", "A,B\r\nC,D", {}, false},
         {"Windows-1252", "M\xfcller,Miller\r\n", {{S("Müller"), S("Miller")}}, true},
     };
+    QTemporaryDir dir;
     for (const auto& c : cases) {
         const QString path = dir.filePath(S("pairs.csv"));
         ASSERT_TRUE(WriteFile(path, c.content));
@@ -184,10 +174,8 @@ TEST(ListingSize, StreamsPageByPage)
     ListingRequest request;
     request.sort = ListingSort::Vend;
     {
-        // The engine's own cache fills on a first read.
-        ListingRows rows(site.session(), request);
-        InfoRow row;
-        while (rows.next(row)) {}
+        ListingRows rows(site.session(), request);  // the engine's own cache fills on a first read
+        for (InfoRow row; rows.next(row);) {}
     }
     const qint64 before = peakKb();
     ListingPager pager(site.session(), request, 54);
