@@ -14,17 +14,14 @@ TEST(ReadField, ReadsFieldsOfATextUpToItsEnd)
         {QStringLiteral("O'Neil,\"D'Arcy\",\"#5 #6\"\r\n"), {u"O'Neil"_s, u"D'Arcy"_s, u"#5 #6"_s}},
         {QStringLiteral(u"\"Stål\",Ærø\r\n"), {u"Stål"_s, u"Ærø"_s}},
         // A closing quote not followed by a comma or line end is dropped.
-        {QStringLiteral("\"He said \"hi\" ok\",x\r\n"), {u"He said hi ok"_s, u"x"_s}},
-        {QStringLiteral("\"2\"\" PIPE\",\"\"\"\"\r\n"), {u"2\" PIPE"_s, u"\""_s}},
+        {QStringLiteral("\"He said \"hi\" ok\",x\r\n"), {u"He said hi ok"_s, u"x"_s}}, {QStringLiteral("\"2\"\" PIPE\",\"\"\"\"\r\n"), {u"2\" PIPE"_s, u"\""_s}},
         {QStringLiteral("\"A\",B\"\r\n"), {u"A"_s, u"B\""_s}},
         // A carriage return ends a field, inside quotes too.
         {QStringLiteral("\"ab\r\ncd\",e\r\n"), {u"ab"_s, u"cd\""_s, u"e"_s}},
         // Lines run on: the empty last field takes the next line's first one.
         {QStringLiteral("a,b\r\nc,\r\nd,e\r\n"), {u"a"_s, u"b"_s, u"c"_s, u"\r\nd"_s, u"e"_s}},
         // No line end after the last line.
-        {QStringLiteral("a,\"b\""), {u"a"_s, u"b"_s}},
-        {QStringLiteral("1,#2004-03-09#"), {u"1"_s, u"2004-03-09"_s}},
-        {QStringLiteral("a,b"), {u"a"_s}, true},
+        {QStringLiteral("a,\"b\""), {u"a"_s, u"b"_s}}, {QStringLiteral("1,#2004-03-09#"), {u"1"_s, u"2004-03-09"_s}}, {QStringLiteral("a,b"), {u"a"_s}, true},
     };
     for (const auto& row : rows) {
         QStringList fields;

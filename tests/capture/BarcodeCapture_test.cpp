@@ -13,8 +13,6 @@
 
 #include <QFile>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -42,15 +40,10 @@ class BarcodeCaptureTest : public SiteTest {};
 // stored report holds a sheet.
 TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
 {
-    struct Case {
-        const char* layout;
-        QList<int> pages;                  // Pgs of each row
-        QList<QList<int>> stored;          // stack pages (from 1) of each stored report, by row
-        const char* error;
-    };
+    // Pgs of each row; the stack pages (from 1) of each stored report, by row.
+    struct Case { const char* layout; QList<int> pages; QList<QList<int>> stored; const char* error; };
     const Case cases[] = {
-        {"SPPSP", {2, 1}, {{2, 3}, {5}}, ""},
-        {"SPSSPP", {1, 0, 2}, {{2}, {}, {5, 6}}, ""},
+        {"SPPSP", {2, 1}, {{2, 3}, {5}}, ""}, {"SPSSPP", {1, 0, 2}, {{2}, {}, {5, 6}}, ""},
         {"SSPP", {0, 2}, {}, ""},  // the first row has no pages: Update stays off
         {"PSP", {}, {}, "The first page must contain barcodes"},
     };
@@ -66,26 +59,22 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
         int progress = 0;
         const BarcodeGrid grid = ReadBarcodeStack(stack, reader, *client, [&](int done, int) { return ++progress == done; });
         QList<int> pgs;
-        for (const BarcodeRow& row : grid.rows)
-            pgs.append(row.pages);
+        for (const BarcodeRow& row : grid.rows) pgs.append(row.pages);
         EXPECT_EQ(std::tuple(grid.error, pgs, grid.canUpdate()), std::tuple(QString::fromLatin1(c.error), c.pages, !c.stored.isEmpty()));
-        if (!grid.canUpdate())
-            continue;
+        if (!grid.canUpdate()) continue;
         // PO-2 is not in the file.
         EXPECT_EQ(std::tuple(grid.rows[0].heat, grid.rows[0].vendor, grid.rows[1].heat), std::tuple(QStringLiteral("H1"), QStringLiteral("Acme, Inc."), QString()));
 
         QList<BarcodeRow> rows = grid.rows;
         for (BarcodeRow& row : rows)
-            if (row.heat.isEmpty())
-                row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
+            if (row.heat.isEmpty()) row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
         s().pageSizeCode = QStringLiteral(" ");
         const BarcodeUpdate update = StoreBarcodeGrid(s(), stack, rows, 300, *client, Duplicates::Allow);
         EXPECT_FALSE(update.stopped);
         for (int row = 0; row < c.stored.size(); ++row) {
             const qint32 number = update.images[row];
             EXPECT_EQ(number > 0, !c.stored[row].isEmpty()) << "row " << row;
-            if (!number)
-                continue;
+            if (!number) continue;
             ASSERT_TRUE(GetImage(s(), number));
             auto stored = TiffReader::open(s().imageFilePath);
             ASSERT_TRUE(stored.ok() && stored->pageCount() == c.stored[row].size());
@@ -118,13 +107,8 @@ TEST(RbqClient, ProvidersFillAndRecord)
                                    "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
                                    "esac\n"));
     QFile::setPermissions(program, QFile::permissions(program) | QFileDevice::ExeOwner);
-    struct Case {
-        QString setting;
-        bool fills;
-        qint16 receipt;  // as the system gives it back
-        QString record;  // the file recording the update, and its line
-        QString recorded;
-    };
+    // The receipt as the system gives it back; the file recording the update, and its line.
+    struct Case { QString setting; bool fills; qint16 receipt; QString record, recorded; };
     const Case cases[] = {
         {QStringLiteral("csv:") + csv, true, 0, csv + QStringLiteral(".log"), QStringLiteral(",PO9,0,7,0,123\n")},
         {QStringLiteral("cmd:") + program, true, 5, dir.filePath(QStringLiteral("calls.txt")), QStringLiteral("update PO9 0 7 0 123\nfinish\n")},

@@ -20,12 +20,8 @@ using namespace tarlox;
 
 namespace {
 
-struct Symbol {
-    ZXing::BarcodeFormat format;
-    const char* text;
-    double left;  // inches from the page's corner
-    double top;
-};
+// At left and top inches from the page's corner.
+struct Symbol { ZXing::BarcodeFormat format; const char* text; double left, top; };
 
 // A Letter page at dpi, black and white, with typed lines of a test report
 // and the symbols drawn by the decoder's own writer: bars of 0.01 in, 2-D
@@ -48,8 +44,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
         painter.fillRect(area.adjusted(-dpi / 5, -dpi / 5, dpi / 5, dpi / 5), Qt::white);  // quiet zone
         for (int y = 0; y < (linear ? 1 : matrix.height()); ++y)
             for (int x = 0; x < matrix.width(); ++x)
-                if (matrix.get(x, y))
-                    painter.fillRect(area.left() + x * module, area.top() + y * module, module, linear ? height : module, Qt::black);
+                if (matrix.get(x, y)) painter.fillRect(area.left() + x * module, area.top() + y * module, module, linear ? height : module, Qt::black);
     }
     painter.end();
     QImage page = ToStoreMono(grey.convertToFormat(QImage::Format_Mono, Qt::ThresholdDither));
@@ -60,8 +55,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
 QStringList Texts(const BarcodePage& page)
 {
     QStringList texts;
-    for (const BarcodeCode& code : page.codes)
-        texts.append(code.text);
+    for (const BarcodeCode& code : page.codes) texts.append(code.text);
     return texts;
 }
 
@@ -103,8 +97,7 @@ TEST(BarcodeReader, DataMatrixAnywhereOnThePageAndPagesWithout)
 TEST(BarcodeReader, SeparatorSheetsReadBackToTheirKeys)
 {
     // Equal neighbours (1, 1) are two codes, not one code read twice.
-    const QList<BarcodeKey> keys = {{QStringLiteral("PO123"), 0, 7, 0}, {QStringLiteral("45-9981/B"), 32767, -12, 3},
-                                    {QStringLiteral("PO-300"), 1, 1, 9}};
+    const QList<BarcodeKey> keys = {{QStringLiteral("PO123"), 0, 7, 0}, {QStringLiteral("45-9981/B"), 32767, -12, 3}, {QStringLiteral("PO-300"), 1, 1, 9}};
     QTemporaryDir dir;
     const QString tiff = dir.filePath(QStringLiteral("sheets.tif")), pdf = dir.filePath(QStringLiteral("sheets.pdf"));
     ASSERT_TRUE(WriteSeparatorSheetsTiff(tiff, keys).ok() && WriteSeparatorSheetsPdf(pdf, keys).ok());
@@ -148,8 +141,7 @@ TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
                 ::kill(pid_t(pid), SIGKILL);
             });
         const BarcodePage lost = reader.read(page);
-        if (killer.joinable())
-            killer.join();
+        if (killer.joinable()) killer.join();
         EXPECT_TRUE(lost.codes.isEmpty() && lost.note.contains(hang ? QStringLiteral("took more than") : QStringLiteral("stopped"))) << lost.note.toStdString();
         EXPECT_EQ(reader.read(page).text(), QStringLiteral("NEXT-1\t"));
         EXPECT_NE(reader.helperProcessId(), pid);
@@ -160,15 +152,10 @@ TEST(BarcodeKey, SplitOfTheBarcodeText)
 {
     const struct { const char* text; const char* po; int receipt, line, tag; bool ok; } rows[] = {
         {"PO123\t7\t", "PO123", 0, 7, 0, true},  // two codes: P/O and line
-        {"PO123\t4\t7\t2\t", "PO123", 4, 7, 2, true},
-        {"PO123\t4\t7\t", "PO123", 4, 7, 0, true},
+        {"PO123\t4\t7\t2\t", "PO123", 4, 7, 2, true}, {"PO123\t4\t7\t", "PO123", 4, 7, 0, true},
         {"PO123\t4\t7\t2\t99\t", "PO123", 4, 7, 2, true},  // cut to four
-        {"PO123\t", "PO123", 0, 0, 0, true},
-        {"PO123", "PO123", 0, 0, 0, true},
-        {"PO9\t-32768\t32767\t 5 \t", "PO9", -32768, 32767, 5, true},
-        {"PO9\t1\t32768\t", "", 0, 0, 0, false},
-        {"PO9\tR1\t2\t3\t", "", 0, 0, 0, false},
-        {"PO9\t1\t2.5\t3\t", "", 0, 0, 0, false},
+        {"PO123\t", "PO123", 0, 0, 0, true}, {"PO123", "PO123", 0, 0, 0, true}, {"PO9\t-32768\t32767\t 5 \t", "PO9", -32768, 32767, 5, true},
+        {"PO9\t1\t32768\t", "", 0, 0, 0, false}, {"PO9\tR1\t2\t3\t", "", 0, 0, 0, false}, {"PO9\t1\t2.5\t3\t", "", 0, 0, 0, false},
     };
     for (const auto& r : rows) {
         const IoResult<BarcodeKey> key = SplitBarcodeText(QString::fromLatin1(r.text));

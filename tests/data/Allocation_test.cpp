@@ -11,8 +11,6 @@
 #include <QRegularExpression>
 #include <QThread>
 
-#include <gtest/gtest.h>
-
 #include <signal.h>
 
 using namespace tarlox;
@@ -94,11 +92,10 @@ TEST_P(AllocationTest, FourWorkstationsAddingAtOnceGetDistinctNumbers)
 
     const QSet<qint32> files = checkFiles();
     EXPECT_EQ(files, distinct);
-    EXPECT_EQ((QList<qint64>{scalar(QStringLiteral("SELECT count(DISTINCT \"Image #\") FROM \"Images\"")), scalar(QStringLiteral("SELECT count(*) FROM \"Info\"")),
-                             scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\""))}),
+    EXPECT_EQ((QList<qint64>{scalar(QStringLiteral("SELECT count(DISTINCT \"Image #\") FROM \"Images\"")), rows(QStringLiteral("Info")), nextName()}),
               (QList<qint64>{Processes * Each, Processes * Each * 2, Processes * Each + 1}));
     checkRows(files);
-    EXPECT_TRUE(QDir(site.path(QStringLiteral("TEMP"))).entryList(QDir::Files).isEmpty());
+    EXPECT_TRUE(SiteTest::files(QStringLiteral("TEMP")).isEmpty());
 }
 
 TEST_P(AllocationTest, KilledAtAnyMomentLeavesNoHalfFileAndNoLoneReference)

@@ -3,11 +3,8 @@
 #include "startup/Startup.h"
 #include "support/TestSite.h"
 
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QUuid>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;

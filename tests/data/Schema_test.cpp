@@ -4,8 +4,6 @@
 #include "data/Connection.h"
 #include "support/TestSite.h"
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -14,10 +12,7 @@ namespace {
 class SchemaTest : public SiteTest {
 protected:
     void SetUp() override {}  // each test builds its database itself
-    QString type(int limit) const
-    {
-        return site.engine() == Engine::Sqlite ? QStringLiteral("VARCHAR(%1)").arg(limit) : QStringLiteral("varchar(%1)").arg(limit);
-    }
+    QString type(int limit) const { return site.engine() == Engine::Sqlite ? QStringLiteral("VARCHAR(%1)").arg(limit) : QStringLiteral("varchar(%1)").arg(limit); }
     QString date() const { return site.engine() == Engine::Sqlite ? QStringLiteral("TEXT") : QStringLiteral("timestamp"); }
 
     // As an older release left it: the fax table under its old name without Email, "Volumn ID",

@@ -4,8 +4,6 @@
 
 #include <QTimeZone>
 
-#include <gtest/gtest.h>
-
 #include <ctime>
 
 using namespace tarlox;
@@ -18,11 +16,7 @@ class TimeZoneTest : public SiteTest {
 protected:
     static void SetUpTestSuite() { qputenv("TZ", "America/Chicago"); tzset(); }
     static void TearDownTestSuite() { qputenv("TZ", "UTC"); tzset(); }
-    void SetUp() override
-    {
-        ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago"));
-        ASSERT_TRUE(site.start());
-    }
+    void SetUp() override { ASSERT_EQ(QTimeZone::systemTimeZoneId(), QByteArray("America/Chicago")); ASSERT_TRUE(site.start()); }
 };
 
 }  // namespace
@@ -41,10 +35,7 @@ TEST_P(TimeZoneTest, EntryDatesKeepTheWorkstationsClockTime)
     EXPECT_EQ(std::tuple(dateOf(501), dateOf(502)), std::tuple(lateEvening, summerMorning));
 
     // 10:30 pm on the 15th is on the 15th here, though already the 16th in UTC.
-    FindCriteria day;
-    day.heat = QStringLiteral("HZ*");
-    day.from = QStringLiteral("1/15/2026");
-    day.to = QStringLiteral("1/15/2026");
+    FindCriteria day{.heat = QStringLiteral("HZ*"), .from = QStringLiteral("1/15/2026"), .to = QStringLiteral("1/15/2026")};
     const FindResult found = FindReferences(s(), day, 100);
     ASSERT_EQ(found.rows.size(), 1);
     EXPECT_EQ(std::tuple(found.rows.first().imageNumber, found.rows.first().entryDate), std::tuple(501, lateEvening));

@@ -57,8 +57,7 @@ int main(int argc, char** argv)
 
     CountingPrompter prompter;
     Session s(prompter);
-    s.localIni = QFileInfo(ini).absoluteFilePath();
-    s.programDir = QFileInfo(ini).absolutePath() + QLatin1Char('/');
+    std::tie(s.localIni, s.programDir) = std::tuple(QFileInfo(ini).absoluteFilePath(), QFileInfo(ini).absolutePath() + QLatin1Char('/'));
     if (!StartSession(s).ok() || !GetInfoFieldLengths(s)) return 2;
     const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid()));
     ConnectionScope connection(s.db());
@@ -69,13 +68,9 @@ int main(int argc, char** argv)
         const auto taken = GetNextImage(s);
         if (!taken) return 3;
         const qint32 number = taken->number;
-        s.tempFilePath = taken->tempFilePath;
-        s.imageFilePath = taken->filePath;
+        std::tie(s.tempFilePath, s.imageFilePath) = std::tie(taken->tempFilePath, taken->filePath);
         if (QFile work(s.tempFilePath); !work.open(QIODevice::WriteOnly) || work.write(contentFor(number, bytes)) < 0) return 5;
-        if (QFile::exists(s.imageFilePath)) {
-            std::fprintf(stderr, "%s exists already\n", qPrintable(s.imageFilePath));
-            return 4;
-        }
+        if (QFile::exists(s.imageFilePath)) return std::fprintf(stderr, "%s exists already\n", qPrintable(s.imageFilePath)), 4;
         if (!FromTemp(s)) return 5;
         KillFile(s.tempFilePath);
         s.image = ImageRecord{number, taken->storedPath, s.dataVolume, now, QStringLiteral(" "), QStringLiteral("4")};

@@ -6,11 +6,8 @@
 
 #include "search/SearchData.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 
 using namespace tarlox;
@@ -26,11 +23,10 @@ class ReferenceEditTest : public SiteTest {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
+        SiteTest::SetUp();
         ASSERT_TRUE(addRefs(s(), {{S("H1"), S("P1"), S("PO1"), S("Acme"), S("Mill"), 7, at(2003, 1, 2, 14, 30), S("/srv/a")},
                                   {S("H2"), S("P2"), S("PO1"), S("Acme"), S("Mill"), 7, at(2003, 1, 2, 14, 30), S("/srv/a")},
                                   {S("H3"), S("P3"), S("PO3"), S("Other"), S("Mill"), 8, at(2003, 2, 1), S("/srv/b")}}));
-        site.prompter().clear();
     }
 
     // Every reference as one line, in key order: the whole table at a glance.
@@ -167,8 +163,7 @@ TEST_P(ReferenceEditTest, TwoWorkstationsCantRemoveTheLastTwoReferences)
     });
     second.join();
     ASSERT_TRUE(committed);
-    EXPECT_EQ(std::tuple(outcome.load(), scalarOf(s(), QStringLiteral("SELECT count(*) FROM \"Info\" WHERE \"Image #\" = 7"))),
-              std::tuple(static_cast<int>(RemoveResult::Outcome::OnlyReference), 1));
+    EXPECT_EQ(std::tuple(outcome.load(), rows(u"Info"_s, u"\"Image #\" = 7"_s)), std::tuple(static_cast<int>(RemoveResult::Outcome::OnlyReference), 1));
 }
 
 TARLOX_ON_BOTH_ENGINES(ReferenceEditTest);

@@ -6,12 +6,9 @@
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QThread>
 #include <QUuid>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;

@@ -1,11 +1,6 @@
 #include "data/FormGeometry.h"
 #include "base/IniFile.h"
-#include "data/Session.h"
-#include "support/ScriptedPrompter.h"
-
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
+#include "support/TestSite.h"
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -20,8 +15,7 @@ TEST(LayoutTag, PlacesControlsByTheirDistanceFromTheFormsEdges)
         {"FromWidth=330,FromHeight=1980", {9615, 5940}, {120, 120, 10, 10}, {120, 120, 9285, 3960}},
         {"FromBottom=900,FromWidth=120", {9615, 5940}, {60, 0, 10, 400}, {60, 5040, 9495, 400}},
         // A settings binding has no layout keys: the control stays.
-        {"Section=Email,Item=User", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}},
-        {"", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}},
+        {"Section=Email,Item=User", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}}, {"", {9615, 5940}, {10, 20, 30, 40}, {10, 20, 30, 40}},
         // A form too small for the stretch: nothing becomes negative.
         {"FromWidth=20000", {9615, 5940}, {0, 0, 100, 100}, {0, 0, 0, 100}},
     };
@@ -36,9 +30,9 @@ TEST(LayoutTag, MinimumSizeOfTheFormsTag)
               (QList<QSize>{QSize(9615, 5940), QSize(0, 5940), QSize(0, 0)}));
 }
 
-class FormGeometryFile : public ::testing::Test {
+class FormGeometryFile : public TempDirTest {
 protected:
-    void SetUp() override { session.localIni = dir.filePath(QStringLiteral("TARLOX.INI")); }
+    void SetUp() override { session.localIni = path(QStringLiteral("TARLOX.INI")); }
     QString read(const QString& section, const QString& key) { return ReadIniValue(session.localIni, section, key).value; }
     using Fields = std::tuple<std::optional<FormState>, std::optional<double>, std::optional<double>, std::optional<double>, std::optional<double>>;
     Fields readBack(const QString& section, const QString& form)
@@ -46,8 +40,6 @@ protected:
         const FormGeometry g = ReadFormGeometry(session, section, form);
         return {g.state, g.height, g.width, g.top, g.left};
     }
-
-    QTemporaryDir dir;
     ScriptedPrompter prompter;
     Session session{prompter};
 };

@@ -2,10 +2,7 @@
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 #include <QtConcurrent>
-
-#include <gtest/gtest.h>
 
 #include <numeric>
 
@@ -13,14 +10,12 @@ using namespace tarlox;
 
 namespace {
 
-class IniFileTest : public ::testing::Test {
+class IniFileTest : public test::TempDirTest {
 protected:
     QString readAll() const { return QString::fromUtf8(test::FileBytes(file)); }
     void writeAll(const QByteArray& bytes) const { ASSERT_TRUE(test::WriteFile(file, bytes)); }
     QString read(const char* section, const char* key) const { return ReadIniValue(file, QLatin1String(section), QLatin1String(key)).value; }
-
-    QTemporaryDir dir;
-    QString file = dir.filePath(QStringLiteral("TARLOX.INI"));
+    QString file = path(QStringLiteral("TARLOX.INI"));
 };
 
 }  // namespace

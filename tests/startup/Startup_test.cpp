@@ -1,7 +1,7 @@
-#include "data/OptionsData.h"
-#include "data/Connection.h"
-#include "data/Schema.h"
 #include "base/IniFile.h"
+#include "data/Connection.h"
+#include "data/OptionsData.h"
+#include "data/Schema.h"
 #include "startup/Startup.h"
 #include "support/PrivatePostgres.h"
 #include "support/SystemTexts.h"
@@ -10,9 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::test;
@@ -50,15 +47,13 @@ TEST_F(FirstStartTest, OkCreatesSettingsDataDirectoryAndDatabase)
     EXPECT_EQ((QStringList{ReadIniValue(ini, QStringLiteral("Info"), QStringLiteral("ServerIni")).value,
                            ReadIniValue(ini, QStringLiteral("Data"), QStringLiteral("DatabaseType")).value, session.dataDir, session.options.version}),
               (QStringList{ini, QStringLiteral("Access"), dir.filePath(QStringLiteral("DATA")), session.programVersion}));
-    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("Tarlox.db"))).isFile());
-    EXPECT_EQ(session.machine.errorNumber, 0) << "the machine got its row";
+    EXPECT_TRUE(QFileInfo(dir.filePath(QStringLiteral("Tarlox.db"))).isFile() && session.machine.errorNumber == 0) << "the database, and the machine's row";
 
     // The next start asks nothing.
     ScriptedPrompter again;
     Session second(again);
     second.programDir = session.programDir;
-    ASSERT_TRUE(StartSession(second).ok());
-    EXPECT_TRUE(again.asked().isEmpty()) << again.titles().join(QLatin1Char(',')).toStdString();
+    EXPECT_TRUE(StartSession(second).ok() && again.asked().isEmpty()) << again.titles().join(QLatin1Char(',')).toStdString();
 }
 
 TEST_F(FirstStartTest, CancelEndsWithoutFiles)
@@ -84,15 +79,12 @@ TEST_F(StartupTest, MissingServerFileAsksRetryUntilItAppears)
     const QByteArray saved = FileBytes(server);
     QFile::remove(server);
     int asks = 0;
-    site.prompter().onAsk([&](const Prompt& p) {
-        if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2) WriteFile(server, saved);
-    });
-    for (Answer a : {Answer::Retry, Answer::Retry}) site.prompter().answer(a);
+    site.prompter().onAsk([&](const Prompt& p) { if (p.title == QLatin1String("Invalid Server Information File") && ++asks == 2) WriteFile(server, saved); });
+    site.prompter().answer(Answer::Retry), site.prompter().answer(Answer::Retry);
     ASSERT_TRUE(StartSession(site.session()).ok());
     EXPECT_TRUE(asks == 2 && site.prompter().textOf(QStringLiteral("Invalid Server Information File")).contains(server));
     // Cancel ends the start.
-    QFile::remove(server);
-    site.prompter().answer(Answer::Cancel);
+    QFile::remove(server), site.prompter().answer(Answer::Cancel);
     EXPECT_FALSE(StartSession(site.session()).ok());
 }
 
@@ -104,9 +96,8 @@ TEST_F(StartupTest, UnknownDatabaseTypeRunsAsFileDatabaseAndYearIsAppended)
         WriteIniValue(file, QLatin1String(section), QLatin1String(key), value);
     site.session().clock().pin(QDateTime(QDate(2026, 3, 1), QTime(9, 0)));
     ASSERT_TRUE(StartSession(site.session()).ok());
-    EXPECT_TRUE(site.prompter().asked().isEmpty()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
-    EXPECT_EQ(std::tuple(site.session().databaseType, site.session().dataDir, QFileInfo(site.session().dataDir).isDir()),
-              std::tuple(QStringLiteral("Access"), site.path(QStringLiteral("MTR/2026")), true));
+    EXPECT_EQ(std::tuple(site.session().databaseType, site.session().dataDir, QFileInfo(site.session().dataDir).isDir(), site.prompter().titles()),
+              std::tuple(QStringLiteral("Access"), site.path(QStringLiteral("MTR/2026")), true, QStringList()));
 }
 
 TEST_F(StartupTest, BadDatabaseFileGivesClearMessagesAndStaysAsItWas)
@@ -117,21 +108,18 @@ TEST_F(StartupTest, BadDatabaseFileGivesClearMessagesAndStaysAsItWas)
         const QByteArray content = QFile::exists(QFileInfo(file).path()) ? "these are not the tables you are looking for\n" : "";
         ASSERT_TRUE(content.isEmpty() || WriteFile(file, content));
         WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("DataBase"), file);
-        site.prompter().clear();
-        site.prompter().answer(Answer::Ok);      // the error report
-        site.prompter().answer(Answer::Cancel);  // the Options box
+        site.prompter().clear(), site.prompter().answer(Answer::Ok), site.prompter().answer(Answer::Cancel);  // the error report, the Options box
         EXPECT_FALSE(StartSession(site.session()).ok());
-        EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("Driver=SQLite;Data Source=") + file));
-        EXPECT_EQ(std::tuple(site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")), FileBytes(file), QFileInfo::exists(file)),
-                  std::tuple(true, content, !content.isEmpty()));
+        EXPECT_EQ(std::tuple(site.prompter().textOf(QStringLiteral("Tarlox")).contains(QStringLiteral("Driver=SQLite;Data Source=") + file),
+                             site.prompter().wasAsked(QStringLiteral("Invalid Server Information File")), FileBytes(file), QFileInfo::exists(file)),
+                  std::tuple(true, true, content, !content.isEmpty()));
     }
 }
 
 TEST(Startup, ServerDownThenBackRetryReconnects)
 {
     PrivatePostgres server;
-    ASSERT_TRUE(server.start());
-    ASSERT_TRUE(server.createDatabase(QStringLiteral("tarlox")));
+    ASSERT_TRUE(server.start() && server.createDatabase(QStringLiteral("tarlox")));
     TestSite site(Engine::Sqlite);
     site.writeSettings();
     for (const auto& [key, value] : {std::pair{"DatabaseType", QStringLiteral("SQL")}, {"Server", QStringLiteral("127.0.0.1:%1").arg(server.port())},
@@ -149,8 +137,7 @@ TEST(Startup, ServerDownThenBackRetryReconnects)
     site.prompter().onAsk([&](const Prompt& p) {
         if (p.title == QLatin1String("Invalid Server Information File") && !std::exchange(restarted, true)) { ASSERT_TRUE(server.start()); }
     });
-    site.prompter().answer(Answer::Ok);     // the report of the failed connection
-    site.prompter().answer(Answer::Retry);  // the server is back
+    site.prompter().answer(Answer::Ok), site.prompter().answer(Answer::Retry);  // the report of the failed connection; the server is back
     ASSERT_TRUE(StartSession(site.session()).ok()) << site.prompter().titles().join(QLatin1Char(',')).toStdString();
     const QString report = site.prompter().textOf(QStringLiteral("Tarlox"));
     EXPECT_EQ(std::tuple(report.contains(QStringLiteral("password=******")), report.contains(QStringLiteral("secret")), site.session().databaseType),
@@ -175,7 +162,7 @@ TEST_F(StartupTest, TraceWritesMainAndEachProcedure)
     EXPECT_EQ(site.prompter().textOf(QStringLiteral("Tarlox")), QStringLiteral("Now adding debug messages to ") + log);
     ASSERT_TRUE(StartSession(site.session()).ok());
     const QStringList lines = QString::fromUtf8(FileBytes(log)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    EXPECT_TRUE(!lines.isEmpty() && lines.first() == QLatin1String("Main") && lines.contains(QLatin1String("ReadUser")));
+    EXPECT_TRUE(lines.value(0) == QLatin1String("Main") && lines.contains(QLatin1String("ReadUser")));
 
     // "/d=" with no path: the open fails through the error report.
     TestSite other;

@@ -9,8 +9,6 @@
 #include <QFile>
 #include <QThread>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -80,7 +78,7 @@ TEST_P(NewerProgram, UpgradesTheDataOnceAndTheNextStartShowsNoBox)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, NewerProgram, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(NewerProgram);
 
 // One for the data's version, or the generic one when only the revision differs; the data's version stays.
 TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
@@ -103,17 +101,11 @@ TEST(OlderProgram, WithoutAnUpgradeProgramNamesTheOneToRun)
 // Answers to "Bad Version" and, where the program can't run, to "Can't Upgrade".
 TEST(OlderProgram, AnswersToTheUpgradeQuestion)
 {
-    const struct {
-        const char* dataVersion;
-        const char* program;  // in the server directory
-        bool executable;
-        QList<Answer> answers;
-        bool goesOn, ran;
-    } rows[] = {
+    // The upgrade program lies in the server directory.
+    const struct { const char *dataVersion, *program; bool executable; QList<Answer> answers; bool goesOn, ran; } rows[] = {
         {"7.00.0006", "TLXUpgrade", true, {Answer::Yes}, false, true},  // may lie there without ".exe"
         {"8.00.0001", "tlug8.00", true, {Answer::Yes}, false, true},    // found whatever its case
-        {"7.00.0006", "TLXUpgrade.exe", true, {Answer::No}, true, false},
-        {"7.00.0006", "TLXUpgrade.exe", true, {Answer::Cancel}, false, false},
+        {"7.00.0006", "TLXUpgrade.exe", true, {Answer::No}, true, false}, {"7.00.0006", "TLXUpgrade.exe", true, {Answer::Cancel}, false, false},
         {"7.00.0006", "TLXUpgrade.exe", false, {Answer::Yes, Answer::Ok}, true, false},
         {"7.00.0006", "TLXUpgrade.exe", false, {Answer::Yes, Answer::Cancel}, false, false},
     };

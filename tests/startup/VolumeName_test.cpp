@@ -1,11 +1,9 @@
 #include "base/VolumeName.h"
 #include "support/QtPrinters.h"
+#include "support/TestSite.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 using namespace tarlox::detail;
@@ -19,19 +17,16 @@ QString line(int id, const QString& mountPoint, const QString& fsType, const QSt
     return QStringLiteral("%1 1 %2 / %3 rw,relatime shared:1 - %4 %5 rw\n").arg(id).arg(device, escaped(mountPoint), fsType, source);
 }
 
-class VolumeNameTest : public ::testing::Test {
+class VolumeNameTest : public test::TempDirTest {
 protected:
     void SetUp() override
     {
-        for (const char* path : {"mnt/a/MTR", "mnt/ab/MTR", "mnt/with blank/MTR", "disk/by-label", "disk/by-uuid"})
-            ASSERT_TRUE(QDir(root.path()).mkpath(QLatin1String(path)));
+        for (const char* sub : {"mnt/a/MTR", "mnt/ab/MTR", "mnt/with blank/MTR", "disk/by-label", "disk/by-uuid"}) ASSERT_TRUE(QDir().mkpath(at(QLatin1String(sub))));
     }
-    QString at(const QString& relative) const { return root.filePath(relative); }
+    QString at(const QString& relative) const { return path(relative); }
     QString disk() const { return at(QStringLiteral("disk")); }
     QString name(const char* path, const QString& table) const { return VolumeNameIn(at(QLatin1String(path)), table, disk()); }
     void link(const QString& relative, const QString& target) { ASSERT_TRUE(QFile::link(target, at(relative))); }
-
-    QTemporaryDir root;
 };
 
 TEST_F(VolumeNameTest, LabelThenUuidOfTheDeviceOfTheLongestMount)

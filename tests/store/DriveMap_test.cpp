@@ -9,39 +9,23 @@ namespace {
 
 TEST(DriveMap, LettersAndPrefixesBothWays)
 {
+    constexpr MapDirection S = MapDirection::ToStored, L = MapDirection::ToLocal;
     const struct { const char *map, *path; MapDirection direction; const char* expected; } cases[] = {
-        {"", "C:/MTR", MapDirection::ToStored, "C:/MTR"},
-        {"F=C", "C:/MTR", MapDirection::ToStored, "F:/MTR"},
-        {"F=C", "D:/MTR", MapDirection::ToStored, "D:/MTR"},
-        {"F=C", "F:/MTR", MapDirection::ToLocal, "C:/MTR"},
-        {"F=CG=D", "G:/IMG", MapDirection::ToLocal, "D:/IMG"},
-        {"F=CG=D", "D:/IMG", MapDirection::ToStored, "G:/IMG"},
-        {"F=CG=D", "E:/IMG", MapDirection::ToLocal, "E:/IMG"},
-        // exact in case
-        {"F=C", "f:/img", MapDirection::ToLocal, "f:/img"},
-        // one mapping at most: F becomes C and is not mapped on to D
-        {"F=CC=D", "F:/X", MapDirection::ToLocal, "C:/X"},
-        // two characters are no entry; a trailing part of an entry is ignored
-        {"F=", "F:/X", MapDirection::ToLocal, "F:/X"},
-        {"F=CG", "G:/X", MapDirection::ToLocal, "G:/X"},
-        // letter entries only touch drive-letter paths
-        {"F=C", "/srv/x", MapDirection::ToStored, "/srv/x"},
-        {"F=C", "Fred/x", MapDirection::ToLocal, "Fred/x"},
+        {"", "C:/MTR", S, "C:/MTR"}, {"F=C", "C:/MTR", S, "F:/MTR"}, {"F=C", "D:/MTR", S, "D:/MTR"}, {"F=C", "F:/MTR", L, "C:/MTR"},
+        {"F=CG=D", "G:/IMG", L, "D:/IMG"}, {"F=CG=D", "D:/IMG", S, "G:/IMG"}, {"F=CG=D", "E:/IMG", L, "E:/IMG"},
+        {"F=C", "f:/img", L, "f:/img"},  // exact in case
+        {"F=CC=D", "F:/X", L, "C:/X"},   // one mapping at most: F becomes C and is not mapped on to D
+        {"F=", "F:/X", L, "F:/X"}, {"F=CG", "G:/X", L, "G:/X"},  // two characters are no entry; a trailing part of an entry is ignored
+        {"F=C", "/srv/x", S, "/srv/x"}, {"F=C", "Fred/x", L, "Fred/x"},  // letter entries only touch drive-letter paths
         // prefixes at a component boundary
-        {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox/2024", MapDirection::ToLocal, "/mnt/tarlox/2024"},
-        {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox", MapDirection::ToLocal, "/mnt/tarlox"},
-        {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox2/x", MapDirection::ToLocal, "/srv/tarlox2/x"},
-        {"/srv/tarlox=/mnt/tarlox", "/mnt/tarlox/2024", MapDirection::ToStored, "/srv/tarlox/2024"},
-        {"/srv/tarlox=/mnt/tarlox", "/mnt/tarlox/2024", MapDirection::ToLocal, "/mnt/tarlox/2024"},
-        {"/srv/tarlox/=/mnt/tarlox/", "/srv/tarlox/a", MapDirection::ToLocal, "/mnt/tarlox/a"},
+        {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox/2024", L, "/mnt/tarlox/2024"}, {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox", L, "/mnt/tarlox"},
+        {"/srv/tarlox=/mnt/tarlox", "/srv/tarlox2/x", L, "/srv/tarlox2/x"}, {"/srv/tarlox=/mnt/tarlox", "/mnt/tarlox/2024", S, "/srv/tarlox/2024"},
+        {"/srv/tarlox=/mnt/tarlox", "/mnt/tarlox/2024", L, "/mnt/tarlox/2024"}, {"/srv/tarlox/=/mnt/tarlox/", "/srv/tarlox/a", L, "/mnt/tarlox/a"},
         // first match wins, in the order written
-        {"/srv=/a;/srv/tarlox=/b", "/srv/tarlox/x", MapDirection::ToLocal, "/a/tarlox/x"},
-        {"/srv/tarlox=/b;/srv=/a", "/srv/tarlox/x", MapDirection::ToLocal, "/b/x"},
+        {"/srv=/a;/srv/tarlox=/b", "/srv/tarlox/x", L, "/a/tarlox/x"}, {"/srv/tarlox=/b;/srv=/a", "/srv/tarlox/x", L, "/b/x"},
         // letters and prefixes together
-        {"F=C;/srv/tarlox=/mnt/tarlox", "F:/MTR", MapDirection::ToLocal, "C:/MTR"},
-        {"F=C;/srv/tarlox=/mnt/tarlox", "/srv/tarlox/MTR", MapDirection::ToLocal, "/mnt/tarlox/MTR"},
-        {"F:/MTR=/mnt/mtr", "F:/MTR/2024", MapDirection::ToLocal, "/mnt/mtr/2024"},
-        {"/=/mnt/root", "/srv/x", MapDirection::ToLocal, "/mnt/root/srv/x"},
+        {"F=C;/srv/tarlox=/mnt/tarlox", "F:/MTR", L, "C:/MTR"}, {"F=C;/srv/tarlox=/mnt/tarlox", "/srv/tarlox/MTR", L, "/mnt/tarlox/MTR"},
+        {"F:/MTR=/mnt/mtr", "F:/MTR/2024", L, "/mnt/mtr/2024"}, {"/=/mnt/root", "/srv/x", L, "/mnt/root/srv/x"},
     };
     for (const auto& c : cases) {
         const DriveMapResult result = ApplyDriveMap(QLatin1String(c.map), QLatin1String(c.path), c.direction);

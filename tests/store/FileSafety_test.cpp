@@ -6,9 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <sys/stat.h>
 
@@ -17,7 +14,7 @@ using namespace tarlox::test;
 
 namespace {
 
-class FileSafety : public ::testing::Test {
+class FileSafety : public TempDirTest {
 protected:
     void SetUp() override
     {
@@ -26,15 +23,7 @@ protected:
         original = FileBytes(path("TR000001.TIF"));
     }
 
-    QString path(const QString& name) const { return dir.filePath(name); }
-    QStringList files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System); }
-    void expectUntouched()
-    {
-        EXPECT_EQ(files(), QStringList{QStringLiteral("TR000001.TIF")});
-        EXPECT_EQ(FileBytes(path("TR000001.TIF")), original);
-    }
-
-    QTemporaryDir dir;
+    void expectUntouched() { EXPECT_EQ(files(), QStringList{QStringLiteral("TR000001.TIF")}); EXPECT_EQ(FileBytes(path("TR000001.TIF")), original); }
     QByteArray original;
 };
 

@@ -8,9 +8,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 using namespace tarlox;
 
@@ -24,22 +21,15 @@ TEST(ImageFiles, NamesAndPaths)
 {
     test::ScriptedPrompter prompter;
     Session s(prompter);
-    s.dataDir = QStringLiteral("/srv/img/");
-    s.tempDir = QStringLiteral("/tmp/tlx");
+    std::tie(s.dataDir, s.tempDir) = std::tuple(QStringLiteral("/srv/img/"), QStringLiteral("/tmp/tlx"));
     const NewImage image = NewImagePaths(s, 42);
     const std::tuple<QString, const char*> rows[] = {
-        {ImageFileNameFor(999999), "TR999999.TIF"},
-        {ImageFileNameFor(1000000), "TR000000.TIF"},
-        {ImageLabelFor(1234), "TR001234"},
+        {ImageFileNameFor(999999), "TR999999.TIF"}, {ImageFileNameFor(1000000), "TR000000.TIF"}, {ImageLabelFor(1234), "TR001234"},
         {OriginalPathOf(QStringLiteral("/srv/TRACK/TR000123.TIF")), "/srv/TRACK/OR000123.TIF"},
-        {ViewerWorkPathOf(QStringLiteral("TR000123.TIF")), "TV000123.TIF"},
-        {RescanPathOf(QStringLiteral("TR000123.TIF")), "TM000123.TIF"},
+        {ViewerWorkPathOf(QStringLiteral("TR000123.TIF")), "TV000123.TIF"}, {RescanPathOf(QStringLiteral("TR000123.TIF")), "TM000123.TIF"},
         {OutputOriginalPathOf(QStringLiteral("/tmp/TR000123.TIF")), "/tmp/OT000123.TIF"},
-        {OriginalPathOf(QStringLiteral("short.TIF")), "short.TIF"},
-        {image.filePath, "/srv/img/TR000042.TIF"},
-        {image.tempFilePath, "/tmp/tlx/TR000042.TIF"},
-        {BarcodeBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlx/TempTarlox.tif"},
-        {BatchPageBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlxtemp.tif"},
+        {OriginalPathOf(QStringLiteral("short.TIF")), "short.TIF"}, {image.filePath, "/srv/img/TR000042.TIF"}, {image.tempFilePath, "/tmp/tlx/TR000042.TIF"},
+        {BarcodeBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlx/TempTarlox.tif"}, {BatchPageBufferPath(QStringLiteral("/tmp/tlx")), "/tmp/tlxtemp.tif"},
     };
     for (const auto& [made, expected] : rows) EXPECT_EQ(made, QLatin1String(expected));
 }

@@ -47,13 +47,8 @@ Score Compare(const QImage& result, const QImage& truth, QRect solidBox)
     qint64 text = 0, textHit = 0, paper = 0, paperHit = 0;
     for (int y = 0; y < truth.height(); ++y) for (int x = 0; x < truth.width(); ++x) {
             const bool black = IsBlackAt(result, x, y);
-            if (truth.pixelIndex(x, y) == 1 || solidBox.contains(x, y)) {
-                ++text;
-                textHit += black;
-            } else {
-                ++paper;
-                paperHit += !black;
-            }
+            if (truth.pixelIndex(x, y) == 1 || solidBox.contains(x, y)) ++text, textHit += black;
+            else ++paper, paperHit += !black;
         }
     return Score{double(textHit) / double(text), double(paperHit) / double(paper)};
 }

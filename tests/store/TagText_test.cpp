@@ -7,8 +7,7 @@ using namespace tarlox;
 TEST(TagText, DecodesUtf8WhenValidElseWindows1252)
 {
     const struct { QByteArray bytes; QString text; } rows[] = {
-        {QByteArray("H12345 H67890"), QStringLiteral("H12345 H67890")},
-        {QByteArray(), QString()},
+        {QByteArray("H12345 H67890"), QStringLiteral("H12345 H67890")}, {QByteArray(), QString()},
         {QByteArray("Acier\xC3\xA9 \xE2\x82\xAC 5\xC2\xB0"), QStringLiteral(u"Acieré € 5°")},  // UTF-8
         {QByteArray("Acier\xE9"), QStringLiteral(u"Acieré")},                                     // Latin letter in 1252
         {QByteArray("\x80 \x93Q&T\x94 \x96 \x99"), QStringLiteral(u"€ “Q&T” – ™")},            // the 0x80-0x9F block

@@ -3,21 +3,12 @@
 #include "TestPages.h"
 #include "support/TestSite.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
 
-class TiffReading : public ::testing::Test {
-protected:
-    QString path(const QString& name) const { return dir.filePath(name); }
-
-    QTemporaryDir dir;
-};
+class TiffReading : public TempDirTest {};
 
 // A grey ramp across, darker band in rows 10-19: value at (x, y).
 uint8_t GreyAt(int x, int y) { return uint8_t(y >= 10 && y < 20 ? 30 : 100 + x); }

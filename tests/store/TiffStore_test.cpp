@@ -2,24 +2,14 @@
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
 #include "TestPages.h"
-
-#include <QDir>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
+#include "support/TestSite.h"
 
 using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
 
-class TiffStore : public ::testing::Test {
-protected:
-    QString path(const QString& name) const { return dir.filePath(name); }
-    QStringList files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden); }
-
-    QTemporaryDir dir;
-};
+class TiffStore : public TempDirTest {};
 
 ReportTags SampleTags()
 {

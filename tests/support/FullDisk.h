@@ -22,11 +22,7 @@ public:
         const struct rlimit full{room, saved_.rlim_max};
         setrlimit(RLIMIT_FSIZE, &full);
     }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &saved_);
-        std::signal(SIGXFSZ, previous_);
-    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &saved_); std::signal(SIGXFSZ, previous_); }
     FullDisk(const FullDisk&) = delete;
     FullDisk& operator=(const FullDisk&) = delete;
 
@@ -41,8 +37,7 @@ inline bool RunUnprivileged(const std::function<bool()>& work)
 {
     const pid_t child = fork();
     if (child == 0) {
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
-            _exit(3);
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(3);
         _exit(work() ? 0 : 1);
     }
     int status = 0;

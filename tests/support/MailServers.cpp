@@ -24,15 +24,13 @@ bool greets(int port)
     QTcpSocket socket;
     socket.connectToHost(u"127.0.0.1"_s, quint16(port));
     QByteArray reply;
-    while (reply.size() < 3 && socket.waitForReadyRead(1000))
-        reply += socket.readAll();
+    while (reply.size() < 3 && socket.waitForReadyRead(1000)) reply += socket.readAll();
     return reply.startsWith("+OK");
 }
 
 void stopProcess(QProcess& process)
 {
-    if (process.state() != QProcess::NotRunning && (process.terminate(), !process.waitForFinished(10000)))
-        process.kill(), process.waitForFinished(5000);
+    if (process.state() != QProcess::NotRunning && (process.terminate(), !process.waitForFinished(10000))) process.kill(), process.waitForFinished(5000);
 }
 
 bool fail(QString& error, const QString& why) { return error = why, false; }
@@ -65,17 +63,12 @@ bool SmtpTestServer::start()
     QDir(dir_.path()).mkpath(u"mail"_s);
     QStringList arguments{qEnvironmentVariable("TARLOX_SOURCE_DIR") + u"/tests/support/smtp_server.py"_s, u"--maildir"_s, dir_.filePath(u"mail"_s)};
     if (options_.startTls) {
-        if (!MakeTestCertificate(dir_.path(), certificate_))
-            return fail(error_, u"openssl could not make a certificate"_s);
+        if (!MakeTestCertificate(dir_.path(), certificate_)) return fail(error_, u"openssl could not make a certificate"_s);
         arguments << u"--cert"_s << certificate_.certFile << u"--key"_s << certificate_.keyFile;
     }
-    if (!options_.user.isEmpty())
-        arguments << u"--user"_s << options_.user << u"--password"_s << options_.password
-                  << u"--mechanisms"_s << options_.mechanisms;
-    if (!options_.popLog.isEmpty())
-        arguments << u"--pop-log"_s << options_.popLog;
-    if (options_.silent)
-        arguments << u"--silent"_s;
+    if (!options_.user.isEmpty()) arguments << u"--user"_s << options_.user << u"--password"_s << options_.password << u"--mechanisms"_s << options_.mechanisms;
+    if (!options_.popLog.isEmpty()) arguments << u"--pop-log"_s << options_.popLog;
+    if (options_.silent) arguments << u"--silent"_s;
 
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process_.start(u"/usr/bin/python3"_s, arguments);
@@ -85,10 +78,7 @@ bool SmtpTestServer::start()
         process_.waitForReadyRead(200);
         line += process_.readLine();
     }
-    if (!line.startsWith("ready ")) {
-        stop();
-        return fail(error_, u"smtp_server.py did not start"_s);
-    }
+    if (!line.startsWith("ready ")) return stop(), fail(error_, u"smtp_server.py did not start"_s);
     port_ = line.mid(6).trimmed().toInt();
     return port_ > 0;
 }
@@ -99,8 +89,7 @@ QStringList SmtpTestServer::messages() const
 {
     const QDir mail(dir_.filePath(u"mail"_s));
     QStringList paths;
-    for (const QString& name : mail.entryList({u"*.eml"_s}, QDir::Files, QDir::Name))
-        paths << mail.filePath(name);
+    for (const QString& name : mail.entryList({u"*.eml"_s}, QDir::Files, QDir::Name)) paths << mail.filePath(name);
     return paths;
 }
 
@@ -118,8 +107,7 @@ bool PopTestServer::start()
     const passwd* account = root ? ::getpwnam("dovecot") : ::getpwuid(::geteuid());
     const group* accountGroup = account ? ::getgrgid(account->pw_gid) : nullptr;
     port_ = ClosedPort();
-    if (!accountGroup || port_ == 0)
-        return fail(error_, u"no account or port for dovecot"_s);
+    if (!accountGroup || port_ == 0) return fail(error_, u"no account or port for dovecot"_s);
     const QString dir = dir_.path(), name = QString::fromLocal8Bit(account->pw_name);
     const QString config = QStringLiteral(
         "protocols = pop3\nlisten = 127.0.0.1\nbase_dir = %1/run\nstate_dir = %1/state\nlog_path = %1/dovecot.log\n"
@@ -131,23 +119,19 @@ bool PopTestServer::start()
         "service pop3-login {\n  chroot =\n  inet_listener pop3 {\n    port = %6\n  }\n}\n"
         "service anvil {\n  chroot =\n}\n")
         .arg(dir, name, QString::fromLocal8Bit(accountGroup->gr_name)).arg(account->pw_uid).arg(account->pw_gid).arg(port_);
-    if (!WriteFile(dir + u"/dovecot.conf"_s, config.toUtf8())
-        || !WriteFile(dir + u"/users"_s, (user_ + u":{PLAIN}"_s + password_ + u'\n').toUtf8()))
+    if (!WriteFile(dir + u"/dovecot.conf"_s, config.toUtf8()) || !WriteFile(dir + u"/users"_s, (user_ + u":{PLAIN}"_s + password_ + u'\n').toUtf8()))
         return fail(error_, u"can't write dovecot's configuration"_s);
     QStringList command{u"/usr/sbin/dovecot"_s, u"-F"_s, u"-c"_s, dir + u"/dovecot.conf"_s};
     if (root) {
         for (const QString& file : {QString(), u"/dovecot.conf"_s, u"/users"_s})
-            if (::chown(QFile::encodeName(dir + file).constData(), account->pw_uid, account->pw_gid) != 0)
-                return false;
-        command = QStringList{u"/usr/bin/setpriv"_s, u"--reuid=%1"_s.arg(account->pw_uid), u"--regid=%1"_s.arg(account->pw_gid),
-                              u"--clear-groups"_s} + command;
+            if (::chown(QFile::encodeName(dir + file).constData(), account->pw_uid, account->pw_gid) != 0) return false;
+        command = QStringList{u"/usr/bin/setpriv"_s, u"--reuid=%1"_s.arg(account->pw_uid), u"--regid=%1"_s.arg(account->pw_gid), u"--clear-groups"_s} + command;
     }
     process_.setProcessChannelMode(QProcess::ForwardedChannels);
     process_.start(command.takeFirst(), command);
     const QDeadlineTimer deadline(20000);
     while (!deadline.hasExpired() && process_.state() != QProcess::NotRunning) {
-        if (greets(port_))
-            return true;
+        if (greets(port_)) return true;
         QThread::msleep(50);
     }
     stop();

@@ -13,10 +13,7 @@
 namespace tarlox::test {
 
 // A self-signed certificate for 127.0.0.1 and localhost, made with openssl.
-struct TestCertificate {
-    QString certFile;
-    QString keyFile;
-};
+struct TestCertificate { QString certFile; QString keyFile; };
 bool MakeTestCertificate(const QString& dir, TestCertificate& made);
 
 class SmtpTestServer {

@@ -30,8 +30,7 @@ bool PrivatePostgres::start()
 {
     const QString dir = dir_.filePath(u"pg"_s);
     if (port_ == 0) {
-        if (!run({u"start"_s, dir}))
-            return false;
+        if (!run({u"start"_s, dir})) return false;
         connInfo_ = QString::fromUtf8(FileBytes(dir + u"/conninfo"_s)).trimmed();
         port_ = connInfo_.section(u"port="_s, 1).section(u' ', 0, 0).toInt();
         return port_ != 0;
@@ -43,8 +42,7 @@ bool PrivatePostgres::stop() { return run({u"halt"_s, dir_.filePath(u"pg"_s)}); 
 
 bool PrivatePostgres::createDatabase(const QString& name) const
 {
-    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, u"postgres"_s); },
-                  u"CREATE DATABASE \"%1\""_s.arg(name));
+    return RunSql([this](const QString& connection) { return PostgresConnection(connection, connInfo_, u"postgres"_s); }, u"CREATE DATABASE \"%1\""_s.arg(name));
 }
 
 }  // namespace tarlox::test

@@ -10,7 +10,6 @@ inline void PrintTo(const QString& value, std::ostream* os) { *os << '"' << valu
 inline void PrintTo(const QStringList& value, std::ostream* os)
 {
     *os << '{';
-    for (qsizetype i = 0; i < value.size(); ++i)
-        *os << (i ? ", " : "") << '"' << value[i].toStdString() << '"';
+    for (qsizetype i = 0; i < value.size(); ++i) *os << (i ? ", " : "") << '"' << value[i].toStdString() << '"';
     *os << '}';
 }

@@ -5,7 +5,6 @@
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -16,8 +15,7 @@ namespace {
 QString configure(const QByteArray& dll, const QByteArray& test)
 {
     static QTemporaryDir* dir = nullptr;
-    if (dir)
-        return dir->path();
+    if (dir) return dir->path();
     dir = new QTemporaryDir(QDir::tempPath() + u"/tarlox-sane-XXXXXX"_s);
     WriteFile(dir->filePath(u"dll.conf"_s), dll);
     WriteFile(dir->filePath(u"test.conf"_s), test);
@@ -37,8 +35,7 @@ void ResetSaneTestDevices(int devices)
 {
     for (int i = 0; i < devices; ++i) {
         auto device = SaneDevice::open(u"test:%1"_s.arg(i));
-        if (!device)
-            continue;
+        if (!device) continue;
         (*device)->setValue(u"hand-scanner"_s, false);
         for (const auto& [option, value] : {std::pair{u"mode"_s, u"Gray"_s}, {u"source"_s, u"Flatbed"_s}, {u"test-picture"_s, u"Grid"_s},
                                             {u"read-return-value"_s, u"Default"_s}})
@@ -49,8 +46,7 @@ void ResetSaneTestDevices(int devices)
 bool StartWithTestScanner(TestSite& site)
 {
     ResetSaneTestDevices(1);
-    if (!site.start())
-        return false;
+    if (!site.start()) return false;
     PutLocal(site.session(), u"Info"_s, u"Device"_s, u"test:0"_s);
     return true;
 }

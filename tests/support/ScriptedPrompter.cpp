@@ -9,8 +9,7 @@ namespace tarlox::test {
 Answer ScriptedPrompter::ask(const Prompt& prompt)
 {
     asked_.append(prompt);
-    if (onAsk_)
-        onAsk_(prompt);
+    if (onAsk_) onAsk_(prompt);
     if (answers_.empty()) {
         // A script that ran out inside a retry loop would spin for ever.
         if (asked_.size() > 200) {
@@ -36,16 +35,14 @@ QString ScriptedPrompter::chooseDirectory(const QString& title, const QString& s
 QStringList ScriptedPrompter::titles() const
 {
     QStringList result;
-    for (const Prompt& p : asked_)
-        result << p.title;
+    for (const Prompt& p : asked_) result << p.title;
     return result;
 }
 
 QString ScriptedPrompter::textOf(const QString& title) const
 {
     for (auto it = asked_.crbegin(); it != asked_.crend(); ++it)
-        if (it->title == title)
-            return it->text;
+        if (it->title == title) return it->text;
     return {};
 }
 

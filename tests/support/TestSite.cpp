@@ -6,15 +6,13 @@
 #include "data/Connection.h"
 #include "base/IniFile.h"
 #include "startup/Startup.h"
+#include "store/TiffReader.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QUuid>
-
-#include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,12 +23,9 @@ QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, co
     QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, name);
     for (const QString& pair : conninfo.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QString key = pair.section(u'=', 0, 0), value = pair.section(u'=', 1);
-        if (key == u"host"_s)
-            db.setHostName(value);
-        else if (key == u"port"_s)
-            db.setPort(value.toInt());
-        else if (key == u"user"_s)
-            db.setUserName(value);
+        if (key == u"host"_s) db.setHostName(value);
+        else if (key == u"port"_s) db.setPort(value.toInt());
+        else if (key == u"user"_s) db.setUserName(value);
     }
     db.setDatabaseName(database);
     return db;
@@ -44,8 +39,7 @@ bool RunSql(const std::function<QSqlDatabase(const QString& name)>& connect, con
         QSqlDatabase db = connect(name);
         QSqlQuery query(db);
         ok = db.open() && query.exec(sql);
-        if (!ok)
-            qWarning("%s: %s", qPrintable(sql), qPrintable((db.isOpen() ? query.lastError() : db.lastError()).text()));
+        if (!ok) qWarning("%s: %s", qPrintable(sql), qPrintable((db.isOpen() ? query.lastError() : db.lastError()).text()));
         db.close();
     }
     QSqlDatabase::removeDatabase(name);
@@ -57,15 +51,11 @@ QString engineName(Engine engine) { return engine == Engine::Sqlite ? u"Sqlite"_
 QString postgresConnInfo()
 {
     QFile file(qEnvironmentVariable("TARLOX_TEST_PG"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
+    if (!file.open(QIODevice::ReadOnly)) return {};
     return QString::fromUtf8(file.readAll()).trimmed();
 }
 
-static bool runAdmin(const QString& sql)
-{
-    return RunSql([](const QString& name) { return PostgresConnection(name, postgresConnInfo(), u"postgres"_s); }, sql);
-}
+static bool runAdmin(const QString& sql) { return RunSql([](const QString& name) { return PostgresConnection(name, postgresConnInfo(), u"postgres"_s); }, sql); }
 
 bool createPostgresDatabase(const QString& name) { return runAdmin(u"CREATE DATABASE \"%1\""_s.arg(name)); }
 
@@ -73,10 +63,7 @@ void dropPostgresDatabase(const QString& name) { runAdmin(u"DROP DATABASE IF EXI
 
 // A test site stands for a workstation with a person at the screen: the
 // scripted prompter answers the Retry/Cancel boxes.
-void offerRetryToThePerson(Session& session)
-{
-    session.offerRetry = [&session](const Status& failure) { return AskRetryCancel(session.prompter())(failure); };
-}
+void offerRetryToThePerson(Session& session) { session.offerRetry = [&session](const Status& failure) { return AskRetryCancel(session.prompter())(failure); }; }
 
 TestSite::TestSite(Engine engine)
     : engine_(engine)
@@ -85,38 +72,30 @@ TestSite::TestSite(Engine engine)
     offerRetryToThePerson(*session_);
     if (engine_ == Engine::Postgres) {
         pgDatabase_ = u"tlx_"_s + QUuid::createUuid().toString(QUuid::Id128).left(16);
-        if (postgresConnInfo().isEmpty())
-            ADD_FAILURE() << "the test PostgreSQL server is not running (TARLOX_TEST_PG)";
-        else if (!createPostgresDatabase(pgDatabase_))
-            ADD_FAILURE() << "could not create the test database";
+        if (postgresConnInfo().isEmpty()) ADD_FAILURE() << "the test PostgreSQL server is not running (TARLOX_TEST_PG)";
+        else if (!createPostgresDatabase(pgDatabase_)) ADD_FAILURE() << "could not create the test database";
     }
 }
 
 TestSite::~TestSite()
 {
     session_.reset();
-    if (!pgDatabase_.isEmpty())
-        dropPostgresDatabase(pgDatabase_);
+    if (!pgDatabase_.isEmpty()) dropPostgresDatabase(pgDatabase_);
 }
 
 QSqlDatabase TestSite::rawConnection(const QString& name) const
 {
-    if (engine_ == Engine::Postgres)
-        return PostgresConnection(name, postgresConnInfo(), pgDatabase_);
+    if (engine_ == Engine::Postgres) return PostgresConnection(name, postgresConnInfo(), pgDatabase_);
     QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
     db.setDatabaseName(path(u"server/Tarlox.db"_s));
     return db;
 }
 
-bool TestSite::execRaw(const QString& sql) const
-{
-    return RunSql([this](const QString& name) { return rawConnection(name); }, sql);
-}
+bool TestSite::execRaw(const QString& sql) const { return RunSql([this](const QString& name) { return rawConnection(name); }, sql); }
 
 void TestSite::writeSettings()
 {
-    for (const QString& sub : {u"server"_s, u"DATA"_s, u"TEMP"_s})
-        QDir(dir()).mkpath(sub);
+    for (const QString& sub : {u"server"_s, u"DATA"_s, u"TEMP"_s}) QDir(dir()).mkpath(sub);
     const QString local = localIni(), server = serverIni();
     using Keys = QList<std::pair<const char*, QString>>;
     for (const auto& [key, value] : Keys{{"ServerIni", server}, {"DataDir", path(u"DATA"_s)}, {"TempDir", path(u"TEMP"_s)}})
@@ -125,8 +104,7 @@ void TestSite::writeSettings()
         ? Keys{{"DatabaseType", u"Access"_s}, {"DataBase", path(u"server/Tarlox.db"_s)}}
         : Keys{{"DatabaseType", u"SQL"_s}, {"Server", u"127.0.0.1"_s}, {"UserID", u"postgres"_s}, {"Password", u"unused"_s},
                {"OverrideConnection", postgresConnInfo() + u" dbname="_s + pgDatabase_}};
-    for (const auto& [key, value] : data)
-        WriteIniValue(server, u"Data"_s, QLatin1String(key), value);
+    for (const auto& [key, value] : data) WriteIniValue(server, u"Data"_s, QLatin1String(key), value);
     std::tie(session_->programDir, session_->localIni, session_->serverIni) = std::tuple(dir() + u'/', local, server);
 }
 
@@ -144,19 +122,14 @@ void TestSite::create()
     s.db().close();
 }
 
-bool TestSite::start()
-{
-    create();
-    return StartSession(*session_).ok();
-}
+bool TestSite::start() { create(); return StartSession(*session_).ok(); }
 
 std::unique_ptr<Session> TestSite::openAnother(ScriptedPrompter& prompter) const
 {
     auto other = std::make_unique<Session>(prompter);
     offerRetryToThePerson(*other);
     std::tie(other->programDir, other->localIni) = std::tuple(dir() + u'/', localIni());
-    if (!StartSession(*other).ok())
-        ADD_FAILURE() << "the second session did not start";
+    if (!StartSession(*other).ok()) ADD_FAILURE() << "the second session did not start";
     return other;
 }
 
@@ -166,16 +139,21 @@ qint64 SiteTest::scalar(const QString& sql, const QVariantList& binds)
     return value ? value->toLongLong() : -1;
 }
 
-QByteArray FileBytes(const QString& path)
+QString SiteTest::scalarText(const QString& sql, const QVariantList& binds) { return DataOp(s(), u"test"_s).scalar(sql, binds).value_or(u"(failed)"_s).toString(); }
+
+qint64 SiteTest::rows(const QString& table, const QString& where, const QVariantList& binds)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return scalar(u"SELECT count(*) FROM \"%1\"%2"_s.arg(table, where.isEmpty() ? QString() : u" WHERE "_s + where), binds);
 }
 
-bool WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
+QStringList SiteTest::files(const QString& sub) const { return QDir(site.path(sub)).entryList(QDir::Files | QDir::Hidden); }
+
+QStringList TempDirTest::files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System); }
+
+int PageCount(const QString& path) { auto reader = TiffReader::open(path); return reader ? reader->pageCount() : 0; }
+
+QByteArray FileBytes(const QString& path) { QFile file(path); return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(); }
+
+bool WriteFile(const QString& path, const QByteArray& bytes) { QFile file(path); return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(); }
 
 }  // namespace tarlox::test

@@ -74,15 +74,36 @@ protected:
     ScriptedPrompter& prompter() { return site.prompter(); }
     // The first column of the first row of a query on the site's database; -1 when it fails.
     qint64 scalar(const QString& sql, const QVariantList& binds = {});
+    // The same as text; "(failed)" when it fails.
+    QString scalarText(const QString& sql, const QVariantList& binds = {});
+    // The rows of a table, those matching where when given.
+    qint64 rows(const QString& table, const QString& where = {}, const QVariantList& binds = {});
+    qint64 nextName() { return scalar(QStringLiteral("SELECT \"NextName\" FROM \"Options\"")); }
+    // A file of the data directory; the directory itself (with its separator) for no name.
+    QString data(const QString& name = {}) const { return site.path(QStringLiteral("DATA/") + name); }
+    // The names of the files in a directory of the site ("DATA", "TEMP"), hidden ones too.
+    QStringList files(const QString& sub) const;
 
     TestSite site;
 };
 #define TARLOX_ON_BOTH_ENGINES(Suite) \
     INSTANTIATE_TEST_SUITE_P(Engines, Suite, ::testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<::testing::TestParamInfo<Engine>>)
 
+// A test with a temporary directory of its own.
+class TempDirTest : public ::testing::Test {
+protected:
+    QString path(const QString& name) const { return dir.filePath(name); }
+    // The names of the files in it, hidden ones too.
+    QStringList files() const;
+
+    QTemporaryDir dir;
+};
+
 // A whole file, empty when it can't be read; and a file written whole.
 QByteArray FileBytes(const QString& path);
 bool WriteFile(const QString& path, const QByteArray& bytes);
+// The pages of a TIFF file; 0 when it can't be read.
+int PageCount(const QString& path);
 
 // A PostgreSQL connection from libpq connection data (host, port, user), not yet open.
 QSqlDatabase PostgresConnection(const QString& name, const QString& conninfo, const QString& database);

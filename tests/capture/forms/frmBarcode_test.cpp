@@ -17,8 +17,6 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 

@@ -20,8 +20,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -46,9 +44,7 @@ protected:
         ASSERT_TRUE(StartWithTestScanner(site));
         s().machine.scanner = true;
         form = std::make_unique<frmBatch>(s());
-        form->resize(1100, 720);
-        form->show();
-        site.prompter().clear();
+        form->resize(1100, 720), form->show(), site.prompter().clear();
     }
     Session& s() { return site.session(); }
     template <class T> T* c(const char* name) { return child<T>(form.get(), name); }
@@ -59,21 +55,14 @@ protected:
     {
         const QString dir = site.path(S(name));
         QDir().mkpath(dir);
-        for (const QString& jpg : jpgs)
-            EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
+        for (const QString& jpg : jpgs) EXPECT_TRUE(markedPage(850, 1100).save(dir + u'/' + jpg));
         return dir;
     }
     void readFolder(const QString& dir) { tabs()->setCurrentIndex(frmBatch::ReadTab), c<QLineEdit>("txtFilesDir")->setText(dir); }
     void click(const char* button) { c<QPushButton>(button)->click(); }
     // The page's Heat # and Part #.
     void type(const char* heat, const char* part) { type("txtHeat", S(heat)), type("txtPart", S(part)); }
-    void type(const char* field, const QString& text)
-    {
-        auto* edit = c<QLineEdit>(field);
-        edit->selectAll();
-        QTest::keyClick(edit, Qt::Key_Delete);
-        QTest::keyClicks(edit, text);
-    }
+    void type(const char* field, const QString& text) { auto* edit = c<QLineEdit>(field); edit->selectAll(), QTest::keyClick(edit, Qt::Key_Delete), QTest::keyClicks(edit, text); }
     qint64 count(const QString& sql) { return DataOp(s(), S("test")).scalar(sql).value_or(-1).toLongLong(); }
 
     TestSite site{Engine::Sqlite};
@@ -106,16 +95,12 @@ TEST_F(BatchForm, FilesIndexedAndAdded)
     for (const Step& step : {Step{"txtHeat", "B", "optNew", "other data: New at once"}, Step{nullptr, nullptr, nullptr, "next page"},
                              Step{"txtHeat", "A", "optAppend", "page 1's data again: Append at once"},
                              Step{"txtPO", "X", "optAppend", "P/O counts at the next page only"}}) {
-        if (!step.field) {
-            click("cmdNext");
-            continue;
-        }
-        type(step.field, S(step.text));
-        EXPECT_TRUE(opt(step.chosen)->isChecked()) << step.why;
+        if (step.field) type(step.field, S(step.text));
+        else click("cmdNext");
+        EXPECT_TRUE(!step.field || opt(step.chosen)->isChecked()) << step.why;
     }
     EXPECT_FALSE(c<QPushButton>("cmdAdd")->isEnabled());
-    click("cmdNext");
-    opt("optSkip")->setChecked(true);
+    click("cmdNext"), opt("optSkip")->setChecked(true);
     EXPECT_TRUE(c<QPushButton>("cmdAdd")->isEnabled()) << "last page after a good save";
     tabs()->setCurrentIndex(frmBatch::ListTab);
     auto* grid = c<QTableWidget>("grdSave");
@@ -123,9 +108,7 @@ TEST_F(BatchForm, FilesIndexedAndAdded)
     grid->cellClicked(2, 0);
     EXPECT_EQ(std::tuple(form->currentPage(), tabs()->currentIndex(), opt("optNew")->isChecked()), std::tuple(3, int(frmBatch::IndexTab), true))
         << "shown again, its P/O now counts";
-    click("cmdNext");
-
-    click("cmdAdd");
+    click("cmdNext"), click("cmdAdd");
     EXPECT_EQ(std::tuple(site.prompter().wasAsked(S("Pages Not Joined")), form->lastAdd().stored(), form->pageCount()), std::tuple(false, 3, 0))
         << "stored, back to empty";
     EXPECT_EQ(std::pair(count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"P/O #\" = 'X'")), count(S("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'B'"))),
@@ -139,12 +122,9 @@ TEST_F(BatchForm, ScanIntoTheBatch)
 {
     const QString dir = folder("bad", {});
     ASSERT_TRUE(WriteFile(dir + S("/x.gif"), "GIF89a broken"));
-    readFolder(dir);
-    tabs()->setCurrentIndex(frmBatch::IndexTab);
+    readFolder(dir), tabs()->setCurrentIndex(frmBatch::IndexTab);
     EXPECT_EQ(std::pair(site.prompter().wasAsked(S("Nothing Selected")), tabs()->currentIndex()), std::pair(true, int(frmBatch::ReadTab)));
-    click("cmdClearAll");
-    site.prompter().clear();
-    tabs()->setCurrentIndex(frmBatch::IndexTab);
+    click("cmdClearAll"), site.prompter().clear(), tabs()->setCurrentIndex(frmBatch::IndexTab);
     EXPECT_EQ(std::pair(site.prompter().asked().isEmpty(), tabs()->currentIndex()), std::pair(true, int(frmBatch::IndexTab)));
 
     ASSERT_TRUE(tabs()->isTabEnabled(frmBatch::ScanTab));
@@ -152,14 +132,9 @@ TEST_F(BatchForm, ScanIntoTheBatch)
     auto* timer = new QTimer;
     timer->setInterval(20);
     QObject::connect(timer, &QTimer::timeout, [timer] {
-        if (auto* check = qobject_cast<frmScanChk*>(QApplication::activeModalWidget())) {
-            check->findChild<QPushButton*>(S("cmdNo"))->click();
-            timer->deleteLater();
-        }
+        if (auto* check = qobject_cast<frmScanChk*>(QApplication::activeModalWidget())) check->findChild<QPushButton*>(S("cmdNo"))->click(), timer->deleteLater();
     });
-    timer->start();
-    click("cmdScan");
-    tabs()->setCurrentIndex(frmBatch::IndexTab);
+    timer->start(), click("cmdScan"), tabs()->setCurrentIndex(frmBatch::IndexTab);
     ASSERT_EQ(form->pageCount(), 1) << site.prompter().titles().join(S("|")).toStdString();
     EXPECT_TRUE(c<QPushButton>("cmdAdd")->isEnabled()) << "a one-page batch can be added at once";
 
@@ -182,16 +157,11 @@ TEST_F(BatchForm, ScanIntoTheBatch)
 // nothing, so it is named before anything is stored, and No stores nothing.
 TEST_F(BatchForm, UnjoinedPageNamedBeforeAdding)
 {
-    readFolder(folder("two", {S("a.jpg"), S("b.jpg")}));
-    tabs()->setCurrentIndex(frmBatch::IndexTab);
+    readFolder(folder("two", {S("a.jpg"), S("b.jpg")})), tabs()->setCurrentIndex(frmBatch::IndexTab);
     ASSERT_EQ(form->pageCount(), 2);
-    type("A", "P");
-    opt("optSkip")->setChecked(true);
-    click("cmdNext");
-    type("A", "P");
+    type("A", "P"), opt("optSkip")->setChecked(true), click("cmdNext"), type("A", "P");
     EXPECT_TRUE(opt("optAppend")->isChecked()) << "skipped pages count in the comparison";
-    site.prompter().answer(Answer::No);
-    click("cmdAdd");
+    site.prompter().answer(Answer::No), click("cmdAdd");
     EXPECT_TRUE(site.prompter().textOf(S("Pages Not Joined")).startsWith(S("Page 2 is marked Append")))
         << site.prompter().titles().join(S("|")).toStdString();
     EXPECT_EQ(std::pair(count(S("SELECT COUNT(*) FROM \"Images\"")), form->pageCount()), std::pair(qint64(0), 2)) << "the batch stays in hand";

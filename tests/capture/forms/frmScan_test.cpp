@@ -1,6 +1,6 @@
-#include "capture/forms/ScanPreview.h"
 #include "base/IniFile.h"
 #include "base/TextTools.h"
+#include "capture/forms/ScanPreview.h"
 #include "capture/forms/ScannerOptionsDialog.h"
 #include "capture/forms/ScannerPageSource.h"
 #include "capture/forms/frmRescn.h"
@@ -28,8 +28,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
@@ -54,13 +52,10 @@ template <class Dialog> void pressInDialog(const char* button, const std::functi
     timer->setInterval(20);
     QObject::connect(timer, &QTimer::timeout, [timer, look, name = button] {
         auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        if (look)
-            look(Controls(dialog));
+        if (!dialog) return;
+        if (look) look(Controls(dialog));
         Controls(dialog).button(name)->click();
-        timer->stop();
-        timer->deleteLater();
+        timer->stop(), timer->deleteLater();
     });
     timer->start();
 }
@@ -71,26 +66,16 @@ void pressInScanCheck(const char* button)
     pressInDialog<frmScanChk>(button, [](Controls ui) { EXPECT_TRUE(!ui.chkInvert()->isVisible() && ui.button("cmdNo")->isDefault()); });
 }
 
-void showActive(QWidget& form)
-{
-    form.show(), form.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
-}
+void showActive(QWidget& form) { form.show(), form.activateWindow(); ASSERT_TRUE(QTest::qWaitForWindowActive(&form)); }
 
 class ScanForms : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { UseSaneTestBackend(); }
-    void SetUp() override
-    {
-        ASSERT_TRUE(StartWithTestScanner(site));
-        site.prompter().clear();
-    }
+    void SetUp() override { ASSERT_TRUE(StartWithTestScanner(site)); site.prompter().clear(); }
     Session& s() { return site.session(); }
     void set(const char* key, const QString& value) { PutLocal(s(), QStringLiteral("Info"), QLatin1String(key), value); }
     TestSite site;
 };
-
-}  // namespace
 
 TEST_F(ScanForms, LoadTakesTheSettingsAndTheSiteNames)
 {
@@ -113,20 +98,19 @@ TEST_F(ScanForms, DittoKeyFocusAndBrightness)
     ui.line("txtPart")->setFocus();
     QTest::keyClicks(ui.line("txtPart"), QStringLiteral("A B"));
     QTest::keyClick(ui.line("txtPart"), '"');
-    EXPECT_EQ(std::pair(ui.line("txtPart")->text(), ui.line("txtPart")->cursorPosition()), std::pair(QStringLiteral("A B B"), 5));
+    const auto ditto = std::pair(ui.line("txtPart")->text(), ui.line("txtPart")->cursorPosition());
     QTest::keyClick(ui.line("txtPart"), 'C');
-    EXPECT_EQ(ui.line("txtPart")->text(), QStringLiteral("A B BC"));
+    EXPECT_EQ(std::tuple(ditto, ui.line("txtPart")->text()), std::tuple(std::pair(QStringLiteral("A B B"), 5), QStringLiteral("A B BC")));
 
     ui.line("txtVend")->setText(QStringLiteral("Acme"));
     QTest::mouseClick(ui.line("txtVend"), Qt::LeftButton);
     QTest::qWait(50);
-    EXPECT_EQ(ui.line("txtVend")->selectedText(), QStringLiteral("Acme")) << "typing replaces what was kept";
+    const QString selected = ui.line("txtVend")->selectedText();
     QTest::keyClicks(ui.line("txtVend"), QStringLiteral("Bolt"));
-    EXPECT_EQ(ui.line("txtVend")->text(), QStringLiteral("Bolt"));
+    EXPECT_EQ((QStringList{selected, ui.line("txtVend")->text()}), (QStringList{QStringLiteral("Acme"), QStringLiteral("Bolt")})) << "typing replaces what was kept";
 
     for (auto [typed, shown] : {std::pair{"abc", "0"}, {"5000", "1000"}, {"-77", "-77"}}) {
-        ui.line("txtBright")->setFocus();
-        ui.line("txtBright")->selectAll();
+        ui.line("txtBright")->setFocus(), ui.line("txtBright")->selectAll();
         QTest::keyClicks(ui.line("txtBright"), QLatin1String(typed));
         ui.line("txtHeat")->setFocus();
         EXPECT_EQ(std::pair(ui.line("txtBright")->text(), ui.hsbBright()->value()), std::pair(QString::fromLatin1(shown), QByteArray(shown).toInt())) << typed;
@@ -142,18 +126,15 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
 {
     frmScan form(s());
     const Controls ui(&form);
-    form.resize(1000, 640);
-    showActive(form);
+    form.resize(1000, 640), showActive(form);
     for (auto [box, typed] : {std::pair{"txtHeat", "H-1001 H-1002"}, {"txtPart", "BAR-7\""}, {"txtPO", "4711"}, {"txtVend", "Acme Steel"}, {"txtMfg", "Northern Mill"}})
         QTest::keyClicks(ui.line(box), QLatin1String(typed));
-    ui.option("optLegal")->setChecked(true);
-    ui.hsbBright()->setValue(-200);
+    ui.option("optLegal")->setChecked(true), ui.hsbBright()->setValue(-200);
 
     QList<int> pages;
     QObject::connect(&form, &frmScan::pageShown, [&](int number) {
         pages << number;
-        EXPECT_FALSE(ui.button("cmdScan")->isEnabled());
-        EXPECT_FALSE(child<ScanPreview>(&form, "imcMain")->page().isNull()) << "the page shows while scanning";
+        EXPECT_FALSE(ui.button("cmdScan")->isEnabled() || child<ScanPreview>(&form, "imcMain")->page().isNull()) << "the page shows while scanning";
         pressInScanCheck(number < 2 ? "cmdYes" : "cmdNo");
     });
     ui.button("cmdScan")->click();
@@ -170,9 +151,7 @@ TEST_F(ScanForms, ScanClearsHeatAndPartAndKeepsTheRest)
               std::tuple(2, QStringLiteral("BAR-7 BAR-7"), true)) << reader->pageInfo(0)->height;
 
     // A refused entry keeps the fields as typed, focus on Heat #.
-    site.prompter().clear();
-    QTest::keyClicks(ui.line("txtPart"), QStringLiteral("P9"));
-    ui.button("cmdScan")->click();
+    site.prompter().clear(), QTest::keyClicks(ui.line("txtPart"), QStringLiteral("P9")), ui.button("cmdScan")->click();
     EXPECT_EQ(std::tuple(form.lastResult().outcome, ui.line("txtPart")->text(), form.focusWidget() == ui.line("txtHeat")),
               std::tuple(ScanEntry::Outcome::Refused, QStringLiteral("P9"), true));
 
@@ -189,19 +168,17 @@ TEST_F(ScanForms, ScanCheckDialogAndItsInvertBox)
     frmScanChk withPage(&page, [&](const QImage& shown) { shownPixels << shown.pixelIndex(0, 0); });
     withPage.show();
     const Controls ui(&withPage);
-    EXPECT_TRUE(ui.chkInvert()->isVisible());
+    const bool visible = ui.chkInvert()->isVisible();
     ui.chkInvert()->click();
-    EXPECT_EQ(std::pair(page.pixelIndex(0, 0), shownPixels), std::pair(1, QList<uint>{1})) << "black for white, and shown so";
-    ui.chkInvert()->click();
-    EXPECT_EQ(std::pair(page.pixelIndex(0, 0), shownPixels), std::pair(0, QList<uint>{1, 0})) << "and back";
-    ui.button("cmdYes")->click();
-    EXPECT_EQ(withPage.ScanCheckResult(), Answer::Yes);
+    EXPECT_EQ(std::tuple(visible, page.pixelIndex(0, 0), shownPixels), std::tuple(true, 1, QList<uint>{1})) << "black for white, and shown so";
+    ui.chkInvert()->click(), ui.button("cmdYes")->click();
+    EXPECT_EQ(std::tuple(page.pixelIndex(0, 0), shownPixels, withPage.ScanCheckResult()), std::tuple(0, QList<uint>{1, 0}, Answer::Yes)) << "and back";
 
     frmScanChk plain(nullptr, {});
     plain.show();
-    EXPECT_FALSE(Controls(&plain).chkInvert()->isVisible());
+    const bool plainVisible = Controls(&plain).chkInvert()->isVisible();
     Controls(&plain).button("cmdCancel")->click();
-    EXPECT_EQ(plain.ScanCheckResult(), Answer::Cancel);
+    EXPECT_EQ(std::pair(plainVisible, plain.ScanCheckResult()), std::pair(false, Answer::Cancel));
 }
 
 TEST_F(ScanForms, PageScanDialogOfTheViewer)
@@ -211,18 +188,15 @@ TEST_F(ScanForms, PageScanDialogOfTheViewer)
         frmVScan dialog(s());
         const Controls ui(&dialog);
         EXPECT_EQ(std::pair(ui.option("opt300")->isChecked(), ui.line("txtBright")->text()), std::pair(true, QStringLiteral("150")));
-        ui.option("opt200")->setChecked(true);
-        ui.hsbBright()->setValue(-30);
-        ui.button("cmdScan")->click();
+        ui.option("opt200")->setChecked(true), ui.hsbBright()->setValue(-30), ui.button("cmdScan")->click();
         EXPECT_EQ(std::pair(dialog.scanWanted(), dialog.result()), std::pair(true, int(QDialog::Accepted)));
     }
     EXPECT_EQ(std::pair(s().dpi, s().brightness), std::pair(QStringLiteral("200"), std::optional<int>(-30)));
-    set("HighDPI", QStringLiteral("300"));
-    s().dpi = QStringLiteral("400");
+    set("HighDPI", QStringLiteral("300")), s().dpi = QStringLiteral("400");
     frmVScan other(s());
-    EXPECT_TRUE(Controls(&other).option("opt200")->isChecked()) << "only a session resolution of exactly 300 selects the high one";
+    const bool low = Controls(&other).option("opt200")->isChecked();  // only a session resolution of exactly 300 selects the high one
     Controls(&other).button("cmdScanCancel")->click();
-    EXPECT_EQ(std::pair(other.scanWanted(), s().dpi), std::pair(false, QStringLiteral("400")));
+    EXPECT_EQ(std::tuple(low, other.scanWanted(), s().dpi), std::tuple(true, false, QStringLiteral("400")));
 }
 
 TEST_F(ScanForms, RescanFormOpensOnTheImagesSize)
@@ -247,20 +221,17 @@ TEST_F(ScanForms, ScannerSettingsDialogFromTheDevice)
     ScannerOptionsDialog dialog(**device);
     auto* mode = dialog.findChild<QComboBox*>(QStringLiteral("mode"));
     ASSERT_NE(mode, nullptr);
-    EXPECT_EQ(mode->currentText(), QStringLiteral("Gray"));
     const auto threePassEnabled = [&] {
         auto* threePass = dialog.findChild<QWidget*>(QStringLiteral("three-pass"));
         return threePass ? std::optional(threePass->isEnabled()) : std::nullopt;
     };
-    EXPECT_EQ(threePassEnabled(), std::optional(false)) << "inactive in grey";
+    EXPECT_EQ(std::pair(mode->currentText(), threePassEnabled()), std::pair(QStringLiteral("Gray"), std::optional(false))) << "inactive in grey";
     mode->setCurrentIndex(mode->findText(QStringLiteral("Color")));
     Q_EMIT mode->textActivated(QStringLiteral("Color"));
     QApplication::processEvents();
-    EXPECT_EQ((*device)->value(QStringLiteral("mode")).toString(), QStringLiteral("Color"));
-    EXPECT_EQ(threePassEnabled(), std::optional(true)) << "the dialog was built again from the device";
+    EXPECT_EQ(std::pair((*device)->value(QStringLiteral("mode")).toString(), threePassEnabled()), std::pair(QStringLiteral("Color"), std::optional(true)))
+        << "the dialog was built again from the device";
 }
-
-namespace {
 
 // The person at "Scanning Dialog": picks the high resolution (or not) and presses a button.
 void answerScanningDialog(const char* button, bool highResolution)
@@ -277,9 +248,7 @@ protected:
         ASSERT_TRUE(StartWithTestScanner(site));
         path = StoreReport(site, NumberedPages(2));
         ASSERT_FALSE(path.isEmpty());
-        doc.load();
-        doc.FirstImage();
-        site.prompter().clear();
+        doc.load(), doc.FirstImage(), site.prompter().clear();
     }
 
     TestSite site{Engine::Sqlite};
@@ -290,28 +259,20 @@ protected:
     QString path;
 };
 
-}  // namespace
-
 // Append and Insert through the real scanner: the page arrives in two
 // colours at the resolution chosen in the dialog, cut to the Letter frame.
 TEST_F(ViewerScanner, AppendsAScannedPageAtTheChosenResolution)
 {
-    answerScanningDialog("cmdScan", true);
-    site.prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
+    answerScanningDialog("cmdScan", true), site.prompter().answer(Answer::Ok), doc.mnuScan_Click(3, &scanner);
     EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Prepare to Scan")) && !site.prompter().wasAsked(QStringLiteral("Scanner Error")))
         << site.prompter().titles().join(QLatin1Char('|')).toStdString();
     auto reader = TiffReader::open(path);
     ASSERT_TRUE(reader.ok() && reader->pageCount() == 3);
     const auto added = reader->readPage(2);
-    EXPECT_EQ(std::tuple(qRound(DpiOf(*added).y), site.session().dpi, doc.currentPage()), std::tuple(300, QStringLiteral("300"), 3));
     // The test device measures its frame in whole millimetres: a line may go.
-    EXPECT_NEAR(added->height(), 3300, 1);
+    EXPECT_EQ(std::tuple(qRound(DpiOf(*added).y), site.session().dpi, doc.currentPage(), std::abs(added->height() - 3300) <= 1), std::tuple(300, QStringLiteral("300"), 3, true));
 
-    answerScanningDialog("cmdScan", false);
-    site.prompter().answer(Answer::Ok);
-    doc.goToPage(1);
-    doc.mnuScan_Click(2, &scanner);
+    answerScanningDialog("cmdScan", false), site.prompter().answer(Answer::Ok), doc.goToPage(1), doc.mnuScan_Click(2, &scanner);
     reader = TiffReader::open(path);
     ASSERT_EQ(reader->pageCount(), 4);
     EXPECT_EQ(std::pair(std::abs(reader->readPage(0)->height() - 2200) <= 1, PageNumberOf(*reader->readPage(1))), std::pair(true, 1));
@@ -319,8 +280,7 @@ TEST_F(ViewerScanner, AppendsAScannedPageAtTheChosenResolution)
 
 TEST_F(ViewerScanner, CancelInTheDialogScansNothing)
 {
-    answerScanningDialog("cmdScanCancel", false);
-    doc.mnuScan_Click(3, &scanner);
+    answerScanningDialog("cmdScanCancel", false), doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(std::pair(site.prompter().wasAsked(QStringLiteral("Prepare to Scan")), PageNumbersOf(path)), std::pair(false, QList<int>{1, 2}));
 }
 
@@ -335,9 +295,9 @@ TEST_F(ViewerScanner, AJamKeepsTheFile)
         auto device = SaneDevice::open(QStringLiteral("test:0"));
         ASSERT_TRUE(device.ok() && (*device)->setValue(QStringLiteral("read-return-value"), QStringLiteral("SANE_STATUS_JAMMED")).ok());
     }
-    answerScanningDialog("cmdScan", false);
-    site.prompter().answer(Answer::Ok), site.prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
+    answerScanningDialog("cmdScan", false), site.prompter().answer(Answer::Ok), site.prompter().answer(Answer::Ok), doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(std::pair(site.prompter().wasAsked(QStringLiteral("Scanner Error")), PageNumbersOf(path)), std::pair(true, QList<int>{1, 2}))
         << site.prompter().titles().join(QLatin1Char('|')).toStdString();
 }
+
+}  // namespace

@@ -13,8 +13,6 @@
 #include <QRadioButton>
 #include <QTableWidget>
 
-#include <gtest/gtest.h>
-
 using namespace tarlox;
 using namespace tarlox::test;
 
