@@ -179,7 +179,10 @@ bool DeleteImagesAll(Session& s, const QList<qint32>& numbers)
 {
     static const QString images = QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Images"), q("Image #"));
     static const QString references = QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(q("Info"), q("Image #"));
-    DataOp op(s, QStringLiteral("DeleteImageAll"), {numbers.size() == 1 ? QString::number(numbers.first()) : QString()});
+    QStringList traced;
+    for (const qint32 number : numbers)
+        traced << QString::number(number);
+    DataOp op(s, QStringLiteral("DeleteImageAll"), {traced.join(QLatin1Char(' '))});
     return op.transaction([&] {
         for (const qint32 number : numbers) {
             op.step(QStringLiteral("Deleting the image row of ") + QString::number(number));
