@@ -24,14 +24,11 @@ protected:
     Session session{prompter};
 };
 
-TEST_F(PrinterChoice, SamePrinterAndBinAsksNothing)
+// The same printer and bin asks nothing; another bin asks, and OK keeps both.
+TEST_F(PrinterChoice, AnotherBinAsksAndOkKeepsPrinterAndBin)
 {
     EXPECT_EQ((std::tuple{KeepPrinterChoice(session, false, QStringLiteral("Office"), 1), KeepPrinterChoice(session, true, QStringLiteral("Shipping"), 0), prompter.asked().size()}),
               std::tuple(false, false, 0));
-}
-
-TEST_F(PrinterChoice, AnotherBinAsksAndOkKeepsPrinterAndBin)
-{
     prompter.answer(Answer::Ok);
     EXPECT_TRUE(KeepPrinterChoice(session, false, QStringLiteral("Office"), 3));
     ASSERT_EQ(prompter.asked().size(), 1);

@@ -34,16 +34,13 @@ QStringList labels(const SupportListing& l)
 
 }  // namespace
 
-TEST(SupportListing, RowsDependOnTheDatabaseType)
+// The rows depend on the database type; the text form has lines and a padded machine table.
+TEST(SupportListing, RowsAndTheTextForm)
 {
     const QStringList common{u"Info Update Date"_s, u"Tarlox Version"_s, u"Server Ini"_s,        u"Server Name"_s,
                              u"Company Name"_s,     u"Database Type"_s,  u"Connection Timeout"_s};
     EXPECT_EQ(labels(BuildSupportListing(facts(false))), (common + QStringList{u"Database Password"_s, u"Data Base File"_s}));
     EXPECT_EQ(labels(BuildSupportListing(facts(true))), (common + QStringList{u"SQL Server"_s, u"SQL User ID"_s, u"SQL Password"_s}));
-}
-
-TEST(SupportListing, TextFormHasLinesAndAPaddedMachineTable)
-{
     const QString text = SupportListingText(BuildSupportListing(facts(false)));
     const QStringList lines = text.split(u"\r\n"_s);
     EXPECT_EQ(lines.mid(0, 2), (QStringList{u"Info Update Date = 3/4/2026 2:05:06 PM"_s, u"Tarlox Version = 8.00.0000"_s}));
