@@ -14,7 +14,6 @@ namespace {
 
 class DrawingTest : public ::testing::Test {
 protected:
-    void SetUp() override { EnsureGuiApplication(); }
     QImage page = NewMonoPage(2550, 3300);  // 300 dpi letter
 };
 
@@ -148,22 +147,6 @@ TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
     ASSERT_TRUE(WriteTiff(good, {NumberedPage(2, 200, 100)}));
     const auto picture = LoadStampPicture(good);
     EXPECT_TRUE(picture && picture->size() == QSize(200, 100)) << picture.error().toStdString();
-}
-
-TEST(PagePreview, ThinStrokesStayVisibleWhenShrunk)
-{
-    // One-pixel lines every 7 pixels: sampling every third pixel would drop
-    // most of them; averaging keeps every one as grey.
-    QList<QRect> lines;
-    for (int x = 3; x < 2550; x += 7)
-        lines << QRect(x, 0, 1, 3300);
-    const QImage page = BlackPage(2550, 3300, lines);
-    const QImage grey = ShrinkMonoToGrey(page, page.rect(), QSize(850, 1100));
-    ASSERT_EQ(std::pair(grey.format(), grey.size()), std::pair(QImage::Format_Grayscale8, QSize(850, 1100)));
-    for (int x = 3; x < 2540; x += 7) {
-        const int level = qGray(grey.pixel(x / 3, 500));
-        EXPECT_TRUE(level < 255 && level > 100) << x;  // grey, not black: one of three pixels
-    }
 }
 
 TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)

@@ -21,7 +21,6 @@ namespace {
 
 class PageFilesTest : public ::testing::Test {
 protected:
-    void SetUp() override { EnsureGuiApplication(); }
     void store(int pages) { ASSERT_TRUE(WriteTiff(copy, NumberedPages(pages))); }
     QStringList leftovers() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).filter(QStringLiteral("part")); }
 

@@ -15,7 +15,6 @@
 #include "view/forms/ViewerCommands.h"
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDeadlineTimer>
 #include <QDialog>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -37,14 +36,6 @@ namespace {
 // SANE reads its configuration once per process: no backend at all, so
 // this program finds no scanner (FrameScanner_test finds one).
 const QString SaneDir = UseNoScanners();
-
-template <class Predicate> bool waitUntil(Predicate done, int ms = 3000)
-{
-    const QDeadlineTimer deadline(ms);
-    while (!done() && !deadline.hasExpired())
-        QTest::qWait(10);
-    return done();
-}
 
 QStringList namesOf(const QList<QAction*>& actions, bool (*keep)(QAction*))
 {
@@ -126,7 +117,7 @@ protected:
 
 TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
 {
-    EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isStrip(); }));
     // Title, menus, toolbar and status bar, and no room for children.
     EXPECT_EQ(std::tuple(frame->width(), frame->height(), frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty()),
               std::tuple(std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()),
@@ -141,12 +132,12 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
     QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     ASSERT_TRUE(window);
     // Straight from the strip the frame already holds the child as it opened.
-    ASSERT_TRUE(waitUntil([&] { return room().width() >= window->geometry().right() + 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() >= window->geometry().right() + 1; }));
     EXPECT_GE(room().height(), window->geometry().bottom() + 1);
     // A child of 6,000 by 4,000 twips at the origin.
     window->setGeometry(0, 0, TwipsToPixels(6000), TwipsToPixels(4000));
     frame->ChildLoad(window);
-    ASSERT_TRUE(waitUntil([&] { return room().width() >= 400 && room().height() >= 267; }))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() >= 400 && room().height() >= 267; }))
         << room().width() << "x" << room().height();
     EXPECT_EQ(window->geometry(), QRect(0, 0, 400, 267));
 
@@ -160,29 +151,29 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
     const QSize screen = frame->screen()->availableSize();
     window->setGeometry(0, 0, 300, screen.height() + 400);
     frame->ChildLoad(window);
-    ASSERT_TRUE(waitUntil([&] { return frame->height() <= screen.height() && window->geometry().bottom() < room().height(); }))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frame->height() <= screen.height() && window->geometry().bottom() < room().height(); }))
         << frame->height() << " " << window->geometry().bottom() << " " << room().height();
     EXPECT_EQ(window->width(), 300);
 
     window->close();
-    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0 && isStrip(); }));
 }
 
 TEST_F(Frame, MaximizedFrameBecomesTheStripAndTheNextChildMaximizesItAgain)
 {
     QWidget* form = frame->ShowForm(u"frmScan"_s);
     frame->showMaximized();
-    ASSERT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frame->isMaximized(); }));
     windowOf(form)->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
-    EXPECT_TRUE(!frame->isMaximized() && waitUntil([&] { return isStrip(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0; }));
+    EXPECT_TRUE(!frame->isMaximized() && QTest::qWaitFor([&] { return isStrip(); }));
 
     frame->ShowForm(u"frmBatch"_s);
-    EXPECT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return frame->isMaximized(); }));
 
     // Restored by hand while a child is open, it stays normal for the next child.
     frame->showNormal();
-    ASSERT_TRUE(waitUntil([&] { return !frame->isMaximized(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !frame->isMaximized(); }));
     frame->ShowForm(u"frmFind"_s);
     QTest::qWait(20);
     EXPECT_FALSE(frame->isMaximized());
@@ -284,7 +275,7 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
 TEST_F(Frame, WindowMenuArrangesTheChildren)
 {
     frame->resize(800, 600);
-    ASSERT_TRUE(waitUntil([&] { return room().width() > 600; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() > 600; }));
     QMdiSubWindow* a = windowOf(frame->ShowForm(u"frmScan"_s));
     QMdiSubWindow* b = windowOf(frame->ShowForm(u"frmFind"_s));
     const QSize r = room();
@@ -308,23 +299,24 @@ TEST_F(Frame, WindowMenuArrangesTheChildren)
     EXPECT_EQ(std::pair(b->geometry().bottom(), b->geometry().left()), std::pair(r.height() - 1, a->geometry().right() + 1));
 }
 
+// The first time the form closes itself and takes its window along.
 TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
 {
     frame->resize(900, 700);
-    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
-    window->setGeometry(30, 40, 450, 300);
-    window->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    QWidget* form = frame->ShowForm(u"frmScan"_s);
+    windowOf(form)->setGeometry(30, 40, 450, 300);
+    form->close();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0 && isStrip(); }));
     const auto saved = [&] {
         return QStringList{ReadIniValue(site.localIni(), u"Form"_s, u"frmScanState"_s).value, ReadIniValue(site.localIni(), u"Form"_s, u"frmScanWidth"_s).value};
     };
     EXPECT_EQ(saved(), (QStringList{u"0"_s, u"6750"_s}));
 
-    window = windowOf(frame->ShowForm(u"frmScan"_s));
+    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     EXPECT_EQ(window->geometry(), QRect(30, 40, 450, 300));
     window->showMaximized();
     window->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0; }));
     EXPECT_EQ(saved(), (QStringList{u"2"_s, u"6750"_s}));
     EXPECT_TRUE(windowOf(frame->ShowForm(u"frmScan"_s))->isMaximized());
 }
@@ -342,21 +334,13 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
     EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
 }
 
-TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
-{
-    QWidget* form = frame->ShowForm(u"frmScan"_s);
-    form->close();
-    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
-    EXPECT_FALSE(ReadIniValue(site.localIni(), u"Form"_s, u"frmScanState"_s).value.isEmpty());
-}
-
 TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
 {
     auto* stubborn = static_cast<TestForm*>(frame->ShowForm(u"frmScan"_s));
     frame->ShowForm(u"frmFind"_s);
     stubborn->refuseClose = true;
     frame->menuEntry(u"mnuExit"_s)->trigger();
-    EXPECT_TRUE(frame->isVisible() && waitUntil([&] { return openChildren() == 1; }));
+    EXPECT_TRUE(frame->isVisible() && QTest::qWaitFor([&] { return openChildren() == 1; }));
 
     stubborn->refuseClose = false;
     frame->ShowHelp(HelpWindow::Entry::Contents);
