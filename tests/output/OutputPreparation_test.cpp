@@ -2,6 +2,7 @@
 #include "data/Settings.h"
 #include "output/OutputPreparation.h"
 #include "output/PdfWriter.h"
+#include "output/PdfTools.h"
 #include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
@@ -13,7 +14,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimeZone>
@@ -231,18 +231,6 @@ TEST_F(OutputPreparationTest, QueueBecomesFilesAndAStoppedRunLeavesNone)
     IoResult<QStringList> stopped =
         SaveTempFiles(s(), queue.files, queue.messages, false, [&](const QString&) { return ++steps < 4; });
     EXPECT_EQ(std::pair(stopped.error(), tempFiles()), std::pair(kOutputCancelled, QStringList()));
-}
-
-// The output of a program; exitCode gets its exit code (-1 when it didn't end normally).
-QString Tool(const QString& program, const QStringList& arguments, int* exitCode = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool ended = process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit;
-    if (exitCode)
-        *exitCode = ended ? process.exitCode() : -1;
-    return QString::fromUtf8(process.readAllStandardOutput());
 }
 
 // What qpdf reads in a PDF: for each page its size and its images, top to bottom.

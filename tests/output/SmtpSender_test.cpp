@@ -1,4 +1,5 @@
 #include "output/MailClient.h"
+#include "output/MailRead.h"
 #include "base/TextTools.h"
 #include "output/MailSettings.h"
 #include "output/SmtpSender.h"
@@ -9,9 +10,6 @@
 #include <QElapsedTimer>
 #include <QHash>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
@@ -24,24 +22,6 @@ using namespace tarlox::test;
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-// A delivered message as Python's own mail parser reads it: what counts is
-// how a real mail reader decodes it. Attachments as "name type sha256".
-QJsonObject ReadMail(const QString& path)
-{
-    static const char* script = R"(
-import email, email.policy, hashlib, json, sys
-m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)
-print(json.dumps({'deliveredTo': m['Delivered-To'], 'from': m['From'], 'replyTo': m['Reply-To'], 'to': m['To'], 'bcc': m['Bcc'],
-  'subject': m['Subject'], 'defects': len(m.defects), 'body': m.get_body(('plain',)).get_content(),
-  'files': [' '.join([p.get_filename(), p.get_content_type(), hashlib.sha256(p.get_content()).hexdigest()])
-            for p in m.iter_attachments()]}))
-)";
-    QProcess python;
-    python.start(u"/usr/bin/python3"_s, {u"-c"_s, QString::fromUtf8(script), path});
-    python.waitForFinished(30000);
-    return QJsonDocument::fromJson(python.readAllStandardOutput()).object();
-}
 
 QString Attachment(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes, const char* type)
 {

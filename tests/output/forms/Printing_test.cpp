@@ -5,6 +5,7 @@
 #include "data/InfoData.h"
 #include "data/Settings.h"
 #include "view/ViewerTestSupport.h"
+#include "output/PdfTools.h"
 #include "support/FormControls.h"
 
 #include <QCheckBox>
@@ -12,7 +13,6 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPrinter>
-#include <QProcess>
 #include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
@@ -37,13 +37,8 @@ struct Sheet {
 
 QList<Sheet> PrintedSheets(const QString& pdf, const QString& stem)
 {
-    const QDir dir = QFileInfo(stem).dir();
-    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + QStringLiteral("*.pgm")}, QDir::Files))
-        QFile::remove(dir.filePath(name));
-    QProcess::execute(QStringLiteral("pdftoppm"), {QStringLiteral("-r"), QStringLiteral("100"), QStringLiteral("-gray"), pdf, stem});
     QList<Sheet> sheets;
-    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + QStringLiteral("*.pgm")}, QDir::Files, QDir::Name)) {
-        const QImage page(dir.filePath(name));
+    for (const QImage& page : GreyPages(pdf, stem, 100)) {
         Sheet sheet;
         const auto ink = [&](int x, int y) { return qGray(page.pixel(x, y)) < 128; };
         for (int y = 0; y < 60 && !sheet.number; ++y) {
