@@ -70,8 +70,6 @@ TEST_F(CliTest, UsageAnswersWithoutTouchingAnyFile)
         {"info extra", 2, "", "info takes no arguments"},
         {"init extra", 2, "", "init takes no arguments"},
         {"settings get", 2, "", "settings: takes get"},
-        {"find --colour red", 2, "", "'colour'"},
-        {"find --heat", 2, "", "'--heat'"},
         {"output 1 -o x.tif --pages 1-3", 2, "", "--pages must be 'All' or in the form 'n,m,l'"},
         {"output 1 -o x.tif --message heat=A;B", 2, "", "can't hold ';'"},
         {"output 1 -o x.tif --message colour=red", 2, "", "--message takes KEY=VALUE"},

@@ -27,10 +27,7 @@ QStringList Seen(const QString& path)
     return seen;
 }
 
-QString Sha256Of(const QString& path)
-{
-    return QString::fromLatin1(QCryptographicHash::hash(FileBytes(path), QCryptographicHash::Sha256).toHex());
-}
+QString Sha256Of(const QString& path) { return QString::fromLatin1(QCryptographicHash::hash(FileBytes(path), QCryptographicHash::Sha256).toHex()); }
 
 // tarlox-cli mail and contacts on an installation of either engine, with
 // a POP server and an SMTP server that takes mail only after a POP log-in.

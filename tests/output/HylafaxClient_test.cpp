@@ -256,12 +256,8 @@ TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
 
 TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
 {
-    const struct {
-        QString server, user;
-        QString host;
-        int port;  // 0: refused
-        QString login;
-    } rows[] = {
+    // port 0: refused
+    const struct { QString server, user, host; int port; QString login; } rows[] = {
         {{}, {}, u"localhost"_s, 4559, fax::LoginName()},
         {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
         {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()},

@@ -195,10 +195,7 @@ TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
     const Queue first = ReadQueue(s(), QueueMode::Email);
     EXPECT_EQ(std::tuple(site.prompter().asked().isEmpty(), first.count(), first.files), std::tuple(true, 2, QStringLiteral("/d/TR000001.TIF;All;/d/TR000002.TIF;All")));
 
-    struct Case {
-        Answer answer;
-        int count;  // images queued afterwards
-    };
+    struct Case { Answer answer; int count; };  // count: images queued afterwards
     for (const Case& c : {Case{Answer::Cancel, 2}, Case{Answer::Yes, 3}, Case{Answer::No, 1}}) {
         site.prompter().answer(c.answer);
         const auto result = BuildQueue(s(), QueueMode::Email, {QueueItem{QStringLiteral("/d/TR000003.TIF"), {}}});
@@ -234,10 +231,7 @@ TEST_F(OutputPreparationTest, QueueBecomesFilesAndAStoppedRunLeavesNone)
 }
 
 // What qpdf reads in a PDF: for each page its size and its images, top to bottom.
-struct PdfImage {
-    QByteArray data;  // the stream's bytes as stored
-    QJsonObject parameters;
-};
+struct PdfImage { QByteArray data; QJsonObject parameters; };  // data: the stream's bytes as stored
 struct PdfPageSeen { double width = 0; double height = 0; QList<PdfImage> images; };
 
 QList<PdfPageSeen> ReadWithQpdf(const QString& pdf)

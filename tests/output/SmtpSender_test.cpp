@@ -38,10 +38,7 @@ SmtpSettings Local(int port, MailAuthentication authentication = MailAuthenticat
     return settings;
 }
 
-MailMessage Note(const QString& to = u"buyer@example.com"_s)
-{
-    return {u"qa@example.com"_s, u"Quality Office"_s, to, u"Buyer"_s, u"Test report"_s, u"See attached."_s, {}};
-}
+MailMessage Note(const QString& to = u"buyer@example.com"_s) { return {u"qa@example.com"_s, u"Quality Office"_s, to, u"Buyer"_s, u"Test report"_s, u"See attached."_s, {}}; }
 
 void ExpectFailedWith(const MailSendResult& result, const QString& part)
 {
@@ -119,10 +116,7 @@ TEST(SmtpSender, PopLogInBeforeSmtp)
     SmtpTestServer server(options);
     ASSERT_TRUE(server.start()) << server.error().toStdString();
     // In this order: the server takes mail once any POP log-in has been seen.
-    const struct {
-        MailAuthentication authentication;
-        QString password, failure;  // failure "" for a delivered message
-    } rows[] = {
+    const struct { MailAuthentication authentication; QString password, failure; } rows[] = {  // failure "" for a delivered message
         {MailAuthentication::None, {}, u"530"_s},
         {MailAuthentication::Pop, u"wrong"_s, u"the POP server 127.0.0.1:%1 refused the user name or password"_s.arg(pop.port())},
         {MailAuthentication::Pop, u"s3cret"_s, {}},
@@ -186,10 +180,7 @@ TEST(MailClient, XdgEmailArgumentsKeepEveryValueWhole)
 {
     const QStringList common{u"--utf8"_s, u"--subject"_s, u"Report \"3.1\"; $HOME"_s, u"--body"_s, u"Line 1\n'Line 2'"_s,
                              u"--attach"_s, u"/tmp/a b/TR000001.TIF"_s, u"--attach"_s, u"-odd.pdf"_s};
-    const struct {
-        QString address, name;
-        QStringList recipient;  // the last argument, or none
-    } rows[] = {
+    const struct { QString address, name; QStringList recipient; } rows[] = {  // recipient: the last argument, or none
         {u"buyer@example.com"_s, u"Jo Buyer"_s, {u"Jo Buyer <buyer@example.com>"_s}},
         {u"buyer@example.com"_s, u"Buyer, Jo \"JB\""_s, {u"\"Buyer, Jo \\\"JB\\\"\" <buyer@example.com>"_s}},
         {u"buyer@example.com"_s, u"--attach x"_s, {u"\"--attach x\" <buyer@example.com>"_s}},

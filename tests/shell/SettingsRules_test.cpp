@@ -42,11 +42,7 @@ TEST(SettingsRules, FieldsAreSetBackWithinTheirBounds)
 {
     for (const auto& [typed, seconds] : {std::pair{"500", 120}, {"-3", 0}, {"x", 0}, {"", 0}, {"30", 30}, {"45s", 45}})
         EXPECT_EQ(ClampTimeout(QString::fromUtf8(typed)), seconds) << typed;
-    const struct {
-        QString (*clamp)(const QString&);
-        const char* typed;
-        const char* kept;
-    } rows[] = {{ClampFontSize, "2", "6"},           {ClampFontSize, "72", "36"},        {ClampFontSize, "12", "12"},
+    const struct { QString (*clamp)(const QString&); const char* typed; const char* kept; } rows[] = {{ClampFontSize, "2", "6"},           {ClampFontSize, "72", "36"},        {ClampFontSize, "12", "12"},
                 {ClampFontSize, "", ""},             {ClampBrightness, "-5000", "-1000"}, {ClampBrightness, "1001", "1000"},
                 {ClampBrightness, "-20", "-20"},     {ClampDpi, "12000", "9999"},        {ClampDpi, "-1", "0"},
                 {ClampDpi, "300", "300"}};

@@ -179,8 +179,9 @@ TEST_F(Viewer, ClockwiseTwiceIsAHalfTurnAppliedToEveryPage)
     EXPECT_EQ(rotations, (QList<int>{90, 0, 180, 270}));
 }
 
-// Abort drops the changes in memory; a save makes the Original and the caption says which is shown.
-TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
+// Abort drops the changes in memory; a save makes the Original and the caption
+// says which is shown; a restore from the Original shows the restored copy.
+TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExistsUntilItIsRestored)
 {
     open(2);
     EXPECT_EQ(std::pair(doc.caption(), doc.menus().mnuViewOrig.visible), std::pair(caption(path), false));
@@ -197,6 +198,18 @@ TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExists)
               std::tuple(caption(original(), " (Original)"), QStringLiteral("View C&opy"), false, false));
     doc.mnuViewOrig_Click();
     EXPECT_EQ(std::pair(doc.menus().mnuScanOpt.enabled, IsBlackAt(doc.page(), 400, 500)), std::pair(true, true));
+
+    // Restored while the Original is on the screen: the restored copy shows.
+    doc.mnuViewOrig_Click();
+    ASSERT_EQ(doc.viewFile(), original());
+    prompter().answer(Answer::Cancel);
+    doc.mnuRestOrig_Click();
+    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
+    prompter().answer(Answer::Ok);
+    doc.mnuRestOrig_Click();
+    // The menu's caption stays as it was.
+    EXPECT_EQ(std::tuple(doc.viewFile(), QFileInfo::exists(original()), IsBlackAt(doc.page(), 400, 500), doc.menus().mnuScanOpt.enabled, doc.menus().mnuViewOrig.caption),
+              std::tuple(path, false, false, true, QStringLiteral("View C&opy")));
 }
 
 TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
@@ -216,23 +229,6 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
     EXPECT_EQ(std::tuple(IsBlackAt(doc.page(), 200, 200), QFileInfo::exists(original()), doc.menus().mnuRestOrig.visible, doc.caption()),
               std::tuple(true, false, false, caption(path)));
-}
-
-TEST_F(Viewer, RestoreWhileViewingTheOriginalShowsTheRestoredCopy)
-{
-    open(2);
-    drawLine();
-    ASSERT_TRUE(doc.mnuSave_Click());
-    doc.mnuViewOrig_Click();
-    ASSERT_EQ(doc.viewFile(), original());
-    prompter().answer(Answer::Cancel);
-    doc.mnuRestOrig_Click();
-    EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
-    prompter().answer(Answer::Ok);
-    doc.mnuRestOrig_Click();
-    // The menu's caption stays as it was.
-    EXPECT_EQ(std::tuple(doc.viewFile(), QFileInfo::exists(original()), IsBlackAt(doc.page(), 400, 500), doc.menus().mnuScanOpt.enabled, doc.menus().mnuViewOrig.caption),
-              std::tuple(path, false, false, true, QStringLiteral("View C&opy")));
 }
 
 TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
@@ -444,12 +440,8 @@ TEST_F(Viewer, FirstLineWithoutAWidthOpensTheFormAndClampedOneStartsTheTool)
 // the file as scanned as the Original, the second leaves it.
 TEST_F(Viewer, FailedSaveKeepsTheChangesAndTheFilesUntilASaveSucceeds)
 {
-    struct Row {
-        const char* name;
-        bool onClose;  // Yes to the close question, else the Save menu
-        double lineAt;
-        bool roomForOriginal;  // the Original is made, the new Copy fails
-    };
+    // onClose: Yes to the close question, else the Save menu; roomForOriginal: the Original is made, the new Copy fails
+    struct Row { const char* name; bool onClose; double lineAt; bool roomForOriginal; };
     open(3);
     const QByteArray asScanned = FileBytes(path);
     doc.goToPage(2);

@@ -64,15 +64,8 @@ TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
 // file as it was when there is nothing to do; never an Original, never a work file left.
 TEST_F(PageFilesTest, PageOperations)
 {
-    const struct {
-        const char* name;
-        int pages;
-        ScanMode mode;
-        int at;
-        int scanned;  // the page the scanner gives, 0 for none
-        bool ok, written;
-        QList<int> after;  // empty: the file as it was
-    } rows[] = {
+    // scanned: the page the scanner gives, 0 for none; after: empty for the file as it was
+    const struct { const char* name; int pages; ScanMode mode; int at; int scanned; bool ok, written; QList<int> after; } rows[] = {
         {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}},
         {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
         {"the only page stays", 1, ScanMode::Delete, 1, 0, false, false, {}},

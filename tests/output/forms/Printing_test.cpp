@@ -28,12 +28,9 @@ namespace {
 
 // Letter paper at 100 dpi as pdftoppm sees it: which NumberedPage each
 // printed page is (its bar, drawn 8 / 8.5 of its width), and whether
-// anything stands in the bottom half inch.
-struct Sheet {
-    int number = 0;
-    bool bottomInked = false;
-    bool topBand = false;  // ink in the top rows right of the bar's place: the message block
-};
+// anything stands in the bottom half inch; topBand: ink in the top rows right of
+// the bar's place, the message block.
+struct Sheet { int number = 0; bool bottomInked = false, topBand = false; };
 
 QList<Sheet> PrintedSheets(const QString& pdf, const QString& stem)
 {
@@ -62,13 +59,11 @@ QList<Sheet> PrintedSheets(const QString& pdf, const QString& stem)
     return sheets;
 }
 
-class PrintingTest : public ::testing::TestWithParam<Engine> {
+class PrintingTest : public SiteTest {
 protected:
-    PrintingTest() : site(GetParam()) {}
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
+        SiteTest::SetUp();
         printer.setOutputFormat(QPrinter::PdfFormat), printer.setOutputFileName(pdf());
         printer.setPageSize(QPageSize(QPageSize::Letter)), printer.setFullPage(true), printer.setResolution(100);
     }
@@ -109,7 +104,6 @@ protected:
     template <class Form> static void settle(const QPointer<Form>& form) { ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull(); }, 20000)); }
     bool tempIsEmpty() { return QDir(site.session().tempDir).entryList(QDir::Files).isEmpty(); }
 
-    TestSite site;
     QPrinter printer{QPrinter::HighResolution};
 };
 
@@ -162,11 +156,7 @@ TEST_P(PrintingTest, LongReportsPrintAsTheAnswerSays)
     QImage legal = NumberedPage(2, 850, 1400);
     FillBlack(legal, 0, 1300, 850, 100);
     const QString path = StoreReport(site, {legal}, 22, QStringLiteral("G"));
-    struct Case {
-        Answer answer;
-        bool printed;
-        bool bottomShows;  // reduced to fit: the whole page is on the sheet
-    };
+    struct Case { Answer answer; bool printed, bottomShows; };  // bottomShows: reduced to fit, the whole page is on the sheet
     for (const Case& c : {Case{Answer::Yes, true, true}, Case{Answer::No, true, false}, Case{Answer::Cancel, false, false}}) {
         QFile::remove(pdf());
         site.prompter().answer(c.answer);
@@ -220,4 +210,4 @@ TEST_P(PrintingTest, SelectAllPrintsEachImageOnceAndQueuesForLater)
     EXPECT_TRUE(sheets[0].topBand && tempIsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, PrintingTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(PrintingTest);

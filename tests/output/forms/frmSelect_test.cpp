@@ -1,6 +1,5 @@
 #include "output/forms/frmSelect.h"
 
-#include "output/SelectImage.h"
 #include "base/IniFile.h"
 #include "view/forms/frmView.h"
 #include "view/ViewerTestSupport.h"

@@ -29,10 +29,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString ini(const QString& path, const char* section, const char* key)
-{
-    return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value;
-}
+QString ini(const QString& path, const char* section, const char* key) { return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value; }
 
 template <class W> W* tagged(QWidget* form, const char* name, const char* tag)
 {

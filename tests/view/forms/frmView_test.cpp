@@ -15,7 +15,6 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
-#include <QAction>
 #include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
@@ -31,14 +30,6 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
-
-// Waits up to two seconds for the condition, letting events through.
-template <class Condition> bool waitFor(Condition condition)
-{
-    for (int i = 0; i < 200 && !condition(); ++i)
-        QTest::qWait(10);
-    return condition();
-}
 
 // A certificate page with a heading bar.
 QImage certificatePage(int n)
@@ -93,20 +84,23 @@ TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
     EXPECT_EQ(std::pair(viewer->document().page().isNull(), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path)));
     viewer->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
-    ASSERT_TRUE(waitFor([&] { return !viewer->document().page().isNull(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer->document().page().isNull(); }));
     EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible(),
                          viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->pageBox()->maximum()),
               std::tuple(2, false, false, 2));
 
     // The fitted page is shown in grey levels: thin strokes average, not vanish.
-    ASSERT_TRUE(waitFor([&] { return !viewer->imcMain()->rendered().isNull(); }));
-    const QImage shown = viewer->imcMain()->rendered();
     QSet<int> levels;
-    for (int y = 0; y < shown.height(); ++y)
-        for (int x = 0; x < shown.width(); ++x)
-            levels.insert(qGray(shown.pixel(x, y)));
-    levels.remove(0x80);  // the ground beside the page
-    EXPECT_TRUE(levels.contains(255) && levels.size() >= 4) << levels.size();  // white, black and shades between
+    const auto shaded = [&] {
+        const QImage shown = viewer->imcMain()->rendered();
+        levels.clear();
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                levels.insert(qGray(shown.pixel(x, y)));
+        levels.remove(0x80);  // the ground beside the page
+        return levels.contains(255) && levels.size() >= 4;  // white, black and shades between
+    };
+    EXPECT_TRUE(QTest::qWaitFor(shaded)) << levels.size();
     viewer->close();
 }
 
