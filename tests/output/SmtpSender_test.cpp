@@ -200,11 +200,9 @@ TEST(MailClient, XdgEmailArgumentsKeepEveryValueWhole)
 TEST(MailSettings, StoredPasswordsMatchTheCipherTable)
 {
     const struct { QString clear, key, stored; } rows[] = {
-        {QStringLiteral("secret"), {}, QStringLiteral("lW.lDx")},
-        {QStringLiteral("Pa55 word!"), QStringLiteral("k"), QStringLiteral("lP^[ck!!M<")},
+        {QStringLiteral("secret"), {}, QStringLiteral("lW.lDx")}, {QStringLiteral("Pa55 word!"), QStringLiteral("k"), QStringLiteral("lP^[ck!!M<")},
         {QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcd"), {}, QStringLiteral("US]ORKs`5ZU`ifhGi:.5:5-/:.>'%\\")},
-        {QStringLiteral("~~~"), {}, QStringLiteral("\x7f,6")},
-        {QStringLiteral(" "), QStringLiteral("zz"), QStringLiteral("z")},
+        {QStringLiteral("~~~"), {}, QStringLiteral("\x7f,6")}, {QStringLiteral(" "), QStringLiteral("zz"), QStringLiteral("z")},
         {QString(), {}, QString()},
     };
     for (const auto& row : rows) {

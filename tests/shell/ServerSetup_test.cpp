@@ -97,8 +97,7 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     // Retry once the server is up again.
     prompter.clear();
     prompter.onAsk([](const Prompt& p) { EXPECT_TRUE(p.title != QLatin1String("Invalid Server Information") || ownServer->start()); });
-    prompter.answer(Answer::Ok);
-    prompter.answer(Answer::Retry);
+    prompter.answer(Answer::Ok), prompter.answer(Answer::Retry);
     EXPECT_TRUE(CheckServerEntries(s, ownServerEntries()));
     EXPECT_EQ(std::tuple(prompter.titles().count(u"Invalid Server Information"_s), s.options.status), std::tuple(1, 0));
 }

@@ -111,8 +111,7 @@ TEST_F(Viewer, PageMenuFollowsThePageCount)
 {
     const auto menus = [&] { return std::tuple(doc.pageCount(), doc.menus().mnuPage.enabled, doc.menus().mnuDelete.enabled, doc.menus().mnuPrint.enabled); };
     open(1);
-    EXPECT_EQ(menus(), std::tuple(1, false, false, true));
-    EXPECT_FALSE(doc.goToPage(2));
+    EXPECT_TRUE(menus() == std::tuple(1, false, false, true) && !doc.goToPage(2));
     open(2);
     EXPECT_EQ(menus(), std::tuple(2, true, true, true));
 
@@ -127,8 +126,7 @@ TEST_F(Viewer, PageMenuFollowsThePageCount)
     doc.mnuPageNum_Click(20);
     EXPECT_EQ(std::tuple(shown(), items[19].checked, items[0].checked), std::tuple(20, true, false));
     EXPECT_TRUE(doc.goToPage(21));  // Page Down or the page box
-    EXPECT_FALSE(doc.goToPage(22));
-    EXPECT_EQ(shown(), 21);
+    EXPECT_TRUE(!doc.goToPage(22) && shown() == 21);
 }
 
 TEST_F(Viewer, DragOfTenPixelsDoesNothingElevenMagnifiesASquare)
@@ -202,11 +200,9 @@ TEST_F(Viewer, CaptionShowsCopyOnlyOnceAnOriginalExistsUntilItIsRestored)
     // Restored while the Original is on the screen: the restored copy shows.
     doc.mnuViewOrig_Click();
     ASSERT_EQ(doc.viewFile(), original());
-    prompter().answer(Answer::Cancel);
-    doc.mnuRestOrig_Click();
+    prompter().answer(Answer::Cancel), doc.mnuRestOrig_Click();
     EXPECT_TRUE(QFileInfo::exists(original()));  // Cancel: nothing
-    prompter().answer(Answer::Ok);
-    doc.mnuRestOrig_Click();
+    prompter().answer(Answer::Ok), doc.mnuRestOrig_Click();
     // The menu's caption stays as it was.
     EXPECT_EQ(std::tuple(doc.viewFile(), QFileInfo::exists(original()), IsBlackAt(doc.page(), 400, 500), doc.menus().mnuScanOpt.enabled, doc.menus().mnuViewOrig.caption),
               std::tuple(path, false, false, true, QStringLiteral("View C&opy")));
@@ -224,8 +220,7 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
     const QImage saved = *TiffReader::open(path)->readPage(0);
     EXPECT_EQ(std::tuple(IsBlackAt(doc.page(), 200, 200), IsBlackAt(saved, 200, 200), IsBlackAt(saved, 400, 400)), std::tuple(false, false, true));
 
-    prompter().answer(Answer::Ok);
-    doc.mnuRestOrig_Click();
+    prompter().answer(Answer::Ok), doc.mnuRestOrig_Click();
     EXPECT_EQ(prompter().textOf(QStringLiteral("Restore Original")), texts::RestoreOriginal);
     EXPECT_EQ(std::tuple(IsBlackAt(doc.page(), 200, 200), QFileInfo::exists(original()), doc.menus().mnuRestOrig.visible, doc.caption()),
               std::tuple(true, false, false, caption(path)));
@@ -234,18 +229,15 @@ TEST_F(Viewer, WhiteFilledRectangleSurvivesASaveUntilRestore)
 TEST_F(Viewer, DeletePageOneAndPageThreeOfThree)
 {
     open(3);
-    prompter().answer(Answer::Cancel);
-    doc.mnuDelete_Click();
+    prompter().answer(Answer::Cancel), doc.mnuDelete_Click();
     EXPECT_EQ(std::pair(PageNumbersOf(path), prompter().textOf(QStringLiteral("Delete a Page"))), std::pair(QList<int>{1, 2, 3}, texts::DeletePage));
 
-    prompter().answer(Answer::Ok);
-    doc.mnuDelete_Click();
+    prompter().answer(Answer::Ok), doc.mnuDelete_Click();
     EXPECT_EQ(std::pair(state(), QFileInfo::exists(original())), std::pair(std::tuple(QList<int>{2, 3}, 1, 2), false));
 
     open(3);
     doc.goToPage(3);
-    prompter().answer(Answer::Ok);
-    doc.mnuDelete_Click();
+    prompter().answer(Answer::Ok), doc.mnuDelete_Click();
     EXPECT_EQ(state(), std::tuple(QList<int>{1, 2}, 2, 2));
 }
 
@@ -254,8 +246,7 @@ TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
     open(2);
     Scanner scanner;
     scanner.next = NumberedPage(9);
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(2, &scanner);
+    prompter().answer(Answer::Ok), doc.mnuScan_Click(2, &scanner);
     EXPECT_EQ(std::tuple(scanner.seen.title, scanner.seen.mode, scanner.seen.dpi, scanner.seen.pageLength),
               std::tuple(QStringLiteral("Insert Page"), QLatin1Char('I'), 200, 11.0));
     EXPECT_EQ(std::tuple(prompter().textOf(QStringLiteral("Prepare to Scan")), state(), QFileInfo::exists(original())),
@@ -269,8 +260,7 @@ TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
     for (const Step& step : {Step{2, 1, Answer::Ok, {1, 7, 3}, 2}, Step{2, 3, Answer::Ok, {1, 7, 3, 7}, 4},
                              Step{1, 3, Answer::Cancel, {1, 7, 3, 7}, 4}}) {
         doc.goToPage(step.from);
-        prompter().answer(step.answer);
-        doc.mnuScan_Click(step.mode, &scanner);
+        prompter().answer(step.answer), doc.mnuScan_Click(step.mode, &scanner);
         EXPECT_EQ(std::pair(PageNumbersOf(path), doc.currentPage()), std::pair(step.pages, step.page)) << step.mode;
     }
 
@@ -286,8 +276,7 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     open(2);
     Scanner scanner;
     scanner.error = QStringLiteral("Document feeder empty");
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(1, &scanner);
+    prompter().answer(Answer::Ok), doc.mnuScan_Click(1, &scanner);
     EXPECT_EQ(std::tuple(prompter().textOf(QStringLiteral("Scanner Error")), state(), doc.scanMode()),
               std::tuple(QStringLiteral("Document feeder empty"), std::tuple(QList<int>{1, 2}, 1, 1), ScanMode::None));
 
@@ -298,22 +287,19 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     // A short scan is questioned and dropped by default.
     open(1);
     scanner.next = NumberedPage(5, 850, 600);  // 6 inches of an 11 inch page
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
+    prompter().answer(Answer::Ok), doc.mnuScan_Click(3, &scanner);
     const QString text = prompter().textOf(QStringLiteral("Scanner Error"));
     EXPECT_TRUE(text.startsWith(QStringLiteral("The image returned from the scanner was too small!"))
                 && text.contains(QStringLiteral("It should have been 11 inches but instead was 6 inches.")))
         << text.toStdString();
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1}));
 
-    prompter().answer(Answer::Ok), prompter().answer(Answer::Yes);
-    doc.mnuScan_Click(3, &scanner);
+    prompter().answer(Answer::Ok), prompter().answer(Answer::Yes), doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(PageNumbersOf(path), (QList<int>{1, 5}));
 
     // Overlong pages are cut to the frame.
     scanner.next = NumberedPage(6, 850, 1500);
-    prompter().answer(Answer::Ok);
-    doc.mnuScan_Click(3, &scanner);
+    prompter().answer(Answer::Ok), doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(TiffReader::open(path)->pageInfo(2)->height, 1100);
 }
 

@@ -50,14 +50,12 @@ TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
 
 TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
 {
-    EXPECT_FALSE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
-    EXPECT_FALSE(QFileInfo::exists(original));
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, NumberedPage(1), 1) && !QFileInfo::exists(original));
     store(2);
     const QByteArray before = FileBytes(copy);
     const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
     EXPECT_TRUE(!beyond && beyond.error().contains(QStringLiteral("no longer")));
-    EXPECT_FALSE(SaveEditedCopy(copy, original, QImage(), 1));
-    EXPECT_EQ(FileBytes(copy), before);
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, QImage(), 1) && FileBytes(copy) == before);
 }
 
 // Each page operation on a stored file: the pages in their new order, or the
@@ -66,14 +64,11 @@ TEST_F(PageFilesTest, PageOperations)
 {
     // scanned: the page the scanner gives, 0 for none; after: empty for the file as it was
     const struct { const char* name; int pages; ScanMode mode; int at; int scanned; bool ok, written; QList<int> after; } rows[] = {
-        {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}},
-        {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
+        {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}}, {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
         {"the only page stays", 1, ScanMode::Delete, 1, 0, false, false, {}},
         {"insert before the first", 3, ScanMode::Insert, 1, 9, true, true, {9, 1, 2, 3}},
-        {"replace", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}},
-        {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
-        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}},
-        {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {}},
+        {"replace", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}}, {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
+        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}}, {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {}},
         {"no such page", 2, ScanMode::Replace, 5, 7, false, false, {}},
     };
     for (const auto& row : rows) {
@@ -107,8 +102,7 @@ TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
     ASSERT_TRUE(RestoreOriginalFiles(copy, original));
     EXPECT_EQ(std::pair(FileBytes(copy), QFileInfo::exists(original)), std::pair(asScanned, false));
     // None left: says so, the Copy stays.
-    EXPECT_FALSE(RestoreOriginalFiles(copy, original));
-    EXPECT_EQ(FileBytes(copy), asScanned);
+    EXPECT_TRUE(!RestoreOriginalFiles(copy, original) && FileBytes(copy) == asScanned);
 }
 
 TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)

@@ -153,8 +153,8 @@ TEST_F(Settings, DriveMapList)
     // The entry rules themselves are SettingsRules' table; an entry already there is not added twice.
     EXPECT_EQ((std::tuple{edit(-1, "F=1"), asked.asked().size(), screen.drvMapEntries().size()}), std::tuple(false, qsizetype(1), qsizetype(0)));
     EXPECT_EQ((QList<bool>{edit(-1, "f=c"), edit(-1, "G=D"), edit(-1, "G=D"), edit(-1, "/srv/tarlox/=/mnt/tarlox")}), QList<bool>(4, true));
-    EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}));
-    EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
+    // One empty entry at the end.
+    EXPECT_EQ(std::pair(screen.drvMapEntries(), box->itemText(box->count() - 1)), std::pair(QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}, QString()));
 
     // Editing an entry replaces it; emptying it removes it.
     EXPECT_EQ((QList<bool>{edit(2, ""), edit(1, "h=e")}), QList<bool>(2, true));
@@ -302,7 +302,7 @@ TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
         EXPECT_EQ(site.prompter().textOf(u"Fax Cover Sheet"_s), row.text) << row.field.toStdString();
         auto* editor = screen.findChild<QPlainTextEdit*>(u"txtTemplate"_s);
         ASSERT_NE(editor, nullptr);
-        EXPECT_EQ(editor->toPlainText().isEmpty(), row.empty) << row.field.toStdString();
-        EXPECT_EQ(editor->toPlainText() == u"! OUR FAX\n{to}\n"_s, row.field == own) << row.field.toStdString();
+        EXPECT_EQ(std::pair(editor->toPlainText().isEmpty(), editor->toPlainText() == u"! OUR FAX\n{to}\n"_s), std::pair(row.empty, row.field == own))
+            << row.field.toStdString();
     }
 }

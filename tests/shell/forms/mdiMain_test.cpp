@@ -317,8 +317,7 @@ TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
     window->showMaximized();
     window->close();
     ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0; }));
-    EXPECT_EQ(saved(), (QStringList{u"2"_s, u"6750"_s}));
-    EXPECT_TRUE(windowOf(frame->ShowForm(u"frmScan"_s))->isMaximized());
+    EXPECT_TRUE(saved() == QStringList({u"2"_s, u"6750"_s}) && windowOf(frame->ShowForm(u"frmScan"_s))->isMaximized());
 }
 
 TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
@@ -363,8 +362,7 @@ TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
 {
     TestSite other;
     other.create();
-    site.prompter().answerFile(other.localIni());
-    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    site.prompter().answerFile(other.localIni()), frame->menuEntry(u"mnuOpen"_s)->trigger();
     EXPECT_EQ(std::tuple(site.session().dataBase, frame->isVisible()), std::tuple(other.path(u"server/Tarlox.db"_s), true));
 
     // Cancelling the dialog reads the program directory's own file again.
@@ -373,9 +371,7 @@ TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
 
     // A configuration whose server can't be reached: Cancel ends the program.
     QFile::remove(other.serverIni());
-    site.prompter().answerFile(other.localIni());
-    site.prompter().answer(Answer::Cancel);
-    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    site.prompter().answerFile(other.localIni()), site.prompter().answer(Answer::Cancel), frame->menuEntry(u"mnuOpen"_s)->trigger();
     EXPECT_EQ(std::tuple(site.prompter().wasAsked(u"Invalid Server Information File"_s), frame->isVisible()), std::tuple(true, false));
 }
 

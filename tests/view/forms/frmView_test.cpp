@@ -151,8 +151,7 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
     viewer->action(QStringLiteral("mnuViewOrig"))->trigger();
     EXPECT_EQ(std::pair(viewer->windowTitle().endsWith(QStringLiteral(" (Original)")), viewer->menu(QStringLiteral("mnuScanOpt"))->menuAction()->isEnabled()),
               std::pair(true, false));
-    site.prompter().answer(Answer::Ok);
-    viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
+    site.prompter().answer(Answer::Ok), viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
     const bool originalLeft = QFileInfo::exists(OriginalPathOf(path));
     viewer->action(QStringLiteral("mnuRotate_1"))->trigger();
     EXPECT_EQ(std::pair(originalLeft, viewer->document().viewRotation()), std::pair(false, 270));
@@ -173,8 +172,7 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     {
         FullDisk full;
         viewer->action(QStringLiteral("mnuSaveExit"))->trigger();
-        site.prompter().answer(Answer::Yes);
-        viewer->close();
+        site.prompter().answer(Answer::Yes), viewer->close();
     }
     EXPECT_EQ(std::tuple(closed, viewer->isVisible(), IsBlackAt(viewer->document().page(), 400, 600)), std::tuple(false, true, true));
     // The error report, once for each try.
@@ -183,12 +181,10 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
               std::tuple(2, true, texts::ImageFileNotCreated.arg(path)));
 
     // Cancel (Escape) at the question keeps the viewer and its edits.
-    site.prompter().answer(Answer::Cancel);
-    viewer->close();
+    site.prompter().answer(Answer::Cancel), viewer->close();
     EXPECT_EQ(std::pair(closed, IsBlackAt(viewer->document().page(), 400, 600)), std::pair(false, true));
 
-    site.prompter().answer(Answer::Yes);
-    viewer->close();
+    site.prompter().answer(Answer::Yes), viewer->close();
     EXPECT_EQ(std::pair(closed, IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 600)), std::pair(true, true));
 }
 
@@ -270,8 +266,7 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
         child<QRadioButton>(&form, "optImage")->setChecked(true);
         EXPECT_EQ(std::pair(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled(), child<QLineEdit>(&form, "txtImageName")->isEnabled()),
                   std::pair(false, true));
-        site.prompter().answerFile(site.path(QStringLiteral("stamp.png")));
-        form.cmdImageName_Click();
+        site.prompter().answerFile(site.path(QStringLiteral("stamp.png"))), form.cmdImageName_Click();
         child<QCheckBox>(&form, "cbStampOvl")->setChecked(true);
         form.accept();
     }
