@@ -95,10 +95,8 @@ protected:
 TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
 {
     const struct { QString dir; int value; QString name; } rows[] = {
-        {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s},
-        {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
-        {u"C:\\Temp\\"_s, 310042, u"C:\\Temp\\FX310042.FMF"_s},
-        {u"/t"_s, 1234567, u"/t/FX234567.FMF"_s},
+        {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s}, {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
+        {u"C:\\Temp\\"_s, 310042, u"C:\\Temp\\FX310042.FMF"_s}, {u"/t"_s, 1234567, u"/t/FX234567.FMF"_s},
     };
     for (const auto& row : rows)
         EXPECT_EQ(JobFileName(row.dir, row.value), row.name) << row.value;
@@ -117,9 +115,7 @@ TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
     fields.pages = 4, fields.date = QDate(2024, 3, 15);
     const struct { QString text; QString filled; } rows[] = {
         {u"{to} / {fax}"_s, u"Jo {fax} / 555"_s},  // a value is never read as a placeholder
-        {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s},
-        {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s},
-        {u"{unknown} {"_s, u"{unknown} {"_s},
+        {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s}, {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s}, {u"{unknown} {"_s, u"{unknown} {"_s},
     };
     for (const auto& row : rows)
         EXPECT_EQ(FillCoverTemplate(row.text, fields), row.filled) << row.text.toStdString();
@@ -182,8 +178,7 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
     EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Job aborted by request"_s, jobFile));
 
     ASSERT_TRUE(engine.remove(*id).ok());
-    EXPECT_FALSE(Find(engine, FaxState::Failed, *id));
-    EXPECT_FALSE(engine.kill(*id).ok());
+    EXPECT_TRUE(!Find(engine, FaxState::Failed, *id) && !engine.kill(*id).ok());
 }
 
 TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
@@ -258,11 +253,8 @@ TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
 {
     // port 0: refused
     const struct { QString server, user, host; int port; QString login; } rows[] = {
-        {{}, {}, u"localhost"_s, 4559, fax::LoginName()},
-        {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
-        {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()},
-        {u"[::1]:4561"_s, {}, u"::1"_s, 4561, {}},
-        {u"fax:port"_s, {}, {}, 0, {}},
+        {{}, {}, u"localhost"_s, 4559, fax::LoginName()}, {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
+        {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()}, {u"[::1]:4561"_s, {}, u"::1"_s, 4561, {}}, {u"fax:port"_s, {}, {}, 0, {}},
         {u"fax:70000"_s, {}, {}, 0, {}},
     };
     for (const auto& row : rows) {

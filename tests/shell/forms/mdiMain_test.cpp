@@ -60,10 +60,8 @@ public:
     TestViewer(Session&, mdiMain&)
     {
         resize(320, 240);
-        for (const char* name : {"viewerFile", "mnuWindow"}) {
-            QMenu* menu = bar.addMenu(QLatin1String(name));
-            menu->menuAction()->setObjectName(QLatin1String(name));
-        }
+        for (const char* name : {"viewerFile", "mnuWindow"})
+            bar.addMenu(QLatin1String(name))->menuAction()->setObjectName(QLatin1String(name));
     }
     QList<QMenu*> framedMenus() const override { return {bar.actions().first()->menu()}; }
     void showOwnMenuBar(bool shown) override { bar.setVisible(shown); }
@@ -76,8 +74,7 @@ public:
     QStringList calls;
 };
 
-class TestDialog : public QDialog {
-public:
+struct TestDialog : QDialog {
     TestDialog(Session&, mdiMain&) {}
 };
 
@@ -201,9 +198,8 @@ TEST_F(Frame, ScanTwiceRaisesTheOneWindowAndRestoresItWhenMinimized)
 TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
 {
     frame->MDIForm_Activate();
-    for (const auto& [entry, button, on] : {std::tuple{"mnuBatch", "Batch", true}, {"mnuList", "List", false}, {"mnuFax", "Fax", false}}) {
+    for (const auto& [entry, button, on] : {std::tuple{"mnuBatch", "Batch", true}, {"mnuList", "List", false}, {"mnuFax", "Fax", false}})
         EXPECT_EQ(std::pair(frame->menuEntry(QLatin1String(entry))->isEnabled(), frame->toolbarButton(QLatin1String(button))->isVisible()), std::pair(on, on)) << entry;
-    }
     for (const char* entry : {"mnuPrint", "mnuAscii", "mnuImport", "mnuUpdate", "mnuChange", "mnuAbout"})
         EXPECT_FALSE(frame->menuEntry(QLatin1String(entry))->isEnabled()) << entry;
 

@@ -76,18 +76,19 @@ protected:
 
 }  // namespace
 
-TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
+// The pages are gone through by menu, keys and the page box.
+TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreenThenTheOthers)
 {
-    path = StoreReport(site, {certificatePage(1), certificatePage(2)});
+    path = StoreReport(site, {certificatePage(1), certificatePage(2), certificatePage(3)});
     auto* viewer = new frmView(site.session());
     // No page at construction yet.
     EXPECT_EQ(std::pair(viewer->document().page().isNull(), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path)));
     viewer->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
     ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer->document().page().isNull(); }));
-    EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible(),
+    EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_4"))->isVisible(),
                          viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->pageBox()->maximum()),
-              std::tuple(2, false, false, 2));
+              std::tuple(3, false, false, 3));
 
     // The fitted page is shown in grey levels: thin strokes average, not vanish.
     QSet<int> levels;
@@ -101,12 +102,7 @@ TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
         return levels.contains(255) && levels.size() >= 4;  // white, black and shades between
     };
     EXPECT_TRUE(QTest::qWaitFor(shaded)) << levels.size();
-    viewer->close();
-}
 
-TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
-{
-    frmView* viewer = openViewer(NumberedPages(3));
     QList<std::function<void()>> steps = {[&] { viewer->action(QStringLiteral("mnuPageNum_3"))->trigger(); },
                                           [&] { QTest::keyClick(viewer->imcMain(), Qt::Key_PageUp); },
                                           [&] { viewer->pageBox()->setValue(1); },
@@ -118,27 +114,16 @@ TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
     viewer->close();
 }
 
-TEST_F(ViewerWindow, DragMagnifiesAndRightClickReturns)
-{
-    frmView* viewer = openViewer(NumberedPages(1));
-    drag(viewer, QPointF(100, 100), QPointF(400, 250));
-    ASSERT_TRUE(viewer->document().zoomed());
-    EXPECT_NEAR(viewer->document().zoomSize(), 300, 6);
-    EXPECT_NEAR(viewer->document().zoomLeft(), 100, 4);
-    // The square fills the view's shorter side.
-    const ViewGeometry g = viewer->imcMain()->geometryNow();
-    EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
-    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
-    EXPECT_FALSE(viewer->document().zoomed());
-    viewer->close();
-}
-
+// A drag magnifies a square that fills the view's shorter side; a line drawn
+// then lands on the same page pixels all the same; a right click returns.
 TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
 {
     frmView* viewer = openViewer(NumberedPages(2));
-    // Magnified first: the line must land on the same page pixels all the same.
-    viewer->document().select(200, 400, 600, 500);
+    drag(viewer, QPointF(200, 400), QPointF(600, 500));
     ASSERT_TRUE(viewer->document().zoomed());
+    const ViewGeometry g = viewer->imcMain()->geometryNow();
+    EXPECT_TRUE(std::abs(viewer->document().zoomSize() - 400) <= 6 && std::abs(viewer->document().zoomLeft() - 200) <= 4) << viewer->document().zoomSize();
+    EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
     site.session().draw.lineWidth = 4;
     viewer->LineCommand();
     drag(viewer, QPointF(250, 450), QPointF(500, 450));
@@ -146,6 +131,8 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
     EXPECT_EQ(std::tuple(viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled(),
                          viewer->pageBox()->isEnabled(), IsBlackAt(page, 375, 450), IsBlackAt(page, 375, 460)),
               std::tuple(true, false, false, true, false));
+    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
+    EXPECT_FALSE(viewer->document().zoomed());
     viewer->action(QStringLiteral("mnuSave"))->trigger();
     EXPECT_EQ(std::pair(QFileInfo::exists(OriginalPathOf(path)), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"))));
     viewer->action(QStringLiteral("mnuViewOrig"))->trigger();
