@@ -145,7 +145,7 @@ TEST_F(OutputPreparationTest, StampKeepsItsSizeOnPaperAndSqueezesThePage)
     EXPECT_TRUE(textTop >= 0 && stampTop > textTop + TextHeight(page.width(), 8)) << textTop << ' ' << stampTop;
 }
 
-TEST_F(OutputPreparationTest, MessageRowsHoldWholeFields)
+TEST_F(OutputPreparationTest, MessageRowsHoldWholeFieldsAndStringsKeepEveryKey)
 {
     EXPECT_EQ(TextHeight(1700, 0), 24);
     const int width = 1700;
@@ -167,10 +167,6 @@ TEST_F(OutputPreparationTest, MessageRowsHoldWholeFields)
     // An empty value adds nothing, whatever its label.
     AddTextToString(lines, QStringLiteral("Qty"), QString(), index, width, 14);
     EXPECT_EQ(lines.join(QString()).count(QStringLiteral("Qty")), 0);
-}
-
-TEST_F(OutputPreparationTest, MessageStringsKeepEveryKey)
-{
     MessageFields all;
     int n = 0;
     for (QString* f : {&all.to, &all.order, &all.invoice, &all.lineNum, &all.custPO, &all.part, &all.partDesc, &all.quantity,

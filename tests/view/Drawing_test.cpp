@@ -124,7 +124,7 @@ TEST_F(DrawingTest, TextStampsStandInTheirRectangle)
     EXPECT_TRUE(!drawn && drawn.error().contains(QStringLiteral("longer than 32")) && SamePixels(before, page));
 }
 
-TEST_F(DrawingTest, StampImageKeepsItsProportions)
+TEST_F(DrawingTest, StampImageKeepsItsProportionsAndOneThatCannotBeReadSaysWhy)
 {
     // A solid 100 x 50 stamp into a 400 x 200 box fills it exactly.
     LayStamp(page, QRectF(QPointF(1000, 1000), QPointF(1400, 1200)), BlackPage(100, 50), false);
@@ -135,10 +135,6 @@ TEST_F(DrawingTest, StampImageKeepsItsProportions)
     LayStamp(page, QRectF(QPointF(100, 1000), QPointF(500, 1400)), BlackPage(200, 50), false);
     EXPECT_EQ(std::tuple(blackIn(page, QRect(100, 1000, 400, 100)), blackIn(page, QRect(100, 1102, 400, 298)), IsBlackAt(page, 300, 1600)),
               std::tuple(400 * 100, 0, true));
-}
-
-TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
-{
     QTemporaryDir dir;
     const QString bogus = dir.filePath(QStringLiteral("stamp.png"));
     ASSERT_TRUE(WriteFile(bogus, "not a picture"));
@@ -149,7 +145,7 @@ TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
     EXPECT_TRUE(picture && picture->size() == QSize(200, 100)) << picture.error().toStdString();
 }
 
-TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)
+TEST(PagePreview, ShrinkAveragesExactlyOverBoxesAndTheFittedPageIsCentred)
 {
     // The left half black, and a quarter of the right half's top.
     const QImage page = BlackPage(40, 40, {QRect(0, 0, 20, 40), QRect(20, 0, 10, 20)});
@@ -162,14 +158,10 @@ TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)
     ASSERT_EQ(part.size(), QSize(5, 3));
     // Columns 13-15, and columns 26-29 rows 11-13: black.
     EXPECT_EQ(std::pair(qGray(part.pixel(0, 0)), qGray(part.pixel(4, 2))), std::pair(0, 0));
-}
-
-TEST(PagePreview, RenderViewCentresTheFittedPage)
-{
-    const QImage page = BlackPage(1000, 2000);
-    const ViewGeometry g{page.size(), QSize(600, 500)};
+    const QImage tall = BlackPage(1000, 2000);
+    const ViewGeometry g{tall.size(), QSize(600, 500)};
     EXPECT_DOUBLE_EQ(g.scale(), 0.25);
-    const QImage view = RenderView(page, g);
+    const QImage view = RenderView(tall, g);
     ASSERT_EQ(view.size(), QSize(600, 500));
     // The page, the ground beside it, and the page's edge.
     QList<int> levels;
