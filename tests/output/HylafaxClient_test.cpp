@@ -92,7 +92,7 @@ protected:
 
 }  // namespace
 
-TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
+TEST(FaxJobFile, NamesCountFromTheDayOfTheMonthAndTheTemplateFillsPlaceholdersOnce)
 {
     const struct { QString dir; int value; QString name; } rows[] = {
         {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s}, {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
@@ -106,18 +106,14 @@ TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
     ASSERT_TRUE(first.ok() && QFileInfo(*first).fileName() == u"FX150000.FMF"_s);
     WriteFile(*first, {});
     EXPECT_EQ(QFileInfo(*FreeJobFileName(dir.path(), 15)).fileName(), u"FX150001.FMF"_s);
-}
-
-TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
-{
     CoverFields fields;
     fields.to = u"Jo {fax}"_s, fields.fax = u"555"_s, fields.fromCompany = u"Acme"_s, fields.from = u"Pat"_s;
     fields.pages = 4, fields.date = QDate(2024, 3, 15);
-    const struct { QString text; QString filled; } rows[] = {
+    const struct { QString text; QString filled; } templates[] = {
         {u"{to} / {fax}"_s, u"Jo {fax} / 555"_s},  // a value is never read as a placeholder
         {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s}, {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s}, {u"{unknown} {"_s, u"{unknown} {"_s},
     };
-    for (const auto& row : rows)
+    for (const auto& row : templates)
         EXPECT_EQ(FillCoverTemplate(row.text, fields), row.filled) << row.text.toStdString();
 }
 

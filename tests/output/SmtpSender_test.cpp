@@ -183,11 +183,8 @@ TEST(MailClient, XdgEmailArgumentsKeepEveryValueWhole)
     const struct { QString address, name; QStringList recipient; } rows[] = {  // recipient: the last argument, or none
         {u"buyer@example.com"_s, u"Jo Buyer"_s, {u"Jo Buyer <buyer@example.com>"_s}},
         {u"buyer@example.com"_s, u"Buyer, Jo \"JB\""_s, {u"\"Buyer, Jo \\\"JB\\\"\" <buyer@example.com>"_s}},
-        {u"buyer@example.com"_s, u"--attach x"_s, {u"\"--attach x\" <buyer@example.com>"_s}},
-        {u"-x@example.com"_s, {}, {u"<-x@example.com>"_s}},
-        {u" buyer@example.com "_s, {}, {u"buyer@example.com"_s}},
-        {QString(), u"Jo"_s, {}},
-        {u"not an address"_s, {}, {}},
+        {u"buyer@example.com"_s, u"--attach x"_s, {u"\"--attach x\" <buyer@example.com>"_s}}, {u"-x@example.com"_s, {}, {u"<-x@example.com>"_s}},
+        {u" buyer@example.com "_s, {}, {u"buyer@example.com"_s}}, {QString(), u"Jo"_s, {}}, {u"not an address"_s, {}, {}},
     };
     for (const auto& row : rows) {
         const ProgramCall call = XdgEmailCommand(row.address, row.name, common[2], common[4], {common[6], common[8]});
@@ -197,21 +194,15 @@ TEST(MailClient, XdgEmailArgumentsKeepEveryValueWhole)
 
 // Stored passwords worked out by hand from the cipher's definition, so that a
 // cipher that is wrong the same way in both directions still fails here.
-TEST(MailSettings, StoredPasswordsMatchTheCipherTable)
+TEST(MailSettings, StoredPasswordsMatchTheCipherTableAndServerSettingsReadTheEmailKeys)
 {
     const struct { QString clear, key, stored; } rows[] = {
         {QStringLiteral("secret"), {}, QStringLiteral("lW.lDx")}, {QStringLiteral("Pa55 word!"), QStringLiteral("k"), QStringLiteral("lP^[ck!!M<")},
         {QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcd"), {}, QStringLiteral("US]ORKs`5ZU`ifhGi:.5:5-/:.>'%\\")},
-        {QStringLiteral("~~~"), {}, QStringLiteral("\x7f,6")}, {QStringLiteral(" "), QStringLiteral("zz"), QStringLiteral("z")},
-        {QString(), {}, QString()},
+        {QStringLiteral("~~~"), {}, QStringLiteral("\x7f,6")}, {QStringLiteral(" "), QStringLiteral("zz"), QStringLiteral("z")}, {QString(), {}, QString()},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         EXPECT_EQ(std::pair(Encrypt(row.clear, row.key), Decrypt(row.stored, row.key)), std::pair(row.stored, row.clear)) << row.clear.toStdString();
-    }
-}
-
-TEST(MailSettings, ServerSettingsReadTheEmailKeys)
-{
     const QHash<QString, QString> stored{
         {email::EmailServer, QStringLiteral(" mail.example.com ")}, {email::ServerPort, QString()},
         {email::Authentication, QStringLiteral("POP")},             {email::User, QStringLiteral("fred")},
