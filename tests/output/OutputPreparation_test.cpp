@@ -181,7 +181,7 @@ TEST_F(OutputPreparationTest, MessageRowsHoldWholeFieldsAndStringsKeepEveryKey)
     EXPECT_TRUE(CheckMessageFields(quoted).contains(QStringLiteral("Heat #")) && CheckMessageFields(all).isEmpty());
 }
 
-TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
+TEST_F(OutputPreparationTest, QueuesAskBeforeMergingSurviveARestartAndBecomeFilesUnlessStopped)
 {
     const QueueItem a{QStringLiteral("/d/TR000001.TIF"), {}};
     MessageFields heat;
@@ -202,10 +202,7 @@ TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
         EXPECT_EQ(ReadQueue(*again, QueueMode::Email).count(), c.count);
     }
     EXPECT_TRUE(ReadQueue(s(), QueueMode::Fax).isEmpty());
-}
 
-TEST_F(OutputPreparationTest, QueueBecomesFilesAndAStoppedRunLeavesNone)
-{
     const QString one = WriteReport(site.path(QStringLiteral("TR000011.TIF")), 3);
     const QString two = WriteReport(site.path(QStringLiteral("TR000012.TIF")), 2);
     set(section::Info, "PDF", QStringLiteral("True"));
@@ -302,7 +299,7 @@ protected:
 
 // Every kind of page: the image data in the PDF is the stored strip, the page
 // has the paper size of the image, and it renders to the stored pixels.
-TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
+TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixelsChosenPagesTheirOrder)
 {
     enum Source { StoreFile, LibtiffFile, InMemory };
     struct Case { const char* name; Source source; int width, height, dpi; uint16_t photometric, fillOrder; int rowsPerStrip, expectedStrips; };
@@ -349,10 +346,8 @@ TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
         EXPECT_TRUE(rendered.width() - page.width() <= 1 && rendered.height() - page.height() <= 1) << rendered.width() << 'x' << rendered.height();
         EXPECT_TRUE(SamePixels(rendered.copy(0, 0, page.width(), page.height()), page));
     }
-}
 
-TEST_F(PdfWriterTest, ChosenPagesOfAReportInTheirOrder)
-{
+    // Chosen pages of a report, in their order.
     const QString tiff = path(QStringLiteral("TR000001.TIF"));
     const QList<QImage> pages = {TextPage(850, 1100, 1, 100), TextPage(850, 1100, 2, 100), TextPage(850, 1100, 3, 100)};
     ASSERT_TRUE(WriteTiff(tiff, pages).ok());

@@ -102,7 +102,7 @@ TEST_F(ServerSetup, RetryAfterTheServerComesBack)
     EXPECT_EQ(std::tuple(prompter.titles().count(u"Invalid Server Information"_s), s.options.status), std::tuple(1, 0));
 }
 
-TEST_F(ServerSetup, RequiredEntries)
+TEST_F(ServerSetup, RequiredEntriesAndChangesComparedWithWhatIsStored)
 {
     ServerEntries e = ownServerEntries();
     e.password.clear();
@@ -119,10 +119,7 @@ TEST_F(ServerSetup, RequiredEntries)
     prompter.clear();
     EXPECT_EQ((std::tuple{UpdateServerSetup(s, StoredServerEntries(s), u"  "_s, false), prompter.titles(), prompter.textOf(u"No Name"_s)}),
               std::tuple(false, QStringList{u"No Name"_s}, texts::UserNameRequired));
-}
 
-TEST_F(ServerSetup, ChangesAreComparedWithWhatIsStored)
-{
     const ServerEntries stored = StoredServerEntries(s);
     for (const auto& [change, differs] : std::initializer_list<std::pair<std::function<void(ServerEntries&)>, bool>>{
              {[](ServerEntries&) {}, false},

@@ -40,7 +40,7 @@ QSizeF fixedMeasure(const QString& line) { return QSizeF(10.0 * line.size(), 20)
 
 }  // namespace
 
-TEST_F(DrawingTest, LinesAreBurnedAtFullResolutionAndCutAtTheEdge)
+TEST_F(DrawingTest, LinesAndRectanglesAreBurnedAtFullResolution)
 {
     DrawLine(page, QPointF(100, 1000.4), QPointF(2000, 1000.4), 9);
     EXPECT_EQ(page.colorTable(), MonoColorTable());
@@ -61,10 +61,7 @@ TEST_F(DrawingTest, LinesAreBurnedAtFullResolutionAndCutAtTheEdge)
     grey.fill(200);
     DrawLine(grey, QPointF(10, 150), QPointF(290, 150), 3);
     EXPECT_EQ(std::tuple(grey.format(), qGray(grey.pixel(150, 150)), qGray(grey.pixel(150, 10))), std::tuple(QImage::Format_RGB32, 0, 200));
-}
 
-TEST_F(DrawingTest, RectanglesOutlinedOrFilledWhiteOrBlack)
-{
     FillBlack(page, 500, 500, 20, 20);  // text inside the frame
     DrawRect(page, QRectF(QPointF(400, 400), QPointF(800, 700)), 4, false, true);
     for (const QPoint& p : {QPoint(400, 400), QPoint(800, 550), QPoint(600, 700)})
