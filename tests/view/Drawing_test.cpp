@@ -77,7 +77,7 @@ TEST_F(DrawingTest, LinesAndRectanglesAreBurnedAtFullResolution)
     EXPECT_EQ(blackIn(page, QRect(101, 101, 98, 48)), 98 * 48);
 }
 
-TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
+TEST_F(DrawingTest, TextFitCountsLinesKeepsProportionsAndStandsInTheRectangle)
 {
     const struct { const char* text; int points; double width, height; int lines, fitted; } rows[] = {
         {"APPROVED", 12, 1000, 10, 1, 10},  // twelve points start at 36 pixels; a ten-pixel rectangle takes 10
@@ -92,10 +92,6 @@ TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
     EXPECT_EQ(std::pair(FitStampText(QStringLiteral("A"), 12, 1000, 10, fixedMeasure).startHeight,
                         FitStampText(QStringLiteral("ABCDEFGHIJKLMNOPQRST"), 10, 150, 1000, fixedMeasure).textWidth),
               std::pair(36, 300.0));
-}
-
-TEST_F(DrawingTest, TextStampsStandInTheirRectangle)
-{
     TextStamp stamp{QStringLiteral("RECEIVED|QA"), QStringLiteral("DejaVu Sans"), 20, true, false, false, false};
     ASSERT_TRUE(DrawTextStamp(page, QRectF(QPointF(300, 300), QPointF(1300, 500)), stamp));
     // Inside, nothing below, left-aligned.

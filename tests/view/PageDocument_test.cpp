@@ -269,7 +269,7 @@ TEST_F(Viewer, InsertRescanAndAppendThroughTheScanner)
     EXPECT_EQ(scanner.acquired, acquired);
 }
 
-TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
+TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFileRescanResolutionFollowsTheDocument)
 {
     open(2);
     Scanner scanner;
@@ -299,10 +299,6 @@ TEST_F(Viewer, ScannerFailureAndShortScanLeaveTheFile)
     scanner.next = NumberedPage(6, 850, 1500);
     prompter().answer(Answer::Ok), doc.mnuScan_Click(3, &scanner);
     EXPECT_EQ(TiffReader::open(path)->pageInfo(2)->height, 1100);
-}
-
-TEST_F(Viewer, RescanResolutionFollowsTheDocument)
-{
     EXPECT_EQ(std::pair(RescanDpi(s(), 200), RescanDpi(s(), 300)), std::pair(200, 300));
     set("LowDPI", "150"), set("HighDPI", "400");
     EXPECT_EQ(std::pair(RescanDpi(s(), 300), RescanDpi(s(), 400)), std::pair(150, 400));

@@ -129,17 +129,6 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
               std::tuple(u"Pa55 word!"_s, false, false));
 }
 
-TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
-{
-    ASSERT_EQ(ini(site.localIni(), "Email", "BCC"), QString());
-    frmInfo screen(s);
-    // The fields that show a default keep the stored value empty until saved.
-    EXPECT_EQ(std::tuple(child<QCheckBox>(screen, "chkBCC")->isChecked(), child<QLineEdit>(screen, "txtFindRecs")->text(), ini(site.localIni(), "Info", "FindRecords")),
-              std::tuple(false, u"100"_s, QString()));
-    screen.cmdOK_Click();
-    EXPECT_EQ((QStringList{ini(site.localIni(), "Email", "BCC"), ini(site.localIni(), "Info", "FindRecords")}), (QStringList{u"False"_s, u"100"_s}));
-}
-
 TEST_F(Settings, DriveMapList)
 {
     frmInfo screen(s);
@@ -272,13 +261,20 @@ TEST_F(Settings, ScannerChosenFromTheDevicesFound)
     EXPECT_EQ(ini(site.localIni(), "Info", "Device"), u"test:0"_s);
 }
 
-TEST_F(Settings, EveryTagNamesItsKey)
+TEST_F(Settings, EveryTagNamesItsKeyAndDefaultsAreStoredOnlyWhenSaved)
 {
     frmInfo screen(site.session());
     const QList<QWidget*> bound = screen.binder()->boundControls();
     EXPECT_EQ(bound.size(), 67);
     for (QWidget* w : bound)
         EXPECT_FALSE(GetTag(w->property("tag").toString(), u"Item"_s).isEmpty()) << w->objectName().toStdString();
+
+    // The fields that show a default keep the stored value empty until saved; a check box never stored saves False.
+    EXPECT_EQ(std::tuple(child<QCheckBox>(screen, "chkBCC")->isChecked(), child<QLineEdit>(screen, "txtFindRecs")->text(), ini(site.localIni(), "Info", "FindRecords"),
+                         ini(site.localIni(), "Email", "BCC")),
+              std::tuple(false, u"100"_s, QString(), QString()));
+    screen.cmdOK_Click();
+    EXPECT_EQ((QStringList{ini(site.localIni(), "Email", "BCC"), ini(site.localIni(), "Info", "FindRecords")}), (QStringList{u"False"_s, u"100"_s}));
 }
 
 // The cover page editor: the shipped page with its warning, a missing file

@@ -42,7 +42,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ServerScreen, ShowsWhatIsInForceAndKeepsItsOwnMachine)
+TEST_F(ServerScreen, ShowsWhatIsInForceKeepsItsOwnMachineAndOffersToSave)
 {
     frmSecure screen(site.session());
     ASSERT_TRUE(screen.loaded());
@@ -63,6 +63,13 @@ TEST_F(ServerScreen, ShowsWhatIsInForceAndKeepsItsOwnMachine)
     EXPECT_EQ(std::tuple(child<QLineEdit>(screen, "txtConnectionTimeout")->text(), site.prompter().wasAsked(QStringLiteral("Can't delete")),
                          child<QTableWidget>(screen, "grdUsers")->rowCount()),
               std::tuple(QStringLiteral("120"), true, 1));
+
+    // Leaving the first tab offers to save.
+    child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QStringLiteral("17"));
+    site.prompter().answer(Answer::Ok), child<QTabWidget>(screen, "tabMain")->setCurrentIndex(1);
+    EXPECT_EQ(std::tuple(site.prompter().textOf(QStringLiteral("Save changes")), ReadIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")).value,
+                         child<QAbstractButton>(screen, "cmdUpdate")->isEnabled()),
+              std::tuple(texts::SaveChanges, QStringLiteral("17"), false));
 }
 
 TEST_F(ServerScreen, ClipboardHoldsPlainAndRichText)
@@ -103,17 +110,6 @@ TEST_F(NewMachineScreen, CancelEndsTheStartUpdateKeepsTheUser)
     EXPECT_TRUE(StartSessionWithSetup(s, [&] { result = RunServerSetupForNewMachine(s, nullptr); }));
     ASSERT_TRUE(result && ReadUser(s, QString()));
     EXPECT_EQ(s.machine.userName, QStringLiteral("Clerk One"));
-}
-
-TEST_F(ServerScreen, LeavingTheFirstTabOffersToSave)
-{
-    frmSecure screen(site.session());
-    child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QStringLiteral("17"));
-    site.prompter().answer(Answer::Ok);
-    child<QTabWidget>(screen, "tabMain")->setCurrentIndex(1);
-    EXPECT_EQ(std::tuple(site.prompter().textOf(QStringLiteral("Save changes")), ReadIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")).value,
-                         child<QAbstractButton>(screen, "cmdUpdate")->isEnabled()),
-              std::tuple(texts::SaveChanges, QStringLiteral("17"), false));
 }
 
 TEST_F(ServerScreen, AboutShowsTheVersions)

@@ -329,8 +329,17 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
     EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
 }
 
-TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
+// Help opens at its index, search and changes; Exit closes the children and the help.
+TEST_F(Frame, HelpOpensAtItsEntriesAndExitClosesEveryChildUnlessOneRefuses)
 {
+    frame->menuEntry(u"mnuIndex"_s)->trigger();
+    HelpWindow* help = frame->helpWindow();
+    ASSERT_TRUE(help && help->currentEntry() == HelpWindow::Entry::Index);
+    frame->menuEntry(u"mnuSearch"_s)->trigger();
+    EXPECT_EQ(std::tuple(frame->helpWindow(), help->currentEntry()), std::tuple(help, HelpWindow::Entry::Search));
+    frame->menuEntry(u"mnuChgs"_s)->trigger();
+    EXPECT_EQ(std::tuple(help->browser()->source().path(), help->browser()->toPlainText().contains(u"Version 8.00"_s)), std::tuple(u"/manual/changes.html"_s, true));
+
     auto* stubborn = static_cast<TestForm*>(frame->ShowForm(u"frmScan"_s));
     frame->ShowForm(u"frmFind"_s);
     stubborn->refuseClose = true;
@@ -341,17 +350,6 @@ TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
     frame->ShowHelp(HelpWindow::Entry::Contents);
     frame->menuEntry(u"mnuExit"_s)->trigger();
     EXPECT_EQ(std::tuple(frame->isVisible(), frame->helpWindow()->isVisible()), std::tuple(false, false));
-}
-
-TEST_F(Frame, HelpOpensAtContentsIndexSearchAndChanges)
-{
-    frame->menuEntry(u"mnuIndex"_s)->trigger();
-    HelpWindow* help = frame->helpWindow();
-    ASSERT_TRUE(help && help->currentEntry() == HelpWindow::Entry::Index);
-    frame->menuEntry(u"mnuSearch"_s)->trigger();
-    EXPECT_EQ(std::tuple(frame->helpWindow(), help->currentEntry()), std::tuple(help, HelpWindow::Entry::Search));
-    frame->menuEntry(u"mnuChgs"_s)->trigger();
-    EXPECT_EQ(std::tuple(help->browser()->source().path(), help->browser()->toPlainText().contains(u"Version 8.00"_s)), std::tuple(u"/manual/changes.html"_s, true));
 }
 
 TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
