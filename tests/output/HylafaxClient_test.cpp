@@ -229,7 +229,7 @@ TEST_F(HylafaxKillTime, UnsentJobFailsAtItsKillTime)
     EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Kill time expired"_s, jobFile));
 }
 
-TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
+TEST(FaxControl, ControlColumnsRoundTripAndTheServerComesFromFaxServerAndFaxUser)
 {
     const QList<FaxColumn> defaults = DefaultControlColumns();
     ASSERT_EQ(defaults.size(), FaxColumnCount);
@@ -243,10 +243,6 @@ TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
     for (const QString& bad : QStringList{QString(), u"Company,20"_s, text + u",Extra,3"_s, QString(text).replace(u"Company,20"_s, u"Company,x"_s),
                                QString(text).replace(u"Company,20"_s, u",20"_s)})
         EXPECT_EQ(WriteControlColumns(ReadControlColumns(bad)), text) << bad.toStdString();
-}
-
-TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
-{
     // port 0: refused
     const struct { QString server, user, host; int port; QString login; } rows[] = {
         {{}, {}, u"localhost"_s, 4559, fax::LoginName()}, {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
