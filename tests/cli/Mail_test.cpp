@@ -31,13 +31,11 @@ QString Sha256Of(const QString& path) { return QString::fromLatin1(QCryptographi
 
 // tarlox-cli mail and contacts on an installation of either engine, with
 // a POP server and an SMTP server that takes mail only after a POP log-in.
-class MailCliTest : public ::testing::TestWithParam<Engine> {
+class MailCliTest : public SiteTest {
 protected:
-    MailCliTest() : site(GetParam()), pop(u"fred"_s, u"O'Pa55;w"_s) {}
-
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
+        SiteTest::SetUp();
         site.session().db().close();
         ASSERT_TRUE(pop.start()) << pop.error().toStdString();
         SmtpTestServer::Options options;
@@ -54,8 +52,7 @@ protected:
 
     CliRun cli(QStringList args) { return RunCli(QStringList{u"--ini"_s, site.localIni()} + args); }
 
-    TestSite site;
-    PopTestServer pop;
+    PopTestServer pop{u"fred"_s, u"O'Pa55;w"_s};
     std::unique_ptr<SmtpTestServer> smtp;
 };
 
@@ -127,6 +124,6 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
     EXPECT_EQ(std::tuple(refused.code, refused.err.contains(u"Send failed - can't connect to 127.0.0.1 port"_s)), std::tuple(1, true)) << refused.err.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, MailCliTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(MailCliTest);
 
 }  // namespace
