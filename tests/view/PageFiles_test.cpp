@@ -31,8 +31,17 @@ protected:
 
 }  // namespace
 
-TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
+// A save that can't read the Copy changes nothing; one that can copies the
+// unchanged pages as stored and turns landscape pages.
+TEST_F(PageFilesTest, SaveCopiesUnchangedPagesAsStoredTurnsLandscapeOnesAndChangesNothingWhenItCannotRead)
 {
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, NumberedPage(1), 1) && !QFileInfo::exists(original));
+    store(2);
+    const QByteArray before = FileBytes(copy);
+    const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
+    EXPECT_TRUE(!beyond && beyond.error().contains(QStringLiteral("no longer")));
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, QImage(), 1) && FileBytes(copy) == before);
+
     QList<QImage> pages = NumberedPages(3);
     pages[2] = NumberedPage(3, 1100, 850);  // a landscape page
     ASSERT_TRUE(WriteTiff(copy, pages));
@@ -46,16 +55,6 @@ TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
     // An edited page wider than high is stored turned too.
     ASSERT_TRUE(SaveEditedCopy(copy, original, NumberedPage(2, 1100, 850), 2));
     EXPECT_EQ(TiffReader::open(copy)->pageInfo(1)->width, 850);
-}
-
-TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
-{
-    EXPECT_TRUE(!SaveEditedCopy(copy, original, NumberedPage(1), 1) && !QFileInfo::exists(original));
-    store(2);
-    const QByteArray before = FileBytes(copy);
-    const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
-    EXPECT_TRUE(!beyond && beyond.error().contains(QStringLiteral("no longer")));
-    EXPECT_TRUE(!SaveEditedCopy(copy, original, QImage(), 1) && FileBytes(copy) == before);
 }
 
 // Each page operation on a stored file: the pages in their new order, or the
@@ -89,7 +88,7 @@ TEST_F(PageFilesTest, PageOperations)
     }
 }
 
-TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
+TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndOldWorkFilesOfACrashAreCleared)
 {
     store(2);
     const QByteArray asScanned = FileBytes(copy);
@@ -103,10 +102,8 @@ TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
     EXPECT_EQ(std::pair(FileBytes(copy), QFileInfo::exists(original)), std::pair(asScanned, false));
     // None left: says so, the Copy stays.
     EXPECT_TRUE(!RestoreOriginalFiles(copy, original) && FileBytes(copy) == asScanned);
-}
 
-TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)
-{
+    // Work files a crash left behind: the old ones go.
     store(1);
     const QString stale = dir.filePath(QStringLiteral(".TR000042.TIF.abc.part"));
     const QString fresh = dir.filePath(QStringLiteral(".TR000042.TIF.def.part"));
