@@ -29,10 +29,7 @@ protected:
     CliRun cli(const QStringList& arguments) const { return RunCli(arguments, {{S("TARLOX"), dir.path()}, {S("HOME"), dir.path()}}); }
     QList<QStringList> everyCommand() const
     {
-        return {{S("info")},
-                {S("show"), S("1")},
-                {S("find"), S("--heat"), S("H1")},
-                {S("add"), S("--heat"), S("H1"), S("--part"), S("P1"), path("page.png")},
+        return {{S("info")}, {S("show"), S("1")}, {S("find"), S("--heat"), S("H1")}, {S("add"), S("--heat"), S("H1"), S("--part"), S("P1"), path("page.png")},
                 {S("scan"), S("--heat"), S("H1"), S("--part"), S("P1"), S("--device"), S("test:0")}};
     }
 
@@ -47,10 +44,8 @@ TEST_F(CliFailures, NoSessionNoQuestionsOneLine)
                                                   + "\r\n[Data]\r\nDatabaseType=SQL\r\nServer=127.0.0.1:" + QByteArray::number(ClosedPort())
                                                   + "\r\nUserID=tarlox\r\nPassword=secret\r\nConnectionTimeout=2\r\n"));
     const struct { const char* ini; int code; const char* says; } sites[] = {
-        {"random.ini", 1, "Server Information File"},
-        {"missing.ini", 1, "offline/tarlox.ini - is not found!"},
-        {"server.ini", 3, "Connection refused"},
-        {"", 1, "The TARLOX.INI file could not be found!"},
+        {"random.ini", 1, "Server Information File"}, {"missing.ini", 1, "offline/tarlox.ini - is not found!"},
+        {"server.ini", 3, "Connection refused"}, {"", 1, "The TARLOX.INI file could not be found!"},
     };
     for (const auto& site : sites) {
         for (const QStringList& command : everyCommand()) {

@@ -49,6 +49,5 @@ TEST_F(FaxCli, FaxIsSentListedSentAgainAndRemoved)
     for (const QString& id : {job, second})
         EXPECT_EQ(cli({u"fax-remove"_s, id}).code, 0);
     const CliRun gone = cli({u"fax-remove"_s, job});
-    EXPECT_EQ(gone.code, 1);
-    EXPECT_FALSE(cli({u"fax-status"_s}).out.contains(u"5553001"_s));
+    EXPECT_TRUE(gone.code == 1 && !cli({u"fax-status"_s}).out.contains(u"5553001"_s));
 }

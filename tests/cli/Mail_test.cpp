@@ -1,12 +1,13 @@
 #include "base/IniFile.h"
 #include "base/TextTools.h"
+#include "output/MailRead.h"
 #include "support/CliRun.h"
 #include "support/MailServers.h"
 #include "support/TestSite.h"
 
 #include <QCryptographicHash>
 #include <QImage>
-#include <QProcess>
+#include <QJsonArray>
 
 #include <gtest/gtest.h>
 
@@ -16,36 +17,25 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// Subject, body and attachments ("name sha256") of a delivered message, as
-// Python's mail parser decodes them.
-QStringList ReadMail(const QString& path)
+// From, To, Subject, the body and the attachments ("name type sha256") of a delivered message.
+QStringList Seen(const QString& path)
 {
-    static const char* script = R"(
-import email, email.policy, hashlib, sys
-m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)
-print(m['From']); print(m['To']); print(m['Subject']); print(m.get_body(('plain',)).get_content().strip())
-for p in m.iter_attachments(): print(p.get_filename(), hashlib.sha256(p.get_content()).hexdigest())
-)";
-    QProcess python;
-    python.start(u"/usr/bin/python3"_s, {u"-c"_s, QString::fromUtf8(script), path});
-    python.waitForFinished(30000);
-    return QString::fromUtf8(python.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    const QJsonObject mail = ReadMail(path);
+    QStringList seen{mail[u"from"_s].toString(), mail[u"to"_s].toString(), mail[u"subject"_s].toString(), mail[u"body"_s].toString().trimmed()};
+    for (const QJsonValue& file : mail[u"files"_s].toArray())
+        seen << file.toString();
+    return seen;
 }
 
-QString Sha256Of(const QString& path)
-{
-    return QString::fromLatin1(QCryptographicHash::hash(FileBytes(path), QCryptographicHash::Sha256).toHex());
-}
+QString Sha256Of(const QString& path) { return QString::fromLatin1(QCryptographicHash::hash(FileBytes(path), QCryptographicHash::Sha256).toHex()); }
 
 // tarlox-cli mail and contacts on an installation of either engine, with
 // a POP server and an SMTP server that takes mail only after a POP log-in.
-class MailCliTest : public ::testing::TestWithParam<Engine> {
+class MailCliTest : public SiteTest {
 protected:
-    MailCliTest() : site(GetParam()), pop(u"fred"_s, u"O'Pa55;w"_s) {}
-
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
+        SiteTest::SetUp();
         site.session().db().close();
         ASSERT_TRUE(pop.start()) << pop.error().toStdString();
         SmtpTestServer::Options options;
@@ -62,8 +52,7 @@ protected:
 
     CliRun cli(QStringList args) { return RunCli(QStringList{u"--ini"_s, site.localIni()} + args); }
 
-    TestSite site;
-    PopTestServer pop;
+    PopTestServer pop{u"fred"_s, u"O'Pa55;w"_s};
     std::unique_ptr<SmtpTestServer> smtp;
 };
 
@@ -92,7 +81,7 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
     ASSERT_EQ(test.code, 0) << test.err.toStdString() << test.out.toStdString();
     EXPECT_EQ(std::tuple(test.out.endsWith(u"Send successfull - check recipient's mail box\n"_s), test.out.contains(u"O'Pa55"_s)), std::tuple(true, false)) << test.out.toStdString();
     ASSERT_EQ(smtp->messages().size(), 1);
-    QStringList mail = ReadMail(smtp->messages()[0]);
+    QStringList mail = Seen(smtp->messages()[0]);
     ASSERT_EQ(mail.size(), 4);
     EXPECT_EQ((QStringList{mail[0], mail[2].left(27), mail[3]}),
               (QStringList{u"QA Test <qa@example.com>"_s, u"Test Message from Tarlox - "_s, u"This is a test message from Tarlox to determine if the Email settings are correct."_s}));
@@ -114,18 +103,18 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
                              u"MTR"_s, u"--body"_s, u"Attached."_s});
     ASSERT_EQ(sent.code, 0) << sent.err.toStdString() << sent.out.toStdString();
     ASSERT_EQ(smtp->messages().size(), 2);
-    mail = ReadMail(smtp->messages()[1]);
+    mail = Seen(smtp->messages()[1]);
     ASSERT_EQ(mail.size(), 5) << mail.join(u'\n').toStdString();
     EXPECT_EQ(mail.mid(0, 4), (QStringList{u"Quality Office <qa@example.com>"_s, u"Jo Buyer <buyer@example.com>"_s, u"MTR"_s, u"Attached."_s}));
     const QString stored = site.path(u"DATA/TR%1.TIF"_s.arg(image.toInt(), 6, 10, QLatin1Char('0')));
-    EXPECT_EQ(mail[4], u"TR%1.TIF "_s.arg(image.toInt(), 6, 10, QLatin1Char('0')) + Sha256Of(stored));
+    EXPECT_EQ(mail[4], u"TR%1.TIF image/tiff "_s.arg(image.toInt(), 6, 10, QLatin1Char('0')) + Sha256Of(stored));
 
     // Some pages, message fields and PDF: a prepared copy goes, and goes away.
     const CliRun prepared = cli({u"mail"_s, image, u"--to"_s, u"buyer@example.com"_s, u"--pages"_s, u"2"_s, u"--message"_s,
                                  u"heat=H1"_s, u"--message"_s, u"D=SO-9"_s, u"--pdf"_s});
     ASSERT_EQ(prepared.code, 0) << prepared.err.toStdString();
     const QString pdfName = u"TM%1_1.pdf"_s.arg(image.toInt(), 6, 10, QLatin1Char('0'));
-    EXPECT_EQ(std::tuple(ReadMail(smtp->messages()[2]).last().section(u' ', 0, 0), QFile::exists(site.path(u"TEMP/"_s + pdfName))), std::tuple(pdfName, false));
+    EXPECT_EQ(std::tuple(Seen(smtp->messages()[2]).last().section(u' ', 0, 0), QFile::exists(site.path(u"TEMP/"_s + pdfName))), std::tuple(pdfName, false));
 
     // No recipient, a refused connection: one line, nothing delivered (the usage errors are Cli_test's).
     const CliRun noOne = cli({u"mail"_s, image, u"--to"_s, u""_s});
@@ -135,6 +124,6 @@ TEST_P(MailCliTest, TestMessageAndReportsThroughPopBeforeSmtp)
     EXPECT_EQ(std::tuple(refused.code, refused.err.contains(u"Send failed - can't connect to 127.0.0.1 port"_s)), std::tuple(1, true)) << refused.err.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, MailCliTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(MailCliTest);
 
 }  // namespace

@@ -1,10 +1,9 @@
+#include "output/PdfTools.h"
 #include "support/CliRun.h"
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QImage>
 #include <QPainter>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
@@ -19,32 +18,7 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-int Tool(const QString& program, const QStringList& arguments, QString* output = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    if (!process.waitForFinished(120000))
-        return -1;
-    if (output)
-        *output = QString::fromUtf8(process.readAll());
-    return process.exitCode();
-}
-
-// The pages of a PDF as seen on paper, at 20 dpi.
-QList<QImage> Rasterize(const QString& pdf, const QString& stem)
-{
-    QList<QImage> pages;
-    if (Tool(S("pdftoppm"), {S("-r"), S("20"), S("-gray"), pdf, stem}) != 0)
-        return pages;
-    QDir dir = QFileInfo(stem).dir();
-    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + S("*.pgm")}, QDir::Files, QDir::Name))
-        pages << QImage(dir.filePath(name));
-    return pages;
-}
-
-// Which of the three marks (a black band at one third, two thirds or the
-// bottom of the page's height... here: at 10 %, 40 % or 70 % of its width) a page carries.
+// Which of the three marks (a black band at 15, 45 or 75 % of the width) a page carries.
 int MarkOf(const QImage& page)
 {
     for (int mark = 1; mark <= 3; ++mark)
@@ -77,7 +51,7 @@ protected:
     QList<int> Marks(const QString& pdf)
     {
         QList<int> marks;
-        for (const QImage& page : Rasterize(pdf, work.filePath(QFileInfo(pdf).baseName())))
+        for (const QImage& page : GreyPages(pdf, work.filePath(QFileInfo(pdf).baseName()), 20))
             marks << MarkOf(page);
         return marks;
     }
@@ -93,8 +67,9 @@ TEST_F(OutputCliTest, WritesTheChosenPagesOfSeveralReportsInOrder)
     const CliRun made = cli({S("output"), S("1"), S("1"), S("--pages"), S("3,1"), S("--message"), S("heat=H1"), S("--pdf"), S("-o"), pdf});
     ASSERT_EQ(made.code, 0) << made.err.toStdString();
     EXPECT_EQ(Marks(pdf), (QList<int>{1, 3, 1, 3}));
-    QString check;
-    EXPECT_EQ(Tool(S("qpdf"), {S("--check"), pdf}, &check), 0) << check.toStdString();
+    int checked = -1;
+    const QString check = Tool(S("qpdf"), {S("--check"), pdf}, &checked);
+    EXPECT_EQ(checked, 0) << check.toStdString();
     // Its usage errors are Cli_test's; an image not on file writes nothing.
     EXPECT_EQ((std::tuple{cli({S("output"), S("7"), S("-o"), work.filePath(S("bad.tif"))}).code, QFile::exists(work.filePath(S("bad.tif")))}), std::tuple(1, false));
 }
@@ -106,8 +81,9 @@ TEST_F(OutputCliTest, PrintsThroughACupsSchedulerOnLoopback)
     const QString script = qEnvironmentVariable("TARLOX_SOURCE_DIR") + S("/tests/support/cups.sh");
     const QString spool = work.filePath(S("cups"));
     const QString port = QString::number(20000 + getpid() % 20000);
-    QString said;
-    ASSERT_EQ(Tool(S("bash"), {script, S("start"), spool, port}, &said), 0) << said.toStdString();
+    int started = -1;
+    const QString said = Tool(S("bash"), {script, S("start"), spool, port}, &started);
+    ASSERT_EQ(started, 0) << said.toStdString();
     const CliRun printed
         = cli({S("print"), S("1"), S("--pages"), S("2"), S("--printer"), S("tarlox-test")}, {{S("CUPS_SERVER"), S("127.0.0.1:") + port}});
     const QString arrived = spool + S("/out/printed.pdf");

@@ -1,9 +1,9 @@
+#include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "support/CliRun.h"
 #include "support/TestSite.h"
 
 #include <QDir>
-#include <QImage>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSqlDatabase>
@@ -43,23 +43,11 @@ protected:
         return cli(QStringList{S("add"), S("--heat"), S("H1 H2"), S("--part"), S("P1 P2"), S("--po"), S("PO-7"), S("--vendor"), S("Acme Steel")} + extra
                    + files);
     }
-    CliRun scan(const QStringList& more)
-    {
-        return cli(QStringList{S("scan"), S("--heat"), S("H1 H2"), S("--part"), S("P1 P2"), S("--vendor"), S("Acme")} + more);
-    }
+    CliRun scan(const QStringList& more) { return cli(QStringList{S("scan"), S("--heat"), S("H1 H2"), S("--part"), S("P1 P2"), S("--vendor"), S("Acme")} + more); }
 
     QString page(const QString& name, int width = 1700, int height = 2200)
     {
-        QImage image(width, height, QImage::Format_RGB32);
-        image.fill(Qt::white);
-        QPainter p(&image);
-        p.setFont(QFont(S("DejaVu Sans"), 40));
-        if (width > 100)
-            p.drawText(100, 200, S("MILL TEST REPORT 12345"));
-        p.end();
-        image.setDotsPerMeterX(7874);
-        image.setDotsPerMeterY(7874);
-        image.save(work.filePath(name));
+        EXPECT_TRUE(TextPage(width, height, 1, 200).save(work.filePath(name)));
         return work.filePath(name);
     }
 

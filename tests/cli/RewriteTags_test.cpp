@@ -28,10 +28,8 @@ TEST(RewriteTagsCli, ATiffImportAfterTheUpdateFindsTheNewValues)
     const QString data = a.session().dataDir;
     const QDateTime day(QDate(2025, 3, 1), QTime(9, 0));
     // Image 3's file is missing: reported, the others still written.
-    ASSERT_TRUE(addRefs(a.session(), {{S("H1"), S("P1"), S("PO1"), S("Acme"), S("M"), 1, day, data},
-                                      {S("H2"), S("P1"), S("PO1"), S("Acme"), S("M"), 1, day, data},
-                                      {S("H3"), S("P3"), S("PO2"), S("Zeta"), S("M"), 2, day, data},
-                                      {S("H4"), S("P4"), S("PO3"), S("Acme"), S("M"), 3, day, data}}));
+    ASSERT_TRUE(addRefs(a.session(), {{S("H1"), S("P1"), S("PO1"), S("Acme"), S("M"), 1, day, data}, {S("H2"), S("P1"), S("PO1"), S("Acme"), S("M"), 1, day, data},
+                                      {S("H3"), S("P3"), S("PO2"), S("Zeta"), S("M"), 2, day, data}, {S("H4"), S("P4"), S("PO3"), S("Acme"), S("M"), 3, day, data}}));
     QImage page(400, 300, QImage::Format_Mono);
     page.fill(0);
     SetDpi(page, Dpi{200, 200});

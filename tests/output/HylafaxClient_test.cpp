@@ -92,13 +92,11 @@ protected:
 
 }  // namespace
 
-TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
+TEST(FaxJobFile, NamesCountFromTheDayOfTheMonthAndTheTemplateFillsPlaceholdersOnce)
 {
     const struct { QString dir; int value; QString name; } rows[] = {
-        {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s},
-        {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
-        {u"C:\\Temp\\"_s, 310042, u"C:\\Temp\\FX310042.FMF"_s},
-        {u"/t"_s, 1234567, u"/t/FX234567.FMF"_s},
+        {u"/tmp/x"_s, 150000, u"/tmp/x/FX150000.FMF"_s}, {u"/tmp/x/"_s, 5, u"/tmp/x/FX000005.FMF"_s},
+        {u"C:\\Temp\\"_s, 310042, u"C:\\Temp\\FX310042.FMF"_s}, {u"/t"_s, 1234567, u"/t/FX234567.FMF"_s},
     };
     for (const auto& row : rows)
         EXPECT_EQ(JobFileName(row.dir, row.value), row.name) << row.value;
@@ -108,20 +106,14 @@ TEST(FaxJobFile, NamesCountFromTheDayOfTheMonth)
     ASSERT_TRUE(first.ok() && QFileInfo(*first).fileName() == u"FX150000.FMF"_s);
     WriteFile(*first, {});
     EXPECT_EQ(QFileInfo(*FreeJobFileName(dir.path(), 15)).fileName(), u"FX150001.FMF"_s);
-}
-
-TEST(FaxJobFile, TemplateFillsPlaceholdersOnce)
-{
     CoverFields fields;
     fields.to = u"Jo {fax}"_s, fields.fax = u"555"_s, fields.fromCompany = u"Acme"_s, fields.from = u"Pat"_s;
     fields.pages = 4, fields.date = QDate(2024, 3, 15);
-    const struct { QString text; QString filled; } rows[] = {
+    const struct { QString text; QString filled; } templates[] = {
         {u"{to} / {fax}"_s, u"Jo {fax} / 555"_s},  // a value is never read as a placeholder
-        {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s},
-        {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s},
-        {u"{unknown} {"_s, u"{unknown} {"_s},
+        {u"{from} of {fromcompany}"_s, u"Pat of Acme"_s}, {u"{pages} pages on {date}"_s, u"4 pages on 2024-03-15"_s}, {u"{unknown} {"_s, u"{unknown} {"_s},
     };
-    for (const auto& row : rows)
+    for (const auto& row : templates)
         EXPECT_EQ(FillCoverTemplate(row.text, fields), row.filled) << row.text.toStdString();
 }
 
@@ -182,8 +174,7 @@ TEST_F(HylafaxTest, SubmittedJobIsListedAlteredKilledAndRemoved)
     EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Job aborted by request"_s, jobFile));
 
     ASSERT_TRUE(engine.remove(*id).ok());
-    EXPECT_FALSE(Find(engine, FaxState::Failed, *id));
-    EXPECT_FALSE(engine.kill(*id).ok());
+    EXPECT_TRUE(!Find(engine, FaxState::Failed, *id) && !engine.kill(*id).ok());
 }
 
 TEST_F(HylafaxTest, ModemsAndRefusalsComeBackAsValues)
@@ -238,7 +229,7 @@ TEST_F(HylafaxKillTime, UnsentJobFailsAtItsKillTime)
     EXPECT_EQ(std::pair(failed->status, failed->tag), std::pair(u"Kill time expired"_s, jobFile));
 }
 
-TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
+TEST(FaxControl, ControlColumnsRoundTripAndTheServerComesFromFaxServerAndFaxUser)
 {
     const QList<FaxColumn> defaults = DefaultControlColumns();
     ASSERT_EQ(defaults.size(), FaxColumnCount);
@@ -252,21 +243,10 @@ TEST(FaxControl, ControlColumnsRoundTripAndFallBackToTheDefault)
     for (const QString& bad : QStringList{QString(), u"Company,20"_s, text + u",Extra,3"_s, QString(text).replace(u"Company,20"_s, u"Company,x"_s),
                                QString(text).replace(u"Company,20"_s, u",20"_s)})
         EXPECT_EQ(WriteControlColumns(ReadControlColumns(bad)), text) << bad.toStdString();
-}
-
-TEST(FaxControl, ServerComesFromFaxServerAndFaxUser)
-{
-    const struct {
-        QString server, user;
-        QString host;
-        int port;  // 0: refused
-        QString login;
-    } rows[] = {
-        {{}, {}, u"localhost"_s, 4559, fax::LoginName()},
-        {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
-        {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()},
-        {u"[::1]:4561"_s, {}, u"::1"_s, 4561, {}},
-        {u"fax:port"_s, {}, {}, 0, {}},
+    // port 0: refused
+    const struct { QString server, user, host; int port; QString login; } rows[] = {
+        {{}, {}, u"localhost"_s, 4559, fax::LoginName()}, {u" fax.example "_s, u"office"_s, u"fax.example"_s, 4559, u"office"_s},
+        {u"10.0.0.5:4560"_s, {}, u"10.0.0.5"_s, 4560, fax::LoginName()}, {u"[::1]:4561"_s, {}, u"::1"_s, 4561, {}}, {u"fax:port"_s, {}, {}, 0, {}},
         {u"fax:70000"_s, {}, {}, 0, {}},
     };
     for (const auto& row : rows) {

@@ -2,6 +2,7 @@
 #include "data/Settings.h"
 #include "output/OutputPreparation.h"
 #include "output/PdfWriter.h"
+#include "output/PdfTools.h"
 #include "store/TestPages.h"
 #include "store/TiffReader.h"
 #include "store/TiffWriter.h"
@@ -13,7 +14,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimeZone>
@@ -145,7 +145,7 @@ TEST_F(OutputPreparationTest, StampKeepsItsSizeOnPaperAndSqueezesThePage)
     EXPECT_TRUE(textTop >= 0 && stampTop > textTop + TextHeight(page.width(), 8)) << textTop << ' ' << stampTop;
 }
 
-TEST_F(OutputPreparationTest, MessageRowsHoldWholeFields)
+TEST_F(OutputPreparationTest, MessageRowsHoldWholeFieldsAndStringsKeepEveryKey)
 {
     EXPECT_EQ(TextHeight(1700, 0), 24);
     const int width = 1700;
@@ -167,10 +167,6 @@ TEST_F(OutputPreparationTest, MessageRowsHoldWholeFields)
     // An empty value adds nothing, whatever its label.
     AddTextToString(lines, QStringLiteral("Qty"), QString(), index, width, 14);
     EXPECT_EQ(lines.join(QString()).count(QStringLiteral("Qty")), 0);
-}
-
-TEST_F(OutputPreparationTest, MessageStringsKeepEveryKey)
-{
     MessageFields all;
     int n = 0;
     for (QString* f : {&all.to, &all.order, &all.invoice, &all.lineNum, &all.custPO, &all.part, &all.partDesc, &all.quantity,
@@ -185,7 +181,7 @@ TEST_F(OutputPreparationTest, MessageStringsKeepEveryKey)
     EXPECT_TRUE(CheckMessageFields(quoted).contains(QStringLiteral("Heat #")) && CheckMessageFields(all).isEmpty());
 }
 
-TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
+TEST_F(OutputPreparationTest, QueuesAskBeforeMergingSurviveARestartAndBecomeFilesUnlessStopped)
 {
     const QueueItem a{QStringLiteral("/d/TR000001.TIF"), {}};
     MessageFields heat;
@@ -195,10 +191,7 @@ TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
     const Queue first = ReadQueue(s(), QueueMode::Email);
     EXPECT_EQ(std::tuple(site.prompter().asked().isEmpty(), first.count(), first.files), std::tuple(true, 2, QStringLiteral("/d/TR000001.TIF;All;/d/TR000002.TIF;All")));
 
-    struct Case {
-        Answer answer;
-        int count;  // images queued afterwards
-    };
+    struct Case { Answer answer; int count; };  // count: images queued afterwards
     for (const Case& c : {Case{Answer::Cancel, 2}, Case{Answer::Yes, 3}, Case{Answer::No, 1}}) {
         site.prompter().answer(c.answer);
         const auto result = BuildQueue(s(), QueueMode::Email, {QueueItem{QStringLiteral("/d/TR000003.TIF"), {}}});
@@ -209,10 +202,7 @@ TEST_F(OutputPreparationTest, QueuesAskBeforeMergingAndSurviveARestart)
         EXPECT_EQ(ReadQueue(*again, QueueMode::Email).count(), c.count);
     }
     EXPECT_TRUE(ReadQueue(s(), QueueMode::Fax).isEmpty());
-}
 
-TEST_F(OutputPreparationTest, QueueBecomesFilesAndAStoppedRunLeavesNone)
-{
     const QString one = WriteReport(site.path(QStringLiteral("TR000011.TIF")), 3);
     const QString two = WriteReport(site.path(QStringLiteral("TR000012.TIF")), 2);
     set(section::Info, "PDF", QStringLiteral("True"));
@@ -233,23 +223,8 @@ TEST_F(OutputPreparationTest, QueueBecomesFilesAndAStoppedRunLeavesNone)
     EXPECT_EQ(std::pair(stopped.error(), tempFiles()), std::pair(kOutputCancelled, QStringList()));
 }
 
-// The output of a program; exitCode gets its exit code (-1 when it didn't end normally).
-QString Tool(const QString& program, const QStringList& arguments, int* exitCode = nullptr)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool ended = process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit;
-    if (exitCode)
-        *exitCode = ended ? process.exitCode() : -1;
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
 // What qpdf reads in a PDF: for each page its size and its images, top to bottom.
-struct PdfImage {
-    QByteArray data;  // the stream's bytes as stored
-    QJsonObject parameters;
-};
+struct PdfImage { QByteArray data; QJsonObject parameters; };  // data: the stream's bytes as stored
 struct PdfPageSeen { double width = 0; double height = 0; QList<PdfImage> images; };
 
 QList<PdfPageSeen> ReadWithQpdf(const QString& pdf)
@@ -324,7 +299,7 @@ protected:
 
 // Every kind of page: the image data in the PDF is the stored strip, the page
 // has the paper size of the image, and it renders to the stored pixels.
-TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
+TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixelsChosenPagesTheirOrder)
 {
     enum Source { StoreFile, LibtiffFile, InMemory };
     struct Case { const char* name; Source source; int width, height, dpi; uint16_t photometric, fillOrder; int rowsPerStrip, expectedStrips; };
@@ -371,10 +346,8 @@ TEST_F(PdfWriterTest, PagesKeepTheirGroup4DataSizeAndPixels)
         EXPECT_TRUE(rendered.width() - page.width() <= 1 && rendered.height() - page.height() <= 1) << rendered.width() << 'x' << rendered.height();
         EXPECT_TRUE(SamePixels(rendered.copy(0, 0, page.width(), page.height()), page));
     }
-}
 
-TEST_F(PdfWriterTest, ChosenPagesOfAReportInTheirOrder)
-{
+    // Chosen pages of a report, in their order.
     const QString tiff = path(QStringLiteral("TR000001.TIF"));
     const QList<QImage> pages = {TextPage(850, 1100, 1, 100), TextPage(850, 1100, 2, 100), TextPage(850, 1100, 3, 100)};
     ASSERT_TRUE(WriteTiff(tiff, pages).ok());

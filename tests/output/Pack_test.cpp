@@ -1,6 +1,7 @@
 #include "output/Pack.h"
 
 #include "output/PackSite.h"
+#include "output/PdfTools.h"
 #include "data/Settings.h"
 #include "support/CliRun.h"
 #include "support/TestSite.h"
@@ -9,7 +10,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 
 using namespace tarlox;
@@ -18,14 +18,6 @@ using namespace tarlox::test;
 namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
-
-QString Tool(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished(60000);
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
 
 TEST(PackLinesTest, HeadersAreRecognisedInAnyOrderAndSpelling)
 {
@@ -102,11 +94,7 @@ TEST_P(PackTest, PackOfPastedLinesReadsBack)
 
     // Each report page carries a message block above the report's own bar;
     // the two lines of the same report carry different blocks.
-    const QString stem = site.path(S("page"));
-    Tool(S("pdftoppm"), {S("-r"), S("50"), S("-gray"), pdf, stem});
-    QList<QImage> pages;
-    for (const QString& name : QDir(site.dir()).entryList({S("page*.pgm")}, QDir::Files, QDir::Name))
-        pages << QImage(site.path(name));
+    const QList<QImage> pages = GreyPages(pdf, site.path(S("page")), 50);
     ASSERT_EQ(pages.size(), 7);
     const auto band = [](const QImage& page) { return page.copy(0, 0, page.width(), page.height() / 12); };
     const auto dark = [](const QImage& image) {

@@ -5,7 +5,7 @@
 
 using namespace tarlox;
 
-TEST(DriveMap, EntriesAreCheckedAndNormalized)
+TEST(DriveMap, EntriesAreCheckedAndNormalizedAndTheStoredTextRoundTrips)
 {
     // a stored value of nullptr: refused
     struct Case { const char* typed; const char* stored; };
@@ -20,10 +20,6 @@ TEST(DriveMap, EntriesAreCheckedAndNormalized)
     for (const Case& c : cases)
         EXPECT_EQ(NormalizeDriveMapEntry(QString::fromUtf8(c.typed)).value_or(QStringLiteral("(refused)")), QString::fromUtf8(c.stored ? c.stored : "(refused)")) << c.typed;
     EXPECT_FALSE(NormalizeDriveMapEntry(QString()).has_value());
-}
-
-TEST(DriveMap, StoredTextRoundTrips)
-{
     EXPECT_EQ(std::tuple(JoinDriveMap({QStringLiteral("F=C"), QStringLiteral("G=D")}), SplitDriveMap(QStringLiteral("F=CG=D")), SplitDriveMap(QString())),
               std::tuple(QStringLiteral("F=CG=D"), QStringList{QStringLiteral("F=C"), QStringLiteral("G=D")}, QStringList()));
     // A stray remainder shorter than an entry is no entry.
@@ -38,24 +34,16 @@ TEST(DriveMap, StoredTextRoundTrips)
               std::tuple(QStringLiteral("/srv/a=/a"), QStringList{QStringLiteral("/srv/a=/a")}));
 }
 
-TEST(SettingsRules, FieldsAreSetBackWithinTheirBounds)
+TEST(SettingsRules, FieldsAreSetBackWithinTheirBoundsAndDefaultPagesChecked)
 {
     for (const auto& [typed, seconds] : {std::pair{"500", 120}, {"-3", 0}, {"x", 0}, {"", 0}, {"30", 30}, {"45s", 45}})
         EXPECT_EQ(ClampTimeout(QString::fromUtf8(typed)), seconds) << typed;
-    const struct {
-        QString (*clamp)(const QString&);
-        const char* typed;
-        const char* kept;
-    } rows[] = {{ClampFontSize, "2", "6"},           {ClampFontSize, "72", "36"},        {ClampFontSize, "12", "12"},
+    const struct { QString (*clamp)(const QString&); const char* typed; const char* kept; } rows[] = {{ClampFontSize, "2", "6"},           {ClampFontSize, "72", "36"},        {ClampFontSize, "12", "12"},
                 {ClampFontSize, "", ""},             {ClampBrightness, "-5000", "-1000"}, {ClampBrightness, "1001", "1000"},
                 {ClampBrightness, "-20", "-20"},     {ClampDpi, "12000", "9999"},        {ClampDpi, "-1", "0"},
                 {ClampDpi, "300", "300"}};
     for (const auto& row : rows)
         EXPECT_EQ(row.clamp(QString::fromUtf8(row.typed)), QString::fromUtf8(row.kept)) << row.typed;
-}
-
-TEST(SettingsRules, DefaultPages)
-{
     for (const char* good : {"", "All", "all", "ALL", "1,3,5", "12", ","})
         EXPECT_TRUE(ValidDefaultPages(QString::fromUtf8(good))) << good;
     for (const char* bad : {"1-3", "All,1", "x", "1 3", "Al"})

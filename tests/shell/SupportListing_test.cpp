@@ -34,16 +34,13 @@ QStringList labels(const SupportListing& l)
 
 }  // namespace
 
-TEST(SupportListing, RowsDependOnTheDatabaseType)
+// The rows depend on the database type; the text form has lines and a padded machine table.
+TEST(SupportListing, RowsTextFormAndRichFormsThatShowEachCharacterOnce)
 {
     const QStringList common{u"Info Update Date"_s, u"Tarlox Version"_s, u"Server Ini"_s,        u"Server Name"_s,
                              u"Company Name"_s,     u"Database Type"_s,  u"Connection Timeout"_s};
     EXPECT_EQ(labels(BuildSupportListing(facts(false))), (common + QStringList{u"Database Password"_s, u"Data Base File"_s}));
     EXPECT_EQ(labels(BuildSupportListing(facts(true))), (common + QStringList{u"SQL Server"_s, u"SQL User ID"_s, u"SQL Password"_s}));
-}
-
-TEST(SupportListing, TextFormHasLinesAndAPaddedMachineTable)
-{
     const QString text = SupportListingText(BuildSupportListing(facts(false)));
     const QStringList lines = text.split(u"\r\n"_s);
     EXPECT_EQ(lines.mid(0, 2), (QStringList{u"Info Update Date = 3/4/2026 2:05:06 PM"_s, u"Tarlox Version = 8.00.0000"_s}));
@@ -55,10 +52,6 @@ TEST(SupportListing, TextFormHasLinesAndAPaddedMachineTable)
     EXPECT_EQ(lines.mid(head + 1, 3), (QStringList{u"User       Machine      Scanner Create     Login      Interface  "_s,
                                                    u"Ann Müller QA-1         True    1/2/2026   3/4/2026   1/1/1900   "_s,
                                                    u"Bo         RECEIVING-PC False   1/2/2026   1/3/2026   1/1/1900   "_s}));
-}
-
-TEST(SupportListing, RichFormsShowEachCharacterOnce)
-{
     const SupportListing listing = BuildSupportListing(facts(false));
     QTextDocument document;
     document.setHtml(SupportListingHtml(listing));
@@ -75,7 +68,7 @@ TEST(SupportListing, RichFormsShowEachCharacterOnce)
     EXPECT_EQ(rtf.count(QLatin1Char('{')) - rtf.count(u"\\{"_s), rtf.count(QLatin1Char('}')) - rtf.count(u"\\}"_s));
 }
 
-TEST(ComponentVersions, EveryLibraryAnswers)
+TEST(ComponentVersions, EveryLibraryAnswersAndBannersAndNumbersAreRead)
 {
     const QList<ComponentVersion> rows = ComponentVersions(u"8.00.0000"_s);
     QStringList names;
@@ -87,10 +80,6 @@ TEST(ComponentVersions, EveryLibraryAnswers)
               (QStringList{u"Tarlox"_s, u"Qt"_s, u"libtiff"_s, u"Leptonica"_s, u"SANE"_s, u"libcurl"_s, u"ZXing-C++"_s, u"Poppler"_s,
                            u"SQLite"_s, u"libpq"_s}));
     EXPECT_EQ((QStringList{rows.at(1).version, ComponentVersions(QString()).at(0).version}), (QStringList{QString::fromLatin1(qVersion()), u"Unknown"_s}));
-}
-
-TEST(ComponentVersions, BannersAndNumbers)
-{
     EXPECT_EQ((QStringList{VersionFromBanner(u"LIBTIFF, Version 4.5.0\nCopyright (c) 1988-1996 Sam Leffler"_s), VersionFromBanner(u"leptonica-1.82.0"_s),
                            VersionFromBanner(u"no digits"_s), PostgresVersionText(150005), PostgresVersionText(90624), PostgresVersionText(0)}),
               (QStringList{u"4.5.0"_s, u"1.82.0"_s, u"Unknown"_s, u"15.5"_s, u"9.6.24"_s, u"Unknown"_s}));

@@ -14,7 +14,6 @@ namespace {
 
 class DrawingTest : public ::testing::Test {
 protected:
-    void SetUp() override { EnsureGuiApplication(); }
     QImage page = NewMonoPage(2550, 3300);  // 300 dpi letter
 };
 
@@ -41,7 +40,7 @@ QSizeF fixedMeasure(const QString& line) { return QSizeF(10.0 * line.size(), 20)
 
 }  // namespace
 
-TEST_F(DrawingTest, LinesAreBurnedAtFullResolutionAndCutAtTheEdge)
+TEST_F(DrawingTest, LinesAndRectanglesAreBurnedAtFullResolution)
 {
     DrawLine(page, QPointF(100, 1000.4), QPointF(2000, 1000.4), 9);
     EXPECT_EQ(page.colorTable(), MonoColorTable());
@@ -62,10 +61,7 @@ TEST_F(DrawingTest, LinesAreBurnedAtFullResolutionAndCutAtTheEdge)
     grey.fill(200);
     DrawLine(grey, QPointF(10, 150), QPointF(290, 150), 3);
     EXPECT_EQ(std::tuple(grey.format(), qGray(grey.pixel(150, 150)), qGray(grey.pixel(150, 10))), std::tuple(QImage::Format_RGB32, 0, 200));
-}
 
-TEST_F(DrawingTest, RectanglesOutlinedOrFilledWhiteOrBlack)
-{
     FillBlack(page, 500, 500, 20, 20);  // text inside the frame
     DrawRect(page, QRectF(QPointF(400, 400), QPointF(800, 700)), 4, false, true);
     for (const QPoint& p : {QPoint(400, 400), QPoint(800, 550), QPoint(600, 700)})
@@ -81,7 +77,7 @@ TEST_F(DrawingTest, RectanglesOutlinedOrFilledWhiteOrBlack)
     EXPECT_EQ(blackIn(page, QRect(101, 101, 98, 48)), 98 * 48);
 }
 
-TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
+TEST_F(DrawingTest, TextFitCountsLinesKeepsProportionsAndStandsInTheRectangle)
 {
     const struct { const char* text; int points; double width, height; int lines, fitted; } rows[] = {
         {"APPROVED", 12, 1000, 10, 1, 10},  // twelve points start at 36 pixels; a ten-pixel rectangle takes 10
@@ -96,10 +92,6 @@ TEST_F(DrawingTest, TextFitCountsLinesAndKeepsProportions)
     EXPECT_EQ(std::pair(FitStampText(QStringLiteral("A"), 12, 1000, 10, fixedMeasure).startHeight,
                         FitStampText(QStringLiteral("ABCDEFGHIJKLMNOPQRST"), 10, 150, 1000, fixedMeasure).textWidth),
               std::pair(36, 300.0));
-}
-
-TEST_F(DrawingTest, TextStampsStandInTheirRectangle)
-{
     TextStamp stamp{QStringLiteral("RECEIVED|QA"), QStringLiteral("DejaVu Sans"), 20, true, false, false, false};
     ASSERT_TRUE(DrawTextStamp(page, QRectF(QPointF(300, 300), QPointF(1300, 500)), stamp));
     // Inside, nothing below, left-aligned.
@@ -125,7 +117,7 @@ TEST_F(DrawingTest, TextStampsStandInTheirRectangle)
     EXPECT_TRUE(!drawn && drawn.error().contains(QStringLiteral("longer than 32")) && SamePixels(before, page));
 }
 
-TEST_F(DrawingTest, StampImageKeepsItsProportions)
+TEST_F(DrawingTest, StampImageKeepsItsProportionsAndOneThatCannotBeReadSaysWhy)
 {
     // A solid 100 x 50 stamp into a 400 x 200 box fills it exactly.
     LayStamp(page, QRectF(QPointF(1000, 1000), QPointF(1400, 1200)), BlackPage(100, 50), false);
@@ -136,10 +128,6 @@ TEST_F(DrawingTest, StampImageKeepsItsProportions)
     LayStamp(page, QRectF(QPointF(100, 1000), QPointF(500, 1400)), BlackPage(200, 50), false);
     EXPECT_EQ(std::tuple(blackIn(page, QRect(100, 1000, 400, 100)), blackIn(page, QRect(100, 1102, 400, 298)), IsBlackAt(page, 300, 1600)),
               std::tuple(400 * 100, 0, true));
-}
-
-TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
-{
     QTemporaryDir dir;
     const QString bogus = dir.filePath(QStringLiteral("stamp.png"));
     ASSERT_TRUE(WriteFile(bogus, "not a picture"));
@@ -150,23 +138,7 @@ TEST_F(DrawingTest, StampPictureThatCannotBeReadSaysWhy)
     EXPECT_TRUE(picture && picture->size() == QSize(200, 100)) << picture.error().toStdString();
 }
 
-TEST(PagePreview, ThinStrokesStayVisibleWhenShrunk)
-{
-    // One-pixel lines every 7 pixels: sampling every third pixel would drop
-    // most of them; averaging keeps every one as grey.
-    QList<QRect> lines;
-    for (int x = 3; x < 2550; x += 7)
-        lines << QRect(x, 0, 1, 3300);
-    const QImage page = BlackPage(2550, 3300, lines);
-    const QImage grey = ShrinkMonoToGrey(page, page.rect(), QSize(850, 1100));
-    ASSERT_EQ(std::pair(grey.format(), grey.size()), std::pair(QImage::Format_Grayscale8, QSize(850, 1100)));
-    for (int x = 3; x < 2540; x += 7) {
-        const int level = qGray(grey.pixel(x / 3, 500));
-        EXPECT_TRUE(level < 255 && level > 100) << x;  // grey, not black: one of three pixels
-    }
-}
-
-TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)
+TEST(PagePreview, ShrinkAveragesExactlyOverBoxesAndTheFittedPageIsCentred)
 {
     // The left half black, and a quarter of the right half's top.
     const QImage page = BlackPage(40, 40, {QRect(0, 0, 20, 40), QRect(20, 0, 10, 20)});
@@ -179,14 +151,10 @@ TEST(PagePreview, ShrinkAveragesExactlyOverBoxes)
     ASSERT_EQ(part.size(), QSize(5, 3));
     // Columns 13-15, and columns 26-29 rows 11-13: black.
     EXPECT_EQ(std::pair(qGray(part.pixel(0, 0)), qGray(part.pixel(4, 2))), std::pair(0, 0));
-}
-
-TEST(PagePreview, RenderViewCentresTheFittedPage)
-{
-    const QImage page = BlackPage(1000, 2000);
-    const ViewGeometry g{page.size(), QSize(600, 500)};
+    const QImage tall = BlackPage(1000, 2000);
+    const ViewGeometry g{tall.size(), QSize(600, 500)};
     EXPECT_DOUBLE_EQ(g.scale(), 0.25);
-    const QImage view = RenderView(page, g);
+    const QImage view = RenderView(tall, g);
     ASSERT_EQ(view.size(), QSize(600, 500));
     // The page, the ground beside it, and the page's edge.
     QList<int> levels;

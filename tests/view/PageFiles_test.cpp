@@ -21,7 +21,6 @@ namespace {
 
 class PageFilesTest : public ::testing::Test {
 protected:
-    void SetUp() override { EnsureGuiApplication(); }
     void store(int pages) { ASSERT_TRUE(WriteTiff(copy, NumberedPages(pages))); }
     QStringList leftovers() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).filter(QStringLiteral("part")); }
 
@@ -32,8 +31,17 @@ protected:
 
 }  // namespace
 
-TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
+// A save that can't read the Copy changes nothing; one that can copies the
+// unchanged pages as stored and turns landscape pages.
+TEST_F(PageFilesTest, SaveCopiesUnchangedPagesAsStoredTurnsLandscapeOnesAndChangesNothingWhenItCannotRead)
 {
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, NumberedPage(1), 1) && !QFileInfo::exists(original));
+    store(2);
+    const QByteArray before = FileBytes(copy);
+    const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
+    EXPECT_TRUE(!beyond && beyond.error().contains(QStringLiteral("no longer")));
+    EXPECT_TRUE(!SaveEditedCopy(copy, original, QImage(), 1) && FileBytes(copy) == before);
+
     QList<QImage> pages = NumberedPages(3);
     pages[2] = NumberedPage(3, 1100, 850);  // a landscape page
     ASSERT_TRUE(WriteTiff(copy, pages));
@@ -49,39 +57,17 @@ TEST_F(PageFilesTest, UnchangedPagesAreCopiedAsStoredAndLandscapePagesTurned)
     EXPECT_EQ(TiffReader::open(copy)->pageInfo(1)->width, 850);
 }
 
-TEST_F(PageFilesTest, SaveThatCannotReadTheCopyChangesNothing)
-{
-    EXPECT_FALSE(SaveEditedCopy(copy, original, NumberedPage(1), 1));
-    EXPECT_FALSE(QFileInfo::exists(original));
-    store(2);
-    const QByteArray before = FileBytes(copy);
-    const IoStatus beyond = SaveEditedCopy(copy, original, NumberedPage(1), 3);
-    EXPECT_TRUE(!beyond && beyond.error().contains(QStringLiteral("no longer")));
-    EXPECT_FALSE(SaveEditedCopy(copy, original, QImage(), 1));
-    EXPECT_EQ(FileBytes(copy), before);
-}
-
 // Each page operation on a stored file: the pages in their new order, or the
 // file as it was when there is nothing to do; never an Original, never a work file left.
 TEST_F(PageFilesTest, PageOperations)
 {
-    const struct {
-        const char* name;
-        int pages;
-        ScanMode mode;
-        int at;
-        int scanned;  // the page the scanner gives, 0 for none
-        bool ok, written;
-        QList<int> after;  // empty: the file as it was
-    } rows[] = {
-        {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}},
-        {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
+    // scanned: the page the scanner gives, 0 for none; after: empty for the file as it was
+    const struct { const char* name; int pages; ScanMode mode; int at; int scanned; bool ok, written; QList<int> after; } rows[] = {
+        {"delete the first", 3, ScanMode::Delete, 1, 0, true, true, {2, 3}}, {"delete the last", 3, ScanMode::Delete, 3, 0, true, true, {1, 2}},
         {"the only page stays", 1, ScanMode::Delete, 1, 0, false, false, {}},
         {"insert before the first", 3, ScanMode::Insert, 1, 9, true, true, {9, 1, 2, 3}},
-        {"replace", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}},
-        {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
-        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}},
-        {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {}},
+        {"replace", 3, ScanMode::Replace, 2, 7, true, true, {1, 7, 3}}, {"append", 3, ScanMode::Append, 2, 5, true, true, {1, 2, 3, 5}},
+        {"append to twenty", 20, ScanMode::Append, 20, 21, true, true, {}}, {"nothing scanned", 3, ScanMode::Insert, 2, 0, true, false, {}},
         {"no such page", 2, ScanMode::Replace, 5, 7, false, false, {}},
     };
     for (const auto& row : rows) {
@@ -102,7 +88,7 @@ TEST_F(PageFilesTest, PageOperations)
     }
 }
 
-TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
+TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndOldWorkFilesOfACrashAreCleared)
 {
     store(2);
     const QByteArray asScanned = FileBytes(copy);
@@ -115,12 +101,9 @@ TEST_F(PageFilesTest, RestorePutsTheOriginalBackAndRemovesIt)
     ASSERT_TRUE(RestoreOriginalFiles(copy, original));
     EXPECT_EQ(std::pair(FileBytes(copy), QFileInfo::exists(original)), std::pair(asScanned, false));
     // None left: says so, the Copy stays.
-    EXPECT_FALSE(RestoreOriginalFiles(copy, original));
-    EXPECT_EQ(FileBytes(copy), asScanned);
-}
+    EXPECT_TRUE(!RestoreOriginalFiles(copy, original) && FileBytes(copy) == asScanned);
 
-TEST_F(PageFilesTest, OldWorkFilesOfACrashAreCleared)
-{
+    // Work files a crash left behind: the old ones go.
     store(1);
     const QString stale = dir.filePath(QStringLiteral(".TR000042.TIF.abc.part"));
     const QString fresh = dir.filePath(QStringLiteral(".TR000042.TIF.def.part"));

@@ -13,20 +13,10 @@
 #include "support/FullDisk.h"
 #include "support/TestSite.h"
 
-#include <QGuiApplication>
 #include <QImage>
 #include <QList>
 
 namespace tarlox::test {
-
-inline void EnsureGuiApplication()
-{
-    static int argc = 1;
-    static char name[] = "view_test";
-    static char* argv[] = {name, nullptr};
-    if (!QCoreApplication::instance())
-        new QGuiApplication(argc, argv);
-}
 
 // A page that says which page it is: a black bar whose width grows with n.
 inline QImage NumberedPage(int n, int width = 850, int height = 1100, double dpi = 100)

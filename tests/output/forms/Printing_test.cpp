@@ -5,6 +5,7 @@
 #include "data/InfoData.h"
 #include "data/Settings.h"
 #include "view/ViewerTestSupport.h"
+#include "output/PdfTools.h"
 #include "support/FormControls.h"
 
 #include <QCheckBox>
@@ -12,7 +13,6 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPrinter>
-#include <QProcess>
 #include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
@@ -28,22 +28,14 @@ namespace {
 
 // Letter paper at 100 dpi as pdftoppm sees it: which NumberedPage each
 // printed page is (its bar, drawn 8 / 8.5 of its width), and whether
-// anything stands in the bottom half inch.
-struct Sheet {
-    int number = 0;
-    bool bottomInked = false;
-    bool topBand = false;  // ink in the top rows right of the bar's place: the message block
-};
+// anything stands in the bottom half inch; topBand: ink in the top rows right of
+// the bar's place, the message block.
+struct Sheet { int number = 0; bool bottomInked = false, topBand = false; };
 
 QList<Sheet> PrintedSheets(const QString& pdf, const QString& stem)
 {
-    const QDir dir = QFileInfo(stem).dir();
-    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + QStringLiteral("*.pgm")}, QDir::Files))
-        QFile::remove(dir.filePath(name));
-    QProcess::execute(QStringLiteral("pdftoppm"), {QStringLiteral("-r"), QStringLiteral("100"), QStringLiteral("-gray"), pdf, stem});
     QList<Sheet> sheets;
-    for (const QString& name : dir.entryList({QFileInfo(stem).fileName() + QStringLiteral("*.pgm")}, QDir::Files, QDir::Name)) {
-        const QImage page(dir.filePath(name));
+    for (const QImage& page : GreyPages(pdf, stem, 100)) {
         Sheet sheet;
         const auto ink = [&](int x, int y) { return qGray(page.pixel(x, y)) < 128; };
         for (int y = 0; y < 60 && !sheet.number; ++y) {
@@ -67,13 +59,11 @@ QList<Sheet> PrintedSheets(const QString& pdf, const QString& stem)
     return sheets;
 }
 
-class PrintingTest : public ::testing::TestWithParam<Engine> {
+class PrintingTest : public SiteTest {
 protected:
-    PrintingTest() : site(GetParam()) {}
     void SetUp() override
     {
-        ASSERT_TRUE(site.start());
-        site.prompter().clear();
+        SiteTest::SetUp();
         printer.setOutputFormat(QPrinter::PdfFormat), printer.setOutputFileName(pdf());
         printer.setPageSize(QPageSize(QPageSize::Letter)), printer.setFullPage(true), printer.setResolution(100);
     }
@@ -114,7 +104,6 @@ protected:
     template <class Form> static void settle(const QPointer<Form>& form) { ASSERT_TRUE(QTest::qWaitFor([&] { return form.isNull(); }, 20000)); }
     bool tempIsEmpty() { return QDir(site.session().tempDir).entryList(QDir::Files).isEmpty(); }
 
-    TestSite site;
     QPrinter printer{QPrinter::HighResolution};
 };
 
@@ -167,16 +156,11 @@ TEST_P(PrintingTest, LongReportsPrintAsTheAnswerSays)
     QImage legal = NumberedPage(2, 850, 1400);
     FillBlack(legal, 0, 1300, 850, 100);
     const QString path = StoreReport(site, {legal}, 22, QStringLiteral("G"));
-    struct Case {
-        Answer answer;
-        bool printed;
-        bool bottomShows;  // reduced to fit: the whole page is on the sheet
-    };
+    struct Case { Answer answer; bool printed, bottomShows; };  // bottomShows: reduced to fit, the whole page is on the sheet
     for (const Case& c : {Case{Answer::Yes, true, true}, Case{Answer::No, true, false}, Case{Answer::Cancel, false, false}}) {
         QFile::remove(pdf());
         site.prompter().answer(c.answer);
-        EXPECT_EQ(pressPrint(22), nullptr);
-        EXPECT_TRUE(site.prompter().wasAsked(QStringLiteral("Larger than letter size")));
+        EXPECT_TRUE(pressPrint(22) == nullptr && site.prompter().wasAsked(QStringLiteral("Larger than letter size")));
         EXPECT_EQ(std::pair(QFile::exists(pdf()), printed().value(0).bottomInked), std::pair(c.printed, c.bottomShows));
     }
 }
@@ -225,4 +209,4 @@ TEST_P(PrintingTest, SelectAllPrintsEachImageOnceAndQueuesForLater)
     EXPECT_TRUE(sheets[0].topBand && tempIsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, PrintingTest, testing::Values(Engine::Sqlite, Engine::Postgres), EngineParamName<testing::TestParamInfo<Engine>>);
+TARLOX_ON_BOTH_ENGINES(PrintingTest);

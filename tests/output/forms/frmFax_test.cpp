@@ -15,7 +15,6 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -65,12 +64,9 @@ TEST_F(FaxScreen, FieldsQueueLineAndThePagesRule)
     QLineEdit* pages = child<QLineEdit>(form, "txtPages");
     EXPECT_EQ(std::tuple(child<QLineEdit>(form, "txtTo")->text(), child<QLabel>(form, "txtStatus")->text(), pages->text()),
               std::tuple(u"Jo Buyer"_s, u"There is 1 file queued to fax"_s, u"All"_s));
-    const struct {
-        const char* typed;
-        const char* kept;
-        bool ok;  // no "Invalid Pages" box
-    } rows[] = {{"", "All", true},  {"all", "All", true}, {"1,3", "1,3", true}, {",,", ",,", true},
-                {"3,", "3,", true}, {"0", "0", true},     {"1-3", "All", false}, {"x", "All", false}};
+    // ok: no "Invalid Pages" box
+    const struct { const char* typed; const char* kept; bool ok; } rows[] = {{"", "All", true}, {"all", "All", true}, {"1,3", "1,3", true}, {",,", ",,", true},
+                                                                             {"3,", "3,", true}, {"0", "0", true}, {"1-3", "All", false}, {"x", "All", false}};
     for (const auto& row : rows) {
         site.prompter().clear();
         pages->setText(QLatin1String(row.typed));
@@ -130,26 +126,22 @@ TEST_F(FaxScreen, QueueIsClearedOnlyWhenTheServerTookTheJob)
 
 namespace {
 
-class FaxControlScreen : public ::testing::Test {
+class FaxControlScreen : public FaxScreen {
 protected:
     void SetUp() override
     {
         server = FaxTestServer::Get();
         if (!server)
             GTEST_SKIP() << FaxTestServer::skipReason().toStdString();
-        ASSERT_TRUE(site.start());
-        Session& s = site.session();
-        PutLocal(s, fax::Section, fax::FaxServer, server->address());
-        PutLocal(s, fax::Section, fax::CoverPage, qEnvironmentVariable("TARLOX_SOURCE_DIR") + u"/resources/tarlox.cpe"_s);
-        report = site.path(u"report.tif"_s);
-        ASSERT_TRUE(WriteTiff(report, {TextPage(1700, 2200, 1, 200), TextPage(1700, 2200, 2, 200)}).ok());
+        FaxScreen::SetUp();
+        PutLocal(site.session(), fax::Section, fax::FaxServer, server->address());
     }
 
     HylafaxServer where() { return *fax::ServerSettings([&](const QString& key) { return GetLocal(site.session(), fax::Section, key); }); }
     SentFax send(const QString& number)
     {
         HylafaxClient engine(where());
-        FaxRequest request{u"Jo Buyer"_s, u"Buyer & Co"_s, number, u"Pat"_s, u"Certificates"_s, {report}};
+        FaxRequest request{u"Jo Buyer"_s, u"Buyer & Co"_s, number, u"Pat"_s, u"Certificates"_s, {reports[0]}};
         fax::Sender sender;
         sender.coverPage = GetLocal(site.session(), fax::Section, fax::CoverPage);
         auto sent = SendFax(engine, request, sender, site.session().tempDir, QDate(2026, 3, 15));
@@ -171,8 +163,6 @@ protected:
     }
 
     FaxTestServer* server = nullptr;
-    TestSite site;
-    QString report;
 };
 
 }  // namespace

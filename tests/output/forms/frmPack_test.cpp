@@ -1,6 +1,7 @@
 #include "output/forms/frmPack.h"
 
 #include "output/PackSite.h"
+#include "output/PdfTools.h"
 #include "data/ContactData.h"
 #include "support/FormControls.h"
 #include "support/TestSite.h"
@@ -8,8 +9,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QProcess>
-#include <QPushButton>
+#include <QRegularExpression>
 #include <QTableWidget>
 
 using namespace tarlox;
@@ -55,10 +55,7 @@ TEST_P(PackForm, LinesArePickedDroppedAndMade)
     EXPECT_EQ(child<QLineEdit>(form, "txtEmail")->text(), u"ann@acme.example"_s);
     const QString pdf = site.path(u"pack.pdf"_s);
     ASSERT_TRUE(form.MakeFile(pdf));
-    QProcess info;
-    info.start(u"pdfinfo"_s, {pdf});
-    info.waitForFinished();
-    EXPECT_TRUE(QString::fromUtf8(info.readAll()).contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << "the cover and line 2 only";
+    EXPECT_TRUE(Tool(u"pdfinfo"_s, {pdf}).contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << "the cover and line 2 only";
 }
 
 TARLOX_ON_BOTH_ENGINES(PackForm);

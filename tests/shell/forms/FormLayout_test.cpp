@@ -26,7 +26,7 @@ QWidget* tagged(QWidget* widget, const char* tag)
 
 }  // namespace
 
-TEST(FormReSize, ControlsKeepTheirDistanceFromTheRightAndBottomEdges)
+TEST(FormReSize, ControlsKeepTheirDistanceFromTheEdgesAlsoInFramesAndFormsSnapToTheirMinimum)
 {
     // The measures of the examples, in pixels: 9,615 x 5,940 twips is 641 x 396.
     QWidget form;
@@ -64,20 +64,18 @@ TEST(FormReSize, ControlsKeepTheirDistanceFromTheRightAndBottomEdges)
     form.resize(300, 200);
     QTest::qWait(20);
     EXPECT_EQ(std::tuple(form.size(), column->x()), std::tuple(QSize(641, 396), 426));
-}
 
-TEST(FormReSize, SnapsAFormWithoutMinimumSizeUpAndMeasuresControlsInFramesOnTheForm)
-{
-    QWidget form;
-    tagged(&form, "MinWidth=6000");
-    auto* frame = new QGroupBox(&form);
+    // A form without a minimum height snaps up too; a control in a frame is measured on the form.
+    QWidget framed;
+    tagged(&framed, "MinWidth=6000");
+    auto* frame = new QGroupBox(&framed);
     frame->setGeometry(30, 30, 200, 100);
     auto* inner = tagged(new QPushButton(frame), "FromRight=1500");
     inner->setGeometry(5, 20, 60, 25);
-    form.resize(200, 150);
-    FormReSize(&form);
+    framed.resize(200, 150);
+    FormReSize(&framed);
     // 400 - 100 = 300 px on the form, 270 in the frame.
-    EXPECT_EQ(std::tuple(form.width(), inner->x()), std::tuple(400, 270));
+    EXPECT_EQ(std::tuple(framed.width(), inner->x()), std::tuple(400, 270));
 
     QWidget untagged;
     auto* control = tagged(new QPushButton(&untagged), "FromRight=1500");

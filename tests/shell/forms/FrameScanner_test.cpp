@@ -4,9 +4,7 @@
 #include "support/SaneTestBackend.h"
 #include "support/TestSite.h"
 
-#include <QAction>
 #include <QSignalSpy>
-#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -28,9 +26,8 @@ TEST(FrameScanner, AnAttachedScannerTurnsScanOn)
     QSignalSpy found(&frame, &mdiMain::scannerChecked);
     frame.MDIForm_Load();
     ASSERT_TRUE(found.wait(30000));
-    EXPECT_TRUE(found.first().first().toBool());
-    EXPECT_TRUE(frame.menuEntry(QStringLiteral("mnuScan"))->isEnabled());
-    EXPECT_TRUE(frame.toolbarButton(QStringLiteral("Scan"))->isVisible());
     ASSERT_TRUE(ReadUser(site.session(), QString()));
-    EXPECT_TRUE(site.session().machine.scanner);
+    EXPECT_EQ(std::tuple(found.first().first().toBool(), frame.menuEntry(QStringLiteral("mnuScan"))->isEnabled(),
+                         frame.toolbarButton(QStringLiteral("Scan"))->isVisible(), site.session().machine.scanner),
+              std::tuple(true, true, true, true));
 }

@@ -27,10 +27,8 @@ protected:
         for (const qint32 image : {7, 8, 9})
             ASSERT_FALSE(StoreReport(site, NumberedPages(2), image).isEmpty());
         const QDateTime day(QDate(2024, 3, 5), QTime(0, 0));
-        ASSERT_TRUE(addRefs(s(), {{QStringLiteral("AB100"), QStringLiteral("P1"), {}, {}, {}, 7, day},
-                                  {QStringLiteral("AB100"), QStringLiteral("P2"), {}, {}, {}, 7, day},
-                                  {QStringLiteral("CD200"), QStringLiteral("P3"), {}, {}, {}, 8, day},
-                                  {QStringLiteral("CD200"), QStringLiteral("P4"), {}, {}, {}, 9, day}},
+        ASSERT_TRUE(addRefs(s(), {{QStringLiteral("AB100"), QStringLiteral("P1"), {}, {}, {}, 7, day}, {QStringLiteral("AB100"), QStringLiteral("P2"), {}, {}, {}, 7, day},
+                                  {QStringLiteral("CD200"), QStringLiteral("P3"), {}, {}, {}, 8, day}, {QStringLiteral("CD200"), QStringLiteral("P4"), {}, {}, {}, 9, day}},
                             false));
         s().draw.lineWidth = 2;
         frame = std::make_unique<mdiMain>(s());

@@ -29,10 +29,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString ini(const QString& path, const char* section, const char* key)
-{
-    return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value;
-}
+QString ini(const QString& path, const char* section, const char* key) { return ReadIniValue(path, QLatin1String(section), QLatin1String(key)).value; }
 
 template <class W> W* tagged(QWidget* form, const char* name, const char* tag)
 {
@@ -132,17 +129,6 @@ TEST_F(Settings, PasswordIsStoredEnciphered)
               std::tuple(u"Pa55 word!"_s, false, false));
 }
 
-TEST_F(Settings, NeverStoredCheckBoxSavesFalse)
-{
-    ASSERT_EQ(ini(site.localIni(), "Email", "BCC"), QString());
-    frmInfo screen(s);
-    // The fields that show a default keep the stored value empty until saved.
-    EXPECT_EQ(std::tuple(child<QCheckBox>(screen, "chkBCC")->isChecked(), child<QLineEdit>(screen, "txtFindRecs")->text(), ini(site.localIni(), "Info", "FindRecords")),
-              std::tuple(false, u"100"_s, QString()));
-    screen.cmdOK_Click();
-    EXPECT_EQ((QStringList{ini(site.localIni(), "Email", "BCC"), ini(site.localIni(), "Info", "FindRecords")}), (QStringList{u"False"_s, u"100"_s}));
-}
-
 TEST_F(Settings, DriveMapList)
 {
     frmInfo screen(s);
@@ -156,8 +142,8 @@ TEST_F(Settings, DriveMapList)
     // The entry rules themselves are SettingsRules' table; an entry already there is not added twice.
     EXPECT_EQ((std::tuple{edit(-1, "F=1"), asked.asked().size(), screen.drvMapEntries().size()}), std::tuple(false, qsizetype(1), qsizetype(0)));
     EXPECT_EQ((QList<bool>{edit(-1, "f=c"), edit(-1, "G=D"), edit(-1, "G=D"), edit(-1, "/srv/tarlox/=/mnt/tarlox")}), QList<bool>(4, true));
-    EXPECT_EQ(screen.drvMapEntries(), (QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}));
-    EXPECT_EQ(box->itemText(box->count() - 1), QString()) << "one empty entry at the end";
+    // One empty entry at the end.
+    EXPECT_EQ(std::pair(screen.drvMapEntries(), box->itemText(box->count() - 1)), std::pair(QStringList{u"F=C"_s, u"G=D"_s, u"/srv/tarlox=/mnt/tarlox"_s}, QString()));
 
     // Editing an entry replaces it; emptying it removes it.
     EXPECT_EQ((QList<bool>{edit(2, ""), edit(1, "h=e")}), QList<bool>(2, true));
@@ -275,13 +261,20 @@ TEST_F(Settings, ScannerChosenFromTheDevicesFound)
     EXPECT_EQ(ini(site.localIni(), "Info", "Device"), u"test:0"_s);
 }
 
-TEST_F(Settings, EveryTagNamesItsKey)
+TEST_F(Settings, EveryTagNamesItsKeyAndDefaultsAreStoredOnlyWhenSaved)
 {
     frmInfo screen(site.session());
     const QList<QWidget*> bound = screen.binder()->boundControls();
     EXPECT_EQ(bound.size(), 67);
     for (QWidget* w : bound)
         EXPECT_FALSE(GetTag(w->property("tag").toString(), u"Item"_s).isEmpty()) << w->objectName().toStdString();
+
+    // The fields that show a default keep the stored value empty until saved; a check box never stored saves False.
+    EXPECT_EQ(std::tuple(child<QCheckBox>(screen, "chkBCC")->isChecked(), child<QLineEdit>(screen, "txtFindRecs")->text(), ini(site.localIni(), "Info", "FindRecords"),
+                         ini(site.localIni(), "Email", "BCC")),
+              std::tuple(false, u"100"_s, QString(), QString()));
+    screen.cmdOK_Click();
+    EXPECT_EQ((QStringList{ini(site.localIni(), "Email", "BCC"), ini(site.localIni(), "Info", "FindRecords")}), (QStringList{u"False"_s, u"100"_s}));
 }
 
 // The cover page editor: the shipped page with its warning, a missing file
@@ -305,7 +298,7 @@ TEST_F(Settings, CoverPageEditorOpensOnTheFieldsTemplate)
         EXPECT_EQ(site.prompter().textOf(u"Fax Cover Sheet"_s), row.text) << row.field.toStdString();
         auto* editor = screen.findChild<QPlainTextEdit*>(u"txtTemplate"_s);
         ASSERT_NE(editor, nullptr);
-        EXPECT_EQ(editor->toPlainText().isEmpty(), row.empty) << row.field.toStdString();
-        EXPECT_EQ(editor->toPlainText() == u"! OUR FAX\n{to}\n"_s, row.field == own) << row.field.toStdString();
+        EXPECT_EQ(std::pair(editor->toPlainText().isEmpty(), editor->toPlainText() == u"! OUR FAX\n{to}\n"_s), std::pair(row.empty, row.field == own))
+            << row.field.toStdString();
     }
 }

@@ -3,20 +3,14 @@
 #include "data/OptionsData.h"
 #include "data/UserData.h"
 #include "shell/forms/frmAbout.h"
-#include "shell/forms/frmInfo.h"
 #include "base/IniFile.h"
-#include "data/Session.h"
 #include "support/TestSite.h"
 #include "support/FormControls.h"
 #include "support/SystemTexts.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QClipboard>
-#include <QComboBox>
-#include <QDir>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -35,14 +29,21 @@ namespace {
 
 class ServerScreen : public ::testing::Test {
 protected:
+    void SetUp() override { ASSERT_TRUE(site.start()); }
+    TestSite site;
+};
+
+// A machine without its row: the screen opens modal at the start.
+class NewMachineScreen : public ::testing::Test {
+protected:
+    void SetUp() override { site.create(); }
     TestSite site;
 };
 
 }  // namespace
 
-TEST_F(ServerScreen, ShowsWhatIsInForce)
+TEST_F(ServerScreen, ShowsWhatIsInForceKeepsItsOwnMachineAndOffersToSave)
 {
-    ASSERT_TRUE(site.start());
     frmSecure screen(site.session());
     ASSERT_TRUE(screen.loaded());
     const auto on = [&](const char* name) { return child<QWidget>(screen, name)->isEnabled(); };
@@ -55,24 +56,24 @@ TEST_F(ServerScreen, ShowsWhatIsInForce)
     child<QRadioButton>(screen, "optAccess")->setChecked(true);
     EXPECT_FALSE(on("cmdUpdate"));
 
-    for (const auto& [typed, shown] : {std::pair{"500", "120"}, std::pair{"-3", "0"}, std::pair{"x", "0"}}) {
-        child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QString::fromUtf8(typed));
-        screen.txtConnectionTimeout_LostFocus();
-        EXPECT_EQ(child<QLineEdit>(screen, "txtConnectionTimeout")->text(), QString::fromUtf8(shown));
-    }
-}
-
-TEST_F(ServerScreen, OwnMachineStaysInTheList)
-{
-    ASSERT_TRUE(site.start());
-    frmSecure screen(site.session());
+    // The timeout is set back within its bounds (SettingsRules' table) on leaving the box.
+    child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QStringLiteral("500"));
+    screen.txtConnectionTimeout_LostFocus();
     screen.grdUsers_DblClick(0);
-    EXPECT_EQ(std::tuple(site.prompter().wasAsked(QStringLiteral("Can't delete")), child<QTableWidget>(screen, "grdUsers")->rowCount()), std::tuple(true, 1));
+    EXPECT_EQ(std::tuple(child<QLineEdit>(screen, "txtConnectionTimeout")->text(), site.prompter().wasAsked(QStringLiteral("Can't delete")),
+                         child<QTableWidget>(screen, "grdUsers")->rowCount()),
+              std::tuple(QStringLiteral("120"), true, 1));
+
+    // Leaving the first tab offers to save.
+    child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QStringLiteral("17"));
+    site.prompter().answer(Answer::Ok), child<QTabWidget>(screen, "tabMain")->setCurrentIndex(1);
+    EXPECT_EQ(std::tuple(site.prompter().textOf(QStringLiteral("Save changes")), ReadIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")).value,
+                         child<QAbstractButton>(screen, "cmdUpdate")->isEnabled()),
+              std::tuple(texts::SaveChanges, QStringLiteral("17"), false));
 }
 
 TEST_F(ServerScreen, ClipboardHoldsPlainAndRichText)
 {
-    ASSERT_TRUE(site.start());
     Session& s = site.session();
     s.options.companyName = QStringLiteral("Steel & <Co>");
     ASSERT_TRUE(UpdateOptions(s));
@@ -87,17 +88,21 @@ TEST_F(ServerScreen, ClipboardHoldsPlainAndRichText)
               std::tuple(true, true, true, 1));
 }
 
-TEST_F(ServerScreen, NewMachineIsAskedForItsUser)
+TEST_F(NewMachineScreen, CancelEndsTheStartUpdateKeepsTheUser)
 {
-    site.create();
     Session& s = site.session();
+    QTimer::singleShot(0, [] {
+        if (auto* screen = qobject_cast<frmSecure*>(QApplication::activeModalWidget()))
+            child<QAbstractButton>(screen, "cmdCancel")->click();
+    });
+    EXPECT_FALSE(StartSessionWithSetup(s, [&] { RunServerSetupForNewMachine(s, nullptr); }));
+
     bool result = false;
     // The person at the screen: types a name and presses Update.
     QTimer::singleShot(0, [&] {
         auto* screen = qobject_cast<frmSecure*>(QApplication::activeModalWidget());
         ASSERT_NE(screen, nullptr);
-        EXPECT_TRUE(screen->newMachine());
-        EXPECT_FALSE(child<QAbstractButton>(screen, "cmdUpdate")->isEnabled());
+        EXPECT_TRUE(screen->newMachine() && !child<QAbstractButton>(screen, "cmdUpdate")->isEnabled());
         child<QLineEdit>(screen, "txtName")->setText(QStringLiteral("Clerk One"));
         EXPECT_TRUE(child<QAbstractButton>(screen, "cmdUpdate")->isEnabled());
         child<QAbstractButton>(screen, "cmdUpdate")->click();
@@ -107,37 +112,11 @@ TEST_F(ServerScreen, NewMachineIsAskedForItsUser)
     EXPECT_EQ(s.machine.userName, QStringLiteral("Clerk One"));
 }
 
-TEST_F(ServerScreen, CancelledSetupOfANewMachineEndsTheStart)
-{
-    site.create();
-    Session& s = site.session();
-    QTimer::singleShot(0, [] {
-        if (auto* screen = qobject_cast<frmSecure*>(QApplication::activeModalWidget()))
-            child<QAbstractButton>(screen, "cmdCancel")->click();
-    });
-    EXPECT_FALSE(StartSessionWithSetup(s, [&] { RunServerSetupForNewMachine(s, nullptr); }));
-}
-
-TEST_F(ServerScreen, LeavingTheFirstTabOffersToSave)
-{
-    ASSERT_TRUE(site.start());
-    Session& s = site.session();
-    frmSecure screen(s);
-    child<QLineEdit>(screen, "txtConnectionTimeout")->setText(QStringLiteral("17"));
-    site.prompter().answer(Answer::Ok);
-    child<QTabWidget>(screen, "tabMain")->setCurrentIndex(1);
-    EXPECT_EQ(std::tuple(site.prompter().textOf(QStringLiteral("Save changes")), ReadIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout")).value,
-                         child<QAbstractButton>(screen, "cmdUpdate")->isEnabled()),
-              std::tuple(texts::SaveChanges, QStringLiteral("17"), false));
-}
-
 TEST_F(ServerScreen, AboutShowsTheVersions)
 {
-    ASSERT_TRUE(site.start());
-    Session& s = site.session();
-    frmAbout about(s);
+    frmAbout about(site.session());
     QTableWidget* grid = child<QTableWidget>(about, "grdVersion");
     ASSERT_EQ(grid->rowCount(), 10);
     EXPECT_EQ((QStringList{grid->item(1, 0)->text(), grid->item(1, 1)->text(), child<QLabel>(about, "lblUser")->text()}),
-              (QStringList{QStringLiteral("Qt"), QString::fromLatin1(qVersion()), s.machine.userName}));
+              (QStringList{QStringLiteral("Qt"), QString::fromLatin1(qVersion()), site.session().machine.userName}));
 }

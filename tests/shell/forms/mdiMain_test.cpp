@@ -15,7 +15,6 @@
 #include "view/forms/ViewerCommands.h"
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDeadlineTimer>
 #include <QDialog>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -37,14 +36,6 @@ namespace {
 // SANE reads its configuration once per process: no backend at all, so
 // this program finds no scanner (FrameScanner_test finds one).
 const QString SaneDir = UseNoScanners();
-
-template <class Predicate> bool waitUntil(Predicate done, int ms = 3000)
-{
-    const QDeadlineTimer deadline(ms);
-    while (!done() && !deadline.hasExpired())
-        QTest::qWait(10);
-    return done();
-}
 
 QStringList namesOf(const QList<QAction*>& actions, bool (*keep)(QAction*))
 {
@@ -69,10 +60,8 @@ public:
     TestViewer(Session&, mdiMain&)
     {
         resize(320, 240);
-        for (const char* name : {"viewerFile", "mnuWindow"}) {
-            QMenu* menu = bar.addMenu(QLatin1String(name));
-            menu->menuAction()->setObjectName(QLatin1String(name));
-        }
+        for (const char* name : {"viewerFile", "mnuWindow"})
+            bar.addMenu(QLatin1String(name))->menuAction()->setObjectName(QLatin1String(name));
     }
     QList<QMenu*> framedMenus() const override { return {bar.actions().first()->menu()}; }
     void showOwnMenuBar(bool shown) override { bar.setVisible(shown); }
@@ -85,8 +74,7 @@ public:
     QStringList calls;
 };
 
-class TestDialog : public QDialog {
-public:
+struct TestDialog : QDialog {
     TestDialog(Session&, mdiMain&) {}
 };
 
@@ -126,7 +114,7 @@ protected:
 
 TEST_F(Frame, WithNoChildItIsAStripOfMenusAndToolbar)
 {
-    EXPECT_TRUE(waitUntil([&] { return isStrip(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isStrip(); }));
     // Title, menus, toolbar and status bar, and no room for children.
     EXPECT_EQ(std::tuple(frame->width(), frame->height(), frame->mdiArea()->geometry().intersected(frame->rect()).isEmpty()),
               std::tuple(std::max(TwipsToPixels(StripWidthTwips), frame->toolbar()->sizeHint().width()),
@@ -141,12 +129,12 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
     QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     ASSERT_TRUE(window);
     // Straight from the strip the frame already holds the child as it opened.
-    ASSERT_TRUE(waitUntil([&] { return room().width() >= window->geometry().right() + 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() >= window->geometry().right() + 1; }));
     EXPECT_GE(room().height(), window->geometry().bottom() + 1);
     // A child of 6,000 by 4,000 twips at the origin.
     window->setGeometry(0, 0, TwipsToPixels(6000), TwipsToPixels(4000));
     frame->ChildLoad(window);
-    ASSERT_TRUE(waitUntil([&] { return room().width() >= 400 && room().height() >= 267; }))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() >= 400 && room().height() >= 267; }))
         << room().width() << "x" << room().height();
     EXPECT_EQ(window->geometry(), QRect(0, 0, 400, 267));
 
@@ -160,29 +148,29 @@ TEST_F(Frame, GrowsToHoldAChildAndTurnsBackIntoTheStripWhenItCloses)
     const QSize screen = frame->screen()->availableSize();
     window->setGeometry(0, 0, 300, screen.height() + 400);
     frame->ChildLoad(window);
-    ASSERT_TRUE(waitUntil([&] { return frame->height() <= screen.height() && window->geometry().bottom() < room().height(); }))
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frame->height() <= screen.height() && window->geometry().bottom() < room().height(); }))
         << frame->height() << " " << window->geometry().bottom() << " " << room().height();
     EXPECT_EQ(window->width(), 300);
 
     window->close();
-    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0 && isStrip(); }));
 }
 
 TEST_F(Frame, MaximizedFrameBecomesTheStripAndTheNextChildMaximizesItAgain)
 {
     QWidget* form = frame->ShowForm(u"frmScan"_s);
     frame->showMaximized();
-    ASSERT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frame->isMaximized(); }));
     windowOf(form)->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
-    EXPECT_TRUE(!frame->isMaximized() && waitUntil([&] { return isStrip(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0; }));
+    EXPECT_TRUE(!frame->isMaximized() && QTest::qWaitFor([&] { return isStrip(); }));
 
     frame->ShowForm(u"frmBatch"_s);
-    EXPECT_TRUE(waitUntil([&] { return frame->isMaximized(); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return frame->isMaximized(); }));
 
     // Restored by hand while a child is open, it stays normal for the next child.
     frame->showNormal();
-    ASSERT_TRUE(waitUntil([&] { return !frame->isMaximized(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !frame->isMaximized(); }));
     frame->ShowForm(u"frmFind"_s);
     QTest::qWait(20);
     EXPECT_FALSE(frame->isMaximized());
@@ -210,9 +198,8 @@ TEST_F(Frame, ScanTwiceRaisesTheOneWindowAndRestoresItWhenMinimized)
 TEST_F(Frame, CommandsWithoutTheirFormOrDeviceAreGreyAndHaveNoButton)
 {
     frame->MDIForm_Activate();
-    for (const auto& [entry, button, on] : {std::tuple{"mnuBatch", "Batch", true}, {"mnuList", "List", false}, {"mnuFax", "Fax", false}}) {
+    for (const auto& [entry, button, on] : {std::tuple{"mnuBatch", "Batch", true}, {"mnuList", "List", false}, {"mnuFax", "Fax", false}})
         EXPECT_EQ(std::pair(frame->menuEntry(QLatin1String(entry))->isEnabled(), frame->toolbarButton(QLatin1String(button))->isVisible()), std::pair(on, on)) << entry;
-    }
     for (const char* entry : {"mnuPrint", "mnuAscii", "mnuImport", "mnuUpdate", "mnuChange", "mnuAbout"})
         EXPECT_FALSE(frame->menuEntry(QLatin1String(entry))->isEnabled()) << entry;
 
@@ -284,7 +271,7 @@ TEST_F(Frame, ViewerButtonsShowOnlyWhileAViewerIsActiveAndWorkOnIt)
 TEST_F(Frame, WindowMenuArrangesTheChildren)
 {
     frame->resize(800, 600);
-    ASSERT_TRUE(waitUntil([&] { return room().width() > 600; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return room().width() > 600; }));
     QMdiSubWindow* a = windowOf(frame->ShowForm(u"frmScan"_s));
     QMdiSubWindow* b = windowOf(frame->ShowForm(u"frmFind"_s));
     const QSize r = room();
@@ -308,25 +295,25 @@ TEST_F(Frame, WindowMenuArrangesTheChildren)
     EXPECT_EQ(std::pair(b->geometry().bottom(), b->geometry().left()), std::pair(r.height() - 1, a->geometry().right() + 1));
 }
 
+// The first time the form closes itself and takes its window along.
 TEST_F(Frame, ChildrenComeBackAtTheirSavedPlaceAndState)
 {
     frame->resize(900, 700);
-    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
-    window->setGeometry(30, 40, 450, 300);
-    window->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
+    QWidget* form = frame->ShowForm(u"frmScan"_s);
+    windowOf(form)->setGeometry(30, 40, 450, 300);
+    form->close();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0 && isStrip(); }));
     const auto saved = [&] {
         return QStringList{ReadIniValue(site.localIni(), u"Form"_s, u"frmScanState"_s).value, ReadIniValue(site.localIni(), u"Form"_s, u"frmScanWidth"_s).value};
     };
     EXPECT_EQ(saved(), (QStringList{u"0"_s, u"6750"_s}));
 
-    window = windowOf(frame->ShowForm(u"frmScan"_s));
+    QMdiSubWindow* window = windowOf(frame->ShowForm(u"frmScan"_s));
     EXPECT_EQ(window->geometry(), QRect(30, 40, 450, 300));
     window->showMaximized();
     window->close();
-    ASSERT_TRUE(waitUntil([&] { return openChildren() == 0; }));
-    EXPECT_EQ(saved(), (QStringList{u"2"_s, u"6750"_s}));
-    EXPECT_TRUE(windowOf(frame->ShowForm(u"frmScan"_s))->isMaximized());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return openChildren() == 0; }));
+    EXPECT_TRUE(saved() == QStringList({u"2"_s, u"6750"_s}) && windowOf(frame->ShowForm(u"frmScan"_s))->isMaximized());
 }
 
 TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
@@ -342,29 +329,8 @@ TEST_F(Frame, AChildRememberedOffTheScreenOpensInsideTheFrame)
     EXPECT_TRUE(QRect(QPoint(0, 0), room()).contains(window->geometry())) << window->geometry().x() << "," << window->geometry().y();
 }
 
-TEST_F(Frame, AFormThatClosesItselfTakesItsWindowAlong)
-{
-    QWidget* form = frame->ShowForm(u"frmScan"_s);
-    form->close();
-    EXPECT_TRUE(waitUntil([&] { return openChildren() == 0 && isStrip(); }));
-    EXPECT_FALSE(ReadIniValue(site.localIni(), u"Form"_s, u"frmScanState"_s).value.isEmpty());
-}
-
-TEST_F(Frame, ExitClosesEveryChildUnlessOneRefuses)
-{
-    auto* stubborn = static_cast<TestForm*>(frame->ShowForm(u"frmScan"_s));
-    frame->ShowForm(u"frmFind"_s);
-    stubborn->refuseClose = true;
-    frame->menuEntry(u"mnuExit"_s)->trigger();
-    EXPECT_TRUE(frame->isVisible() && waitUntil([&] { return openChildren() == 1; }));
-
-    stubborn->refuseClose = false;
-    frame->ShowHelp(HelpWindow::Entry::Contents);
-    frame->menuEntry(u"mnuExit"_s)->trigger();
-    EXPECT_EQ(std::tuple(frame->isVisible(), frame->helpWindow()->isVisible()), std::tuple(false, false));
-}
-
-TEST_F(Frame, HelpOpensAtContentsIndexSearchAndChanges)
+// Help opens at its index, search and changes; Exit closes the children and the help.
+TEST_F(Frame, HelpOpensAtItsEntriesAndExitClosesEveryChildUnlessOneRefuses)
 {
     frame->menuEntry(u"mnuIndex"_s)->trigger();
     HelpWindow* help = frame->helpWindow();
@@ -373,14 +339,24 @@ TEST_F(Frame, HelpOpensAtContentsIndexSearchAndChanges)
     EXPECT_EQ(std::tuple(frame->helpWindow(), help->currentEntry()), std::tuple(help, HelpWindow::Entry::Search));
     frame->menuEntry(u"mnuChgs"_s)->trigger();
     EXPECT_EQ(std::tuple(help->browser()->source().path(), help->browser()->toPlainText().contains(u"Version 8.00"_s)), std::tuple(u"/manual/changes.html"_s, true));
+
+    auto* stubborn = static_cast<TestForm*>(frame->ShowForm(u"frmScan"_s));
+    frame->ShowForm(u"frmFind"_s);
+    stubborn->refuseClose = true;
+    frame->menuEntry(u"mnuExit"_s)->trigger();
+    EXPECT_TRUE(frame->isVisible() && QTest::qWaitFor([&] { return openChildren() == 1; }));
+
+    stubborn->refuseClose = false;
+    frame->ShowHelp(HelpWindow::Entry::Contents);
+    frame->menuEntry(u"mnuExit"_s)->trigger();
+    EXPECT_EQ(std::tuple(frame->isVisible(), frame->helpWindow()->isVisible()), std::tuple(false, false));
 }
 
 TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
 {
     TestSite other;
     other.create();
-    site.prompter().answerFile(other.localIni());
-    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    site.prompter().answerFile(other.localIni()), frame->menuEntry(u"mnuOpen"_s)->trigger();
     EXPECT_EQ(std::tuple(site.session().dataBase, frame->isVisible()), std::tuple(other.path(u"server/Tarlox.db"_s), true));
 
     // Cancelling the dialog reads the program directory's own file again.
@@ -389,9 +365,7 @@ TEST_F(Frame, OpenSwitchesToAnotherConfigurationWithoutARestart)
 
     // A configuration whose server can't be reached: Cancel ends the program.
     QFile::remove(other.serverIni());
-    site.prompter().answerFile(other.localIni());
-    site.prompter().answer(Answer::Cancel);
-    frame->menuEntry(u"mnuOpen"_s)->trigger();
+    site.prompter().answerFile(other.localIni()), site.prompter().answer(Answer::Cancel), frame->menuEntry(u"mnuOpen"_s)->trigger();
     EXPECT_EQ(std::tuple(site.prompter().wasAsked(u"Invalid Server Information File"_s), frame->isVisible()), std::tuple(true, false));
 }
 

@@ -15,7 +15,6 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
-#include <QAction>
 #include <QApplication>
 #include <QFileInfo>
 #include <QLabel>
@@ -31,14 +30,6 @@ using namespace tarlox;
 using namespace tarlox::test;
 
 namespace {
-
-// Waits up to two seconds for the condition, letting events through.
-template <class Condition> bool waitFor(Condition condition)
-{
-    for (int i = 0; i < 200 && !condition(); ++i)
-        QTest::qWait(10);
-    return condition();
-}
 
 // A certificate page with a heading bar.
 QImage certificatePage(int n)
@@ -85,34 +76,33 @@ protected:
 
 }  // namespace
 
-TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreen)
+// The pages are gone through by menu, keys and the page box.
+TEST_F(ViewerWindow, FirstPageComesOnceTheWindowIsOnScreenThenTheOthers)
 {
-    path = StoreReport(site, {certificatePage(1), certificatePage(2)});
+    path = StoreReport(site, {certificatePage(1), certificatePage(2), certificatePage(3)});
     auto* viewer = new frmView(site.session());
     // No page at construction yet.
     EXPECT_EQ(std::pair(viewer->document().page().isNull(), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path)));
     viewer->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(viewer));
-    ASSERT_TRUE(waitFor([&] { return !viewer->document().page().isNull(); }));
-    EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_3"))->isVisible(),
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer->document().page().isNull(); }));
+    EXPECT_EQ(std::tuple(viewer->document().pageCount(), viewer->action(QStringLiteral("mnuPageNum_4"))->isVisible(),
                          viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->pageBox()->maximum()),
-              std::tuple(2, false, false, 2));
+              std::tuple(3, false, false, 3));
 
     // The fitted page is shown in grey levels: thin strokes average, not vanish.
-    ASSERT_TRUE(waitFor([&] { return !viewer->imcMain()->rendered().isNull(); }));
-    const QImage shown = viewer->imcMain()->rendered();
     QSet<int> levels;
-    for (int y = 0; y < shown.height(); ++y)
-        for (int x = 0; x < shown.width(); ++x)
-            levels.insert(qGray(shown.pixel(x, y)));
-    levels.remove(0x80);  // the ground beside the page
-    EXPECT_TRUE(levels.contains(255) && levels.size() >= 4) << levels.size();  // white, black and shades between
-    viewer->close();
-}
+    const auto shaded = [&] {
+        const QImage shown = viewer->imcMain()->rendered();
+        levels.clear();
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                levels.insert(qGray(shown.pixel(x, y)));
+        levels.remove(0x80);  // the ground beside the page
+        return levels.contains(255) && levels.size() >= 4;  // white, black and shades between
+    };
+    EXPECT_TRUE(QTest::qWaitFor(shaded)) << levels.size();
 
-TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
-{
-    frmView* viewer = openViewer(NumberedPages(3));
     QList<std::function<void()>> steps = {[&] { viewer->action(QStringLiteral("mnuPageNum_3"))->trigger(); },
                                           [&] { QTest::keyClick(viewer->imcMain(), Qt::Key_PageUp); },
                                           [&] { viewer->pageBox()->setValue(1); },
@@ -124,27 +114,16 @@ TEST_F(ViewerWindow, PagesByMenuKeysAndPageBox)
     viewer->close();
 }
 
-TEST_F(ViewerWindow, DragMagnifiesAndRightClickReturns)
-{
-    frmView* viewer = openViewer(NumberedPages(1));
-    drag(viewer, QPointF(100, 100), QPointF(400, 250));
-    ASSERT_TRUE(viewer->document().zoomed());
-    EXPECT_NEAR(viewer->document().zoomSize(), 300, 6);
-    EXPECT_NEAR(viewer->document().zoomLeft(), 100, 4);
-    // The square fills the view's shorter side.
-    const ViewGeometry g = viewer->imcMain()->geometryNow();
-    EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
-    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
-    EXPECT_FALSE(viewer->document().zoomed());
-    viewer->close();
-}
-
+// A drag magnifies a square that fills the view's shorter side; a line drawn
+// then lands on the same page pixels all the same; a right click returns.
 TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
 {
     frmView* viewer = openViewer(NumberedPages(2));
-    // Magnified first: the line must land on the same page pixels all the same.
-    viewer->document().select(200, 400, 600, 500);
+    drag(viewer, QPointF(200, 400), QPointF(600, 500));
     ASSERT_TRUE(viewer->document().zoomed());
+    const ViewGeometry g = viewer->imcMain()->geometryNow();
+    EXPECT_TRUE(std::abs(viewer->document().zoomSize() - 400) <= 6 && std::abs(viewer->document().zoomLeft() - 200) <= 4) << viewer->document().zoomSize();
+    EXPECT_NEAR(g.scale(), std::min(g.window.width(), g.window.height()) / viewer->document().zoomSize(), 1e-9);
     site.session().draw.lineWidth = 4;
     viewer->LineCommand();
     drag(viewer, QPointF(250, 450), QPointF(500, 450));
@@ -152,13 +131,14 @@ TEST_F(ViewerWindow, LineDrawnOnScreenLandsInImagePixelsAndSaves)
     EXPECT_EQ(std::tuple(viewer->action(QStringLiteral("mnuSave"))->isEnabled(), viewer->menu(QStringLiteral("mnuPage"))->menuAction()->isEnabled(),
                          viewer->pageBox()->isEnabled(), IsBlackAt(page, 375, 450), IsBlackAt(page, 375, 460)),
               std::tuple(true, false, false, true, false));
+    QTest::mouseClick(viewer->imcMain(), Qt::RightButton, {}, viewer->imcMain()->rect().center());
+    EXPECT_FALSE(viewer->document().zoomed());
     viewer->action(QStringLiteral("mnuSave"))->trigger();
     EXPECT_EQ(std::pair(QFileInfo::exists(OriginalPathOf(path)), viewer->windowTitle()), std::pair(true, QString(QStringLiteral("Image: ") + path + QStringLiteral(" (Copy)"))));
     viewer->action(QStringLiteral("mnuViewOrig"))->trigger();
     EXPECT_EQ(std::pair(viewer->windowTitle().endsWith(QStringLiteral(" (Original)")), viewer->menu(QStringLiteral("mnuScanOpt"))->menuAction()->isEnabled()),
               std::pair(true, false));
-    site.prompter().answer(Answer::Ok);
-    viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
+    site.prompter().answer(Answer::Ok), viewer->action(QStringLiteral("mnuRestOrig"))->trigger();
     const bool originalLeft = QFileInfo::exists(OriginalPathOf(path));
     viewer->action(QStringLiteral("mnuRotate_1"))->trigger();
     EXPECT_EQ(std::pair(originalLeft, viewer->document().viewRotation()), std::pair(false, 270));
@@ -179,8 +159,7 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
     {
         FullDisk full;
         viewer->action(QStringLiteral("mnuSaveExit"))->trigger();
-        site.prompter().answer(Answer::Yes);
-        viewer->close();
+        site.prompter().answer(Answer::Yes), viewer->close();
     }
     EXPECT_EQ(std::tuple(closed, viewer->isVisible(), IsBlackAt(viewer->document().page(), 400, 600)), std::tuple(false, true, true));
     // The error report, once for each try.
@@ -189,12 +168,10 @@ TEST_F(ViewerWindow, ClosingWithChangesAsksAndSavesAndAFailedSaveKeepsItOpen)
               std::tuple(2, true, texts::ImageFileNotCreated.arg(path)));
 
     // Cancel (Escape) at the question keeps the viewer and its edits.
-    site.prompter().answer(Answer::Cancel);
-    viewer->close();
+    site.prompter().answer(Answer::Cancel), viewer->close();
     EXPECT_EQ(std::pair(closed, IsBlackAt(viewer->document().page(), 400, 600)), std::pair(false, true));
 
-    site.prompter().answer(Answer::Yes);
-    viewer->close();
+    site.prompter().answer(Answer::Yes), viewer->close();
     EXPECT_EQ(std::pair(closed, IsBlackAt(*TiffReader::open(path)->readPage(0), 400, 600)), std::pair(true, true));
 }
 
@@ -276,8 +253,7 @@ TEST_F(ViewerWindow, PropertyFormsClampAndKeepTheSettings)
         child<QRadioButton>(&form, "optImage")->setChecked(true);
         EXPECT_EQ(std::pair(child<QPlainTextEdit>(&form, "txtStampText")->isEnabled(), child<QLineEdit>(&form, "txtImageName")->isEnabled()),
                   std::pair(false, true));
-        site.prompter().answerFile(site.path(QStringLiteral("stamp.png")));
-        form.cmdImageName_Click();
+        site.prompter().answerFile(site.path(QStringLiteral("stamp.png"))), form.cmdImageName_Click();
         child<QCheckBox>(&form, "cbStampOvl")->setChecked(true);
         form.accept();
     }
