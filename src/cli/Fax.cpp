@@ -230,11 +230,10 @@ public:
         request_.message = p.value(QStringLiteral("text"));
         toSet_ = p.isSet(QStringLiteral("to"));
         fromSet_ = p.isSet(QStringLiteral("from"));
-        pages_ = p.isSet(QStringLiteral("pages")) ? p.value(QStringLiteral("pages")).trimmed() : QStringLiteral("All");
-        if (pages_.isEmpty() || pages_.compare(QLatin1String("All"), Qt::CaseInsensitive) == 0)
-            pages_ = QStringLiteral("All");
-        else if (!std::all_of(pages_.cbegin(), pages_.cend(), [](QChar c) { return c == QLatin1Char(',') || c.isDigit(); }))
-            return QStringLiteral("--pages must be 'All' or in the form 'n,m,l'");
+        const Parsed<QString> pages = PagesValue(QStringLiteral("--pages"), p.value(QStringLiteral("pages")));
+        if (!pages)
+            return pages.error;
+        pages_ = pages.value;
         messages_.clear();
         for (const QString& m : p.values(QStringLiteral("message"))) {
             const auto pair = PairValue(QStringLiteral("--message"), m);

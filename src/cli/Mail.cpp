@@ -11,20 +11,12 @@
 #include "data/Settings.h"
 
 #include <QFile>
-#include <QRegularExpression>
 
 #include <tuple>
 
 namespace tarlox::cli {
 
 namespace {
-
-// "All" or page numbers n,m,l, as the output forms accept them.
-bool PagesText(const QString& pages)
-{
-    static const QRegularExpression numbers(QStringLiteral("^[0-9,]*$"));
-    return pages.compare(QLatin1String("All"), Qt::CaseInsensitive) == 0 || numbers.match(pages).hasMatch();
-}
 
 // Sends reports as attachments through the e-mail server of the settings,
 // or the settings' test message.
@@ -73,11 +65,10 @@ public:
         message_.toName = p.value(QStringLiteral("to-name"));
         message_.subject = p.value(QStringLiteral("subject"));
         message_.body = p.value(QStringLiteral("body"));
-        pages_ = p.isSet(QStringLiteral("pages")) ? p.value(QStringLiteral("pages")).trimmed() : QStringLiteral("All");
-        if (pages_.isEmpty())
-            pages_ = QStringLiteral("All");
-        if (!PagesText(pages_))
-            return QStringLiteral("--pages must be 'All' or in the form 'n,m,l', not \"%1\"").arg(pages_);
+        const Parsed<QString> pages = PagesValue(QStringLiteral("--pages"), p.value(QStringLiteral("pages")));
+        if (!pages)
+            return pages.error;
+        pages_ = pages.value;
         for (const QString& field : p.values(QStringLiteral("message"))) {
             const qsizetype eq = field.indexOf(QLatin1Char('='));
             QString* value = eq > 0 ? FieldOf(fields_, field.left(eq).trimmed()) : nullptr;

@@ -10,22 +10,12 @@
 
 #include <QFileInfo>
 #include <QProcess>
-#include <QRegularExpression>
 
 namespace tarlox::cli {
 
 namespace {
 
 const QCommandLineOption PagesOption(QStringLiteral("pages"), QStringLiteral("the pages: All (default) or n,m,l"), QStringLiteral("P"));
-
-// "All", or only digits and commas; the forms' rule.
-QString CheckPagesText(const QString& pages)
-{
-    if (pages.compare(QLatin1String("All"), Qt::CaseInsensitive) == 0
-        || QRegularExpression(QStringLiteral("^[,0-9]+$")).match(pages).hasMatch())
-        return {};
-    return QStringLiteral("--pages must be 'All' or in the form 'n,m,l', not \"%1\"").arg(pages);
-}
 
 // An image number's file through its row and the drive map, or a file named directly.
 IoResult<QString> ImageFile(Session& s, const QString& argument)
@@ -83,9 +73,10 @@ public:
         target_ = parser.value(QStringLiteral("output"));
         if (target_.isEmpty())
             return QStringLiteral("-o FILE is required");
-        pages_ = parser.isSet(PagesOption) ? parser.value(PagesOption) : QStringLiteral("All");
-        if (const QString bad = CheckPagesText(pages_); !bad.isEmpty())
-            return bad;
+        const Parsed<QString> pages = PagesValue(QStringLiteral("--pages"), parser.value(PagesOption));
+        if (!pages)
+            return pages.error;
+        pages_ = pages.value;
         if (parser.isSet(QStringLiteral("stamp")) && parser.isSet(QStringLiteral("stamp-text")))
             return QStringLiteral("--stamp and --stamp-text exclude each other");
         authorization_ = parser.isSet(QStringLiteral("stamp")) ? QStringLiteral("S")
@@ -158,9 +149,10 @@ public:
         images_ = parser.positionalArguments();
         if (images_.isEmpty())
             return QStringLiteral("takes one or more images");
-        pages_ = parser.isSet(PagesOption) ? parser.value(PagesOption) : QStringLiteral("All");
-        if (const QString bad = CheckPagesText(pages_); !bad.isEmpty())
-            return bad;
+        const Parsed<QString> pages = PagesValue(QStringLiteral("--pages"), parser.value(PagesOption));
+        if (!pages)
+            return pages.error;
+        pages_ = pages.value;
         printer_ = parser.value(QStringLiteral("printer"));
         if (parser.isSet(QStringLiteral("copies"))) {
             const Parsed<int> copies = IntegerValue(QStringLiteral("--copies"), parser.value(QStringLiteral("copies")), 1, 999);

@@ -10,6 +10,7 @@
 #include <QPair>
 #include <QString>
 
+#include <algorithm>
 #include <limits>
 
 namespace tarlox::cli {
@@ -42,6 +43,18 @@ inline Parsed<QString> PageSizeValue(const QString& option, const QString& text)
     if (t == QLatin1String("a4") || t == QLatin1String("a"))
         return {QStringLiteral("A")};
     return {{}, option + QStringLiteral(" takes letter, legal or a4 (or the codes \" \", G, A)") + detail::notText(text)};
+}
+
+// The pages to send: "All" (any case, or no text) or page numbers n,m,l,
+// as the output forms take them.
+inline Parsed<QString> PagesValue(const QString& option, const QString& text)
+{
+    const QString t = text.trimmed();
+    if (t.isEmpty() || t.compare(QLatin1String("All"), Qt::CaseInsensitive) == 0)
+        return {QStringLiteral("All")};
+    if (std::all_of(t.cbegin(), t.cend(), [](QChar c) { return c == QLatin1Char(',') || c.isDigit(); }))
+        return {t};
+    return {{}, option + QStringLiteral(" must be 'All' or in the form 'n,m,l'") + detail::notText(text)};
 }
 
 // A whole number within minimum .. maximum; nothing else on the text.
