@@ -66,8 +66,7 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
         EXPECT_EQ(std::tuple(grid.rows[0].heat, grid.rows[0].vendor, grid.rows[1].heat), std::tuple(QStringLiteral("H1"), QStringLiteral("Acme, Inc."), QString()));
 
         QList<BarcodeRow> rows = grid.rows;
-        for (BarcodeRow& row : rows)
-            if (row.heat.isEmpty()) row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
+        for (BarcodeRow& row : rows) if (row.heat.isEmpty()) row.heat = QStringLiteral("TYPED"), row.part = QStringLiteral("P");
         s().pageSizeCode = QStringLiteral(" ");
         const BarcodeUpdate update = StoreBarcodeGrid(s(), stack, rows, 300, *client, Duplicates::Allow);
         EXPECT_FALSE(update.stopped);
@@ -78,11 +77,10 @@ TEST_P(BarcodeCaptureTest, StacksSplitIntoReports)
             ASSERT_TRUE(GetImage(s(), number));
             auto stored = TiffReader::open(s().imageFilePath);
             ASSERT_TRUE(stored.ok() && stored->pageCount() == c.stored[row].size());
-            for (int i = 0; i < c.stored[row].size(); ++i)
-                EXPECT_TRUE(SamePixels(*stored->readPage(i), pages[c.stored[row][i] - 1])) << "row " << row << " page " << i;
-            const QString sql = QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Image #\" = %1 AND \"P/O #\" = '%2' AND \"Heat #\" = '%3'");
-            EXPECT_EQ(scalar(sql.arg(number).arg(rows[row].key.purchaseOrder, rows[row].heat)), 1);
-            EXPECT_TRUE(ReadAll(csv + QStringLiteral(".log")).contains(QStringLiteral(",%1,%2,7,0,%3\n").arg(rows[row].key.purchaseOrder).arg(row + 1).arg(number)));
+            for (int i = 0; i < c.stored[row].size(); ++i) EXPECT_TRUE(SamePixels(*stored->readPage(i), pages[c.stored[row][i] - 1])) << "row " << row << " page " << i;
+            EXPECT_EQ(std::pair(SiteTest::rows(QStringLiteral("Info"), QStringLiteral("\"Image #\" = ? AND \"P/O #\" = ? AND \"Heat #\" = ?"), {number, rows[row].key.purchaseOrder, rows[row].heat}),
+                                ReadAll(csv + QStringLiteral(".log")).contains(QStringLiteral(",%1,%2,7,0,%3\n").arg(rows[row].key.purchaseOrder).arg(row + 1).arg(number))),
+                      std::pair(qint64(1), true));
         }
     }
     // A file that is no stack at all.
@@ -99,10 +97,7 @@ TEST(RbqClient, ProvidersFillAndRecord)
     const QString csv = dir.filePath(QStringLiteral("lines.csv"));
     ASSERT_TRUE(WriteFile(csv, "PO9,0,7,0,H9,P9,Vend,Mill\n"));
     const QString program = dir.filePath(QStringLiteral("rbq.sh"));
-    ASSERT_TRUE(WriteFile(program, "#!/bin/sh\n"
-                                   "log=\"$(dirname \"$0\")/calls.txt\"\n"
-                                   "echo \"$*\" >> \"$log\"\n"
-                                   "case \"$1\" in\n"
+    ASSERT_TRUE(WriteFile(program, "#!/bin/sh\nlog=\"$(dirname \"$0\")/calls.txt\"\necho \"$*\" >> \"$log\"\ncase \"$1\" in\n"
                                    "lookup) [ \"$2\" = PO9 ] || { echo \"no line $2\" >&2; exit 3; }\n"
                                    "        echo heat=H9; echo part=P9; echo vendor=Vend; echo manufacturer=Mill; echo receipt=5;;\n"
                                    "esac\n"));
@@ -152,9 +147,7 @@ TEST(BarcodeScan, FirstPageWithoutBarcodesIsRefused)
     BarcodeReader reader;
     int pagesScanned = 0;
     BarcodeScanRequest request;
-    request.prepareScanner = [&](ScannerSession& scanner) {
-        QObject::connect(&scanner, &ScannerSession::pageReady, [&] { ++pagesScanned; });
-    };
+    request.prepareScanner = [&](ScannerSession& scanner) { QObject::connect(&scanner, &ScannerSession::pageReady, [&] { ++pagesScanned; }); };
     EXPECT_FALSE(ScanBarcodeStack(site.session(), reader, request));
     EXPECT_EQ(std::tuple(site.prompter().titles(), pagesScanned, QFile::exists(BarcodeBufferPath(site.session()))),
               std::tuple(QStringList{QStringLiteral("Prepare to Scan"), QStringLiteral("No Barcodes"), QStringLiteral("Error")}, 0, false));

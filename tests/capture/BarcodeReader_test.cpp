@@ -42,8 +42,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
         const int height = linear ? dpi / 2 : matrix.height() * module;
         const QRect area(int(symbol.left * dpi), int(symbol.top * dpi), matrix.width() * module, height);
         painter.fillRect(area.adjusted(-dpi / 5, -dpi / 5, dpi / 5, dpi / 5), Qt::white);  // quiet zone
-        for (int y = 0; y < (linear ? 1 : matrix.height()); ++y)
-            for (int x = 0; x < matrix.width(); ++x)
+        for (int y = 0; y < (linear ? 1 : matrix.height()); ++y) for (int x = 0; x < matrix.width(); ++x)
                 if (matrix.get(x, y)) painter.fillRect(area.left() + x * module, area.top() + y * module, module, linear ? height : module, Qt::black);
     }
     painter.end();
@@ -52,12 +51,7 @@ QImage ReportPage(int dpi, const QList<Symbol>& symbols)
     return page;
 }
 
-QStringList Texts(const BarcodePage& page)
-{
-    QStringList texts;
-    for (const BarcodeCode& code : page.codes) texts.append(code.text);
-    return texts;
-}
+QStringList Texts(const BarcodePage& page) { QStringList texts; for (const BarcodeCode& code : page.codes) texts.append(code.text); return texts; }
 
 }  // namespace
 
@@ -69,15 +63,13 @@ TEST(BarcodeReader, EveryFormatAt200And300Dpi)
         {F::QRCode, "QR 12345", 6.2, 1.3},   {F::DataMatrix, "DM-88", 1.2, 3.4}, {F::PDF417, "PDF417 RECEIPT 9", 3.0, 9.1},
     };
     BarcodeReader reader;
-    for (int dpi : {200, 300}) {
-        for (const Symbol& symbol : symbols) {
+    for (int dpi : {200, 300}) for (const Symbol& symbol : symbols) {
             const BarcodePage page = reader.read(ReportPage(dpi, {symbol}));
             ASSERT_EQ(page.codes.size(), 1) << symbol.text << " at " << dpi << " dpi: " << page.note.toStdString();
-            EXPECT_EQ(std::pair(page.codes[0].format, page.text()),
-                      std::pair(QString::fromLatin1(ZXing::ToString(symbol.format)), QString(QString::fromLatin1(symbol.text) + QLatin1Char('\t'))));
-            EXPECT_NEAR(page.codes[0].area.left(), symbol.left * dpi, dpi / 10) << symbol.text;
+            EXPECT_EQ(std::tuple(page.codes[0].format, page.text(), std::abs(page.codes[0].area.left() - symbol.left * dpi) <= dpi / 10),
+                      std::tuple(QString::fromLatin1(ZXing::ToString(symbol.format)), QString(QString::fromLatin1(symbol.text) + QLatin1Char('\t')), true))
+                << symbol.text << " at " << page.codes[0].area.left();
         }
-    }
 }
 
 TEST(BarcodeReader, DataMatrixAnywhereOnThePageAndPagesWithout)
@@ -136,15 +128,11 @@ TEST(BarcodeReader, KilledOrHungHelperLosesOnlyItsPage)
         ::kill(pid_t(pid), SIGSTOP);
         std::thread killer;
         if (!hang)
-            killer = std::thread([pid] {
-                std::this_thread::sleep_for(std::chrono::milliseconds(300));
-                ::kill(pid_t(pid), SIGKILL);
-            });
+            killer = std::thread([pid] { std::this_thread::sleep_for(std::chrono::milliseconds(300)), ::kill(pid_t(pid), SIGKILL); });
         const BarcodePage lost = reader.read(page);
         if (killer.joinable()) killer.join();
         EXPECT_TRUE(lost.codes.isEmpty() && lost.note.contains(hang ? QStringLiteral("took more than") : QStringLiteral("stopped"))) << lost.note.toStdString();
-        EXPECT_EQ(reader.read(page).text(), QStringLiteral("NEXT-1\t"));
-        EXPECT_NE(reader.helperProcessId(), pid);
+        EXPECT_TRUE(reader.read(page).text() == QLatin1String("NEXT-1\t") && reader.helperProcessId() != pid);
     }
 }
 

@@ -1,5 +1,5 @@
-#include "data/UserData.h"
 #include "base/IniFile.h"
+#include "data/UserData.h"
 #include "startup/Startup.h"
 #include "support/TestSite.h"
 
@@ -19,21 +19,14 @@ public:
         QSqlDatabase db = site.rawConnection(name_);
         EXPECT_TRUE(db.open());
         QSqlQuery q(db);
-        if (site.engine() == Engine::Sqlite) {
-            EXPECT_TRUE(q.exec(QStringLiteral("BEGIN IMMEDIATE")));
-        } else {
-            EXPECT_TRUE(q.exec(QStringLiteral("BEGIN")));
-            EXPECT_TRUE(q.exec(QStringLiteral("LOCK TABLE \"TarloxUsers\" IN EXCLUSIVE MODE")));
-        }
+        if (site.engine() == Engine::Sqlite) EXPECT_TRUE(q.exec(QStringLiteral("BEGIN IMMEDIATE")));
+        else EXPECT_TRUE(q.exec(QStringLiteral("BEGIN")) && q.exec(QStringLiteral("LOCK TABLE \"TarloxUsers\" IN EXCLUSIVE MODE")));
     }
     ~OtherWriter() { release(); QSqlDatabase::removeDatabase(name_); }
     void release()
     {
         QSqlDatabase db = QSqlDatabase::database(name_, false);
-        if (db.isOpen()) {
-            QSqlQuery(db).exec(QStringLiteral("ROLLBACK"));
-            db.close();
-        }
+        if (db.isOpen()) QSqlQuery(db).exec(QStringLiteral("ROLLBACK")), db.close();
     }
 
 private:
@@ -48,8 +41,7 @@ protected:
         // Give up waiting after a second, so the box comes quickly.
         WriteIniValue(site.serverIni(), QStringLiteral("Data"), QStringLiteral("ConnectionTimeout"), QStringLiteral("1"));
         ASSERT_TRUE(StartSession(site.session()).ok());
-        site.prompter().clear();
-        site.session().machine.machineName = QStringLiteral("OTHER");
+        site.prompter().clear(), site.session().machine.machineName = QStringLiteral("OTHER");
     }
 };
 
@@ -63,8 +55,8 @@ TEST_P(LockingTest, LockedRowsAskRetryAndRetryRunsTheStatementAgain)
     ASSERT_TRUE(AddUser(site.session(), true));
     ASSERT_EQ(site.prompter().asked().size(), 1);
     const Prompt& box = site.prompter().asked().first();
-    EXPECT_TRUE(box.buttons == Buttons::RetryCancel && box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'.")));
-    EXPECT_TRUE(ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
+    EXPECT_TRUE(box.buttons == Buttons::RetryCancel && box.text.endsWith(QStringLiteral("Select 'Cancel' to abort or sign off the user and hit 'Retry'."))
+                && ReadUser(site.session(), QStringLiteral("WHERE \"MachineName\" = 'OTHER'")));
 }
 
 TEST_P(LockingTest, CancelLeavesNothingAndKeepsTheError)

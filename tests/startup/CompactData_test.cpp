@@ -1,6 +1,6 @@
+#include "base/FileHolders.h"
 #include "data/OptionsData.h"
 #include "startup/CompactData.h"
-#include "base/FileHolders.h"
 #include "support/TestSite.h"
 
 #include <QDeadlineTimer>
@@ -22,8 +22,7 @@ int contactsIn(const QString& file)
     int count = -1;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(file);
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        db.setDatabaseName(file), db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
         if (db.open()) {
             QSqlQuery query(db);
             if (query.exec(QStringLiteral("SELECT COUNT(*) FROM \"Contacts\"")) && query.next()) count = query.value(0).toInt();
@@ -62,19 +61,17 @@ TEST_F(CompactDataTest, KeepsThePreviousFileAsOdbBesideTheRebuiltDatabase)
 {
     const QByteArray bytes = FileBytes(database());
     site.prompter().answer(Answer::Cancel);
-    EXPECT_FALSE(CompactData(site.session()) || QFileInfo::exists(oldFile()) || QFileInfo::exists(newFile()));
-    EXPECT_EQ(FileBytes(database()), bytes);
+    EXPECT_FALSE(CompactData(site.session()) || QFileInfo::exists(oldFile()) || QFileInfo::exists(newFile()) || FileBytes(database()) != bytes);
 
     site.prompter().clear();
     ASSERT_TRUE(compact());
     const Prompt& asked = site.prompter().asked().first();
     EXPECT_EQ(std::tuple(asked.title, asked.text.contains(QStringLiteral("integrity is checked")), asked.buttons, site.prompter().asked().size()),
               std::tuple(QStringLiteral("Compact OK?"), true, Buttons::OkCancel, 1));
-    EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile()), QFileInfo::exists(newFile())), std::tuple(10, 10, false));
-    EXPECT_LT(QFileInfo(database()).size(), bytes.size());
+    EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile()), QFileInfo::exists(newFile()), QFileInfo(database()).size() < bytes.size()),
+              std::tuple(10, 10, false, true));
     // The session goes on with the rebuilt file.
-    EXPECT_TRUE(ReadOptions(site.session()));
-    EXPECT_TRUE(site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
+    EXPECT_TRUE(ReadOptions(site.session()) && site.execRaw(QStringLiteral("INSERT INTO \"Contacts\" (\"Last Name\") VALUES ('After')")));
     EXPECT_EQ(std::tuple(contactsIn(database()), contactsIn(oldFile())), std::tuple(11, 10));
 }
 
@@ -85,8 +82,7 @@ TEST_F(CompactDataTest, SecondRebuildWithTheOdbStillThereFailsAndLosesNothing)
     const QByteArray previous = FileBytes(oldFile());
     site.prompter().clear();
 
-    EXPECT_FALSE(compact());
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).contains(QStringLiteral("File already exists")));
+    EXPECT_TRUE(!compact() && site.prompter().textOf(QStringLiteral("Error")).contains(QStringLiteral("File already exists")));
     EXPECT_EQ(std::tuple(contactsIn(database()), FileBytes(oldFile()), QFileInfo::exists(newFile()), ReadOptions(site.session())),
               std::tuple(11, previous, false, true));
 }
@@ -98,13 +94,11 @@ TEST_F(CompactDataTest, RefusesWhileAnotherWorkstationHasTheDatabaseOpen)
     auto held = std::make_optional<ConnectionScope>(other->db());  // the other session keeps its connection open
     ASSERT_TRUE(ReadOptions(*other));
 
-    EXPECT_FALSE(compact());
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("The database can't be rebuilt while it is in use:")));
+    EXPECT_TRUE(!compact() && site.prompter().textOf(QStringLiteral("Error")).startsWith(QStringLiteral("The database can't be rebuilt while it is in use:")));
     EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
 
     // Once the other one is gone, the rebuild goes through.
-    held.reset();
-    site.prompter().clear();
+    held.reset(), site.prompter().clear();
     EXPECT_TRUE(compact() && QFileInfo::exists(oldFile()));
 }
 
@@ -123,8 +117,7 @@ TEST_F(CompactDataTest, RefusesWhileAnotherProgramHoldsTheFileAndNamesIt)
     const QString text = site.prompter().textOf(QStringLiteral("Error"));
     EXPECT_TRUE(text.contains(QStringLiteral("sleep (process ") + QString::number(holder.processId()) + QLatin1Char(')'))) << text.toStdString();
     EXPECT_EQ(std::tuple(QFileInfo::exists(oldFile()), contactsIn(database())), std::tuple(false, 10));
-    holder.kill();
-    holder.waitForFinished();
+    holder.kill(), holder.waitForFinished();
 }
 
 TEST_F(CompactDataTest, NamesBesideTheDatabase)

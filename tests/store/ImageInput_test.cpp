@@ -21,10 +21,7 @@ QByteArray LetterPdf(const QList<QRectF>& boxes)
 {
     QByteArray pdf("%PDF-1.4\n");
     QList<qsizetype> offsets;
-    const auto object = [&](const QByteArray& body) {
-        offsets.append(pdf.size());
-        pdf += QByteArray::number(offsets.size()) + " 0 obj\n" + body + "\nendobj\n";
-    };
+    const auto object = [&](const QByteArray& body) { offsets.append(pdf.size()), pdf += QByteArray::number(offsets.size()) + " 0 obj\n" + body + "\nendobj\n"; };
     QByteArray kids;
     for (qsizetype i = 0; i < boxes.size(); ++i) kids += QByteArray::number(3 + 2 * i) + " 0 R ";
     object("<< /Type /Catalog /Pages 2 0 R >>");
@@ -51,13 +48,10 @@ TEST_F(ImageInputs, PictureFilesAreOnePageWithTheirResolution)
     colour.fill(qRgb(250, 245, 200));
     QPainter(&colour).fillRect(30, 20, 60, 20, QColor(20, 20, 90));
     SetDpi(colour, Dpi{300, 300});
-    ASSERT_TRUE(colour.save(path("scan.png")));
-    ASSERT_TRUE(colour.convertToFormat(QImage::Format_Grayscale8).save(path("scan.jpg"), "JPEG", 95));
-    ASSERT_TRUE(colour.save(path("scan.bmp")));
-    ASSERT_TRUE(colour.save(path("scan.ppm")));  // a format that records no resolution
-    ASSERT_TRUE(colour.save(path("png-named.tif"), "PNG"));  // told by content, not by name
-    QImage mono = TextPage(64, 48, 5, 300);
-    ASSERT_TRUE(mono.save(path("mono.png")));
+    const QImage mono = TextPage(64, 48, 5, 300);
+    // PPM records no resolution; the PNG named .tif is told by its content, not by its name.
+    ASSERT_TRUE(colour.save(path("scan.png")) && colour.convertToFormat(QImage::Format_Grayscale8).save(path("scan.jpg"), "JPEG", 95) && colour.save(path("scan.bmp"))
+                && colour.save(path("scan.ppm")) && colour.save(path("png-named.tif"), "PNG") && mono.save(path("mono.png")));
 
     for (const char* name : {"scan.png", "scan.jpg", "scan.bmp", "scan.ppm", "png-named.tif", "mono.png"}) {
         auto input = ImageInput::open(path(QString::fromLatin1(name)));
@@ -87,8 +81,7 @@ TEST_F(ImageInputs, TiffAndPdfGiveAllTheirPages)
     auto pdf = ImageInput::open(path("two.pdf"), 100);
     ASSERT_TRUE(pdf.ok()) << pdf.error().toStdString();
     ASSERT_EQ(std::tuple(pdf->kind(), pdf->pageCount()), std::tuple(ImageInput::Kind::Pdf, 2));
-    auto first = pdf->page(0);
-    auto second = pdf->page(1);
+    auto first = pdf->page(0), second = pdf->page(1);
     ASSERT_TRUE(first.ok() && second.ok());
     EXPECT_EQ(std::tuple(first->size(), DpiOf(*first)), std::tuple(QSize(850, 1100), Dpi{100, 100}));
     // Rectangles at 1 to 3 inches across and 1 to 2 down; then 5 to 7 across, 9 to 10 down.
@@ -99,20 +92,16 @@ TEST_F(ImageInputs, TiffAndPdfGiveAllTheirPages)
 
 TEST_F(ImageInputs, UnreadableEmptyAndAbsurdFilesGiveClearMessages)
 {
-    write(QStringLiteral("notes.txt"), "Heat 12345, part 678\n");
-    write(QStringLiteral("empty.png"), QByteArray());
-    write(QStringLiteral("broken.pdf"), "%PDF-1.4\nthis is not the rest of a PDF file\n");
-    write(QStringLiteral("nopages.pdf"), LetterPdf({}));
-    write(QStringLiteral("header.tif"), QByteArray("MM\0*\0\0\0\0", 8));
     QImage small(50, 40, QImage::Format_RGB32);
     small.fill(Qt::gray);
     ASSERT_TRUE(small.save(path("whole.png")));
-    write(QStringLiteral("cut.png"), FileBytes(path("whole.png")).left(60));
-    write(QStringLiteral("huge.ppm"), "P6\n20000 20000\n255\n");
     // A PDF page of 100 x 100 inches at 200 dpi is refused before rendering.
-    QByteArray poster = LetterPdf({QRectF(0, 0, 10, 10)});
-    poster.replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]");
-    write(QStringLiteral("poster.pdf"), poster);
+    for (const auto& [name, bytes] : {std::pair{"notes.txt", QByteArray("Heat 12345, part 678\n")}, {"empty.png", QByteArray()},
+                                      {"broken.pdf", QByteArray("%PDF-1.4\nthis is not the rest of a PDF file\n")}, {"nopages.pdf", LetterPdf({})},
+                                      {"header.tif", QByteArray("MM\0*\0\0\0\0", 8)}, {"cut.png", FileBytes(path("whole.png")).left(60)},
+                                      {"huge.ppm", QByteArray("P6\n20000 20000\n255\n")},
+                                      {"poster.pdf", LetterPdf({QRectF(0, 0, 10, 10)}).replace("/MediaBox [0 0 612 792]", "/MediaBox [0 0 7200 7200]")}})
+        write(QString::fromLatin1(name), bytes);
 
     using Case = std::pair<const char*, const char*>;  // a file and what its message says
     for (const auto& [name, says] : {Case{"missing.png", "does not exist"}, {"notes.txt", "not a picture file"}, {"empty.png", "is empty"},

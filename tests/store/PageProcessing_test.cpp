@@ -25,8 +25,7 @@ QImage ScannedGrey(const QImage& truth, QRect solidBox)
         const bool faint = (y / lineHeight) % 5 == 4;
         for (int x = 0; x < truth.width(); ++x) {
             double paper = 235.0 - 125.0 * x / truth.width();
-            const double dx = x - truth.width() * 0.7;
-            const double dy = y - truth.height() * 0.35;
+            const double dx = x - truth.width() * 0.7, dy = y - truth.height() * 0.35;
             if (dx * dx + dy * dy < std::pow(truth.width() * 0.15, 2)) paper -= 50;
             const int jitter = int(noise.bounded(9)) - 4;
             int value = int(paper) + jitter;
@@ -71,9 +70,8 @@ TEST(PageProcessing, BinarizationKeepsTextBlackAndUnevenPaperWhite)
 
     auto result = ReduceToBlackAndWhite(grey);
     ASSERT_TRUE(result.ok()) << result.error().toStdString();
-    EXPECT_EQ(result->colorTable(), MonoColorTable());
     const Score score = Compare(*result, truth, box);
-    EXPECT_TRUE(score.textBlack > 0.99 && score.paperWhite > 0.999) << score.textBlack << " " << score.paperWhite;
+    EXPECT_TRUE(result->colorTable() == MonoColorTable() && score.textBlack > 0.99 && score.paperWhite > 0.999) << score.textBlack << " " << score.paperWhite;
 
     // The same page in colour: bluish ink on yellowish, unevenly lit paper.
     QImage colour(grey.size(), QImage::Format_RGB32);
@@ -96,16 +94,13 @@ TEST(PageProcessing, DeskewStraightensATurnedPage)
         const QImage turned = Rotated(page, turn);
         auto before = FindSkew(turned);
         ASSERT_TRUE(before.ok());
-        EXPECT_NEAR(std::abs(before->angle), std::abs(turn), 0.3) << turn;
-        EXPECT_GT(before->confidence, 2.0);
-
+        EXPECT_TRUE(std::abs(std::abs(before->angle) - std::abs(turn)) <= 0.3 && before->confidence > 2.0) << turn << ": " << before->angle << " " << before->confidence;
         Skew found;
         auto straight = DeskewPage(turned, &found);
         ASSERT_TRUE(straight.ok()) << straight.error().toStdString();
-        EXPECT_EQ(straight->size(), turned.size());
-        EXPECT_NEAR(found.angle, before->angle, 0.01);
         auto after = FindSkew(*straight);
-        EXPECT_TRUE(after.ok() && std::abs(after->angle) < 0.3) << turn;
+        EXPECT_TRUE(straight->size() == turned.size() && std::abs(found.angle - before->angle) <= 0.01 && after.ok() && std::abs(after->angle) < 0.3)
+            << turn << ": " << found.angle << " " << (after.ok() ? after->angle : 99);
     }
     // The sign: a page turned clockwise on the screen needs a counter-clockwise turn back.
     EXPECT_LT(FindSkew(Rotated(page, 3.0))->angle, 0);
@@ -114,21 +109,17 @@ TEST(PageProcessing, DeskewStraightensATurnedPage)
     const QImage blank = NewMonoPage(400, 300);
     Skew none{1, 1};
     auto same = DeskewPage(blank, &none);
-    ASSERT_TRUE(same.ok());
-    EXPECT_EQ(std::tuple(SamePixels(*same, blank), none.angle), std::tuple(true, 0.0));
+    EXPECT_TRUE(same.ok() && SamePixels(*same, blank) && none.angle == 0.0);
 }
 
 TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
 {
     QImage mono = TextPage(37, 23, 3, 300);  // odd width: padding bits matter
     mono.setPixel(36, 22, 1);
-    const PixPtr pix = PixFromImage(mono);
-    ASSERT_TRUE(pix);
-    const QImage back = ImageFromPix(pix.get());
+    const QImage back = ImageFromPix(PixFromImage(mono).get());
     EXPECT_EQ(std::tuple(SamePixels(back, mono), DpiOf(back)), std::tuple(true, Dpi{300, 300}));
 
-    QImage grey(13, 5, QImage::Format_Grayscale8);
-    QImage rgb(13, 5, QImage::Format_RGB32);
+    QImage grey(13, 5, QImage::Format_Grayscale8), rgb(13, 5, QImage::Format_RGB32);
     for (int y = 0; y < 5; ++y) for (int x = 0; x < 13; ++x) {
             grey.scanLine(y)[x] = uchar(x * 19 + y);
             rgb.setPixel(x, y, qRgb(x * 19, y * 50, 255 - x));
@@ -139,8 +130,7 @@ TEST(PageProcessing, ImagesCrossToLeptonicaAndBackUnchanged)
 TEST(PageProcessing, InvertScaleAndTinyPages)
 {
     QImage page = NewMonoPage(64, 40);
-    FillBlack(page, 0, 0, 32, 40);
-    SetDpi(page, Dpi{200, 200});
+    FillBlack(page, 0, 0, 32, 40), SetDpi(page, Dpi{200, 200});
     const QImage inverted = InvertPage(page);
     EXPECT_EQ(std::tuple(IsBlackAt(inverted, 10, 10), IsBlackAt(inverted, 50, 10), SamePixels(InvertPage(inverted), page)), std::tuple(false, true, true));
 
@@ -150,12 +140,9 @@ TEST(PageProcessing, InvertScaleAndTinyPages)
               std::tuple(true, true, false, Dpi{100, 100}, false));
 
     // 1 x 1 pages go through every step without failing.
-    QImage dark(1, 1, QImage::Format_Grayscale8);
-    dark.fill(20);
-    QImage light(1, 1, QImage::Format_RGB32);
-    light.fill(qRgb(250, 250, 240));
-    auto darkMono = ReduceToBlackAndWhite(dark);
-    auto lightMono = ReduceToBlackAndWhite(light);
+    QImage dark(1, 1, QImage::Format_Grayscale8), light(1, 1, QImage::Format_RGB32);
+    dark.fill(20), light.fill(qRgb(250, 250, 240));
+    auto darkMono = ReduceToBlackAndWhite(dark), lightMono = ReduceToBlackAndWhite(light);
     ASSERT_TRUE(darkMono.ok() && lightMono.ok());
     auto straight = DeskewPage(*darkMono);
     ASSERT_TRUE(straight.ok());

@@ -32,15 +32,11 @@ inline QImage TextPage(int width, int height, quint32 seed = 1, double dpi = 300
     QImage page = NewMonoPage(width, height);
     QRandomGenerator random(seed);
     const int unit = std::max(1, width / 170);  // stroke width: about 3 px at 300 dpi letter
-    for (int top = 6 * unit; top + 10 * unit < height - 6 * unit; top += 16 * unit) {
-        for (int left = 6 * unit; left + 6 * unit < width - 6 * unit; left += 9 * unit) {
-            if (random.bounded(8) == 0)
-                continue;  // a space
-            FillBlack(page, left, top, unit, 10 * unit);
-            FillBlack(page, left, top + 4 * unit, 6 * unit, unit);
+    for (int top = 6 * unit; top + 10 * unit < height - 6 * unit; top += 16 * unit) for (int left = 6 * unit; left + 6 * unit < width - 6 * unit; left += 9 * unit) {
+            if (random.bounded(8) == 0) continue;  // a space
+            FillBlack(page, left, top, unit, 10 * unit), FillBlack(page, left, top + 4 * unit, 6 * unit, unit);
             if (random.bounded(2)) FillBlack(page, left + 5 * unit, top, unit, 10 * unit);
         }
-    }
     SetDpi(page, Dpi{dpi, dpi});
     return page;
 }
@@ -50,14 +46,11 @@ inline bool IsBlackAt(const QImage& image, int x, int y) { return qGray(image.pi
 // Equal pixels of two black-and-white pages (in whatever 1-bit form they come).
 inline bool SamePixels(const QImage& a, const QImage& b)
 {
-    const QImage left = ToStoreMono(a);
-    const QImage right = ToStoreMono(b);
+    const QImage left = ToStoreMono(a), right = ToStoreMono(b);
     if (left.size() != right.size() || left.isNull()) return false;
-    const int fullBytes = left.width() / 8;
-    const int restBits = left.width() % 8;
+    const int fullBytes = left.width() / 8, restBits = left.width() % 8;
     for (int y = 0; y < left.height(); ++y) {
-        const uchar* p = left.constScanLine(y);
-        const uchar* q = right.constScanLine(y);
+        const uchar *p = left.constScanLine(y), *q = right.constScanLine(y);
         if (std::memcmp(p, q, size_t(fullBytes)) != 0) return false;
         if (restBits && ((p[fullBytes] ^ q[fullBytes]) & uchar(0xFF << (8 - restBits)))) return false;
     }
@@ -76,13 +69,9 @@ inline bool WriteWithLibtiff(const QString& path, const std::function<bool(TIFF*
 
 inline void SetPageFields(TIFF* tif, int width, int height, int bits, int samples, int photometric, int compression)
 {
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(width));
-    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(height));
-    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, bits);
-    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric);
-    TIFFSetField(tif, TIFFTAG_COMPRESSION, compression);
-    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(width)), TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(height));
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, bits), TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, samples), TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, photometric);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, compression), TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
 }
 
 // One page of raw rows (packed, top to bottom) in strips of rowsPerStrip.
@@ -92,9 +81,7 @@ inline bool WriteStripPage(TIFF* tif, int width, int height, int bits, int sampl
     SetPageFields(tif, width, height, bits, samples, photometric, compression);
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(rowsPerStrip));
     const size_t rowBytes = (size_t(width) * bits * samples + 7) / 8;
-    for (int row = 0; row < height; ++row) {
-        if (TIFFWriteScanline(tif, const_cast<uint8_t*>(rows.data() + rowBytes * size_t(row)), uint32_t(row), 0) < 0) return false;
-    }
+    for (int row = 0; row < height; ++row) if (TIFFWriteScanline(tif, const_cast<uint8_t*>(rows.data() + rowBytes * size_t(row)), uint32_t(row), 0) < 0) return false;
     return TIFFWriteDirectory(tif) == 1;
 }
 

@@ -20,12 +20,10 @@ const uint8_t kBlue[3] = {10, 20, 200};
 void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int photometric, const std::function<uint8_t(int x, int y, int sample)>& value)
 {
     SetPageFields(tif, width, height, bits, samples, photometric, COMPRESSION_ADOBE_DEFLATE);
-    TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16u);
-    TIFFSetField(tif, TIFFTAG_TILELENGTH, 16u);
+    TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16u), TIFFSetField(tif, TIFFTAG_TILELENGTH, 16u);
     std::vector<uint8_t> tile(size_t(TIFFTileSize(tif)));
     const size_t tileRow = size_t(TIFFTileRowSize(tif));
-    for (int top = 0; top < height; top += 16) {
-        for (int left = 0; left < width; left += 16) {
+    for (int top = 0; top < height; top += 16) for (int left = 0; left < width; left += 16) {
             std::fill(tile.begin(), tile.end(), 0);
             for (int y = 0; y < 16 && top + y < height; ++y) for (int x = 0; x < 16 && left + x < width; ++x) for (int s = 0; s < samples; ++s) {
                         const uint8_t v = value(left + x, top + y, s);
@@ -34,7 +32,6 @@ void WriteTiles(TIFF* tif, int width, int height, int bits, int samples, int pho
                     }
             TIFFWriteTile(tif, tile.data(), uint32_t(left), uint32_t(top), 0, 0);
         }
-    }
     TIFFWriteDirectory(tif);
 }
 
@@ -58,9 +55,9 @@ TEST_F(TiffReading, GreyAndColourPagesInStripsAndTiles)
     std::transform(grey.begin(), grey.end(), inverse.begin(), [](uint8_t v) { return uint8_t(255 - v); });
 
     ASSERT_TRUE(WriteWithLibtiff(path("mixed.tif"), [&](TIFF* tif) {
-        bool ok = WriteStripPage(tif, width, height, 8, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_LZW, grey, 5);  // 8 strips
-        ok = ok && WriteStripPage(tif, width, height, 8, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_NONE, inverse, height);
-        ok = ok && WriteStripPage(tif, width, height, 8, 3, PHOTOMETRIC_RGB, COMPRESSION_ADOBE_DEFLATE, rgb, 7);
+        bool ok = WriteStripPage(tif, width, height, 8, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_LZW, grey, 5)  // 8 strips
+                  && WriteStripPage(tif, width, height, 8, 1, PHOTOMETRIC_MINISWHITE, COMPRESSION_NONE, inverse, height)
+                  && WriteStripPage(tif, width, height, 8, 3, PHOTOMETRIC_RGB, COMPRESSION_ADOBE_DEFLATE, rgb, 7);
         uint16_t extra[] = {EXTRASAMPLE_UNASSALPHA};
         TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, extra);
         ok = ok && WriteStripPage(tif, width, height, 8, 4, PHOTOMETRIC_RGB, COMPRESSION_LZW, rgba, height);
@@ -96,13 +93,12 @@ TEST_F(TiffReading, DamagedEmptyAndOddFilesGiveMessagesNotCrashes)
     ASSERT_TRUE(WriteTiff(path("good.tif"), {TextPage(400, 300, 1), TextPage(400, 300, 2)}).ok());
     const QByteArray bytes = FileBytes(path("good.tif"));
 
-    WriteFile(path("header-only.tif"), QByteArray("II*\0\0\0\0\0", 8));          // no directory at all
-    WriteFile(path("text.tif"), QByteArray("This is not a picture.\n"));
-    WriteFile(path("empty.tif"), QByteArray());
-    WriteFile(path("truncated.tif"), bytes.left(bytes.size() / 3));
     QByteArray scrambled = bytes;
     for (qsizetype i = 8; i < scrambled.size(); i += 7) scrambled[i] = char(scrambled[i] ^ 0x5A);
-    WriteFile(path("scrambled.tif"), scrambled);
+    // The header alone has no directory at all.
+    for (const auto& [name, content] : {std::pair{"header-only.tif", QByteArray("II*\0\0\0\0\0", 8)}, {"text.tif", QByteArray("This is not a picture.\n")},
+                                        {"empty.tif", QByteArray()}, {"truncated.tif", bytes.left(bytes.size() / 3)}, {"scrambled.tif", scrambled}})
+        WriteFile(path(QString::fromLatin1(name)), content);
 
     // Damage in the directories shows at opening.
     for (const auto& [name, says] : {std::pair{"missing.tif", "does not exist"}, {"header-only.tif", "has no pages"}, {"text.tif", "not a TIFF file"},
@@ -119,16 +115,14 @@ TEST_F(TiffReading, DamagedEmptyAndOddFilesGiveMessagesNotCrashes)
     auto reader = TiffReader::open(path("data.tif"));
     ASSERT_TRUE(reader.ok());
     auto damaged = reader->readPage(0);
-    EXPECT_TRUE(!damaged.ok() && damaged.error().startsWith(QStringLiteral("Can't read page 1 of")));
-    EXPECT_TRUE(reader->readPage(1).ok());
+    EXPECT_TRUE(!damaged.ok() && damaged.error().startsWith(QStringLiteral("Can't read page 1 of")) && reader->readPage(1).ok());
 }
 
 TEST_F(TiffReading, TinyAndHugePages)
 {
     // 1 x 1 black, both ways.
     QImage dot = NewMonoPage(1, 1);
-    dot.setPixel(0, 0, 1);
-    SetDpi(dot, Dpi{300, 300});
+    dot.setPixel(0, 0, 1), SetDpi(dot, Dpi{300, 300});
     ASSERT_TRUE(WriteTiff(path("dot.tif"), {dot}).ok());
     EXPECT_TRUE(IsBlackAt(*TiffReader::open(path("dot.tif"))->readPage(0), 0, 0));
 

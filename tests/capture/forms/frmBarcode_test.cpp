@@ -28,8 +28,7 @@ QString WriteStack(TestSite& site, const char* layout)
     QList<QImage> pages;
     int sheets = 0;
     for (const char* c = layout; *c; ++c)
-        pages.append(*c == 'S' ? *SeparatorSheet({QStringLiteral("PO-%1").arg(++sheets), 0, qint16(sheets), 0})
-                               : TextPage(1275, 1650, quint32(pages.size() + 1), 150));
+        pages.append(*c == 'S' ? *SeparatorSheet({QStringLiteral("PO-%1").arg(++sheets), 0, qint16(sheets), 0}) : TextPage(1275, 1650, quint32(pages.size() + 1), 150));
     const QString path = site.path(QString::fromLatin1(layout) + QStringLiteral(".tif"));
     EXPECT_TRUE(WriteTiff(path, pages).ok());
     return path;
@@ -38,15 +37,11 @@ QString WriteStack(TestSite& site, const char* layout)
 void Read(frmBarcode& form, TestSite& site, const QString& stack)
 {
     QSignalSpy loaded(&form, &frmBarcode::gridLoaded);
-    site.prompter().answerFile(stack);
-    form.Command1_Click();
+    site.prompter().answerFile(stack), form.Command1_Click();
     ASSERT_TRUE(loaded.wait(60000));
 }
 
-void ClickCell(QTableWidget* grid, int row, int column)
-{
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, grid->visualRect(grid->model()->index(row, column)).center());
-}
+void ClickCell(QTableWidget* grid, int row, int column) { QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, grid->visualRect(grid->model()->index(row, column)).center()); }
 
 }  // namespace
 
@@ -87,10 +82,7 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     ClickCell(grid, 0, 5);
     auto* box = child<QLineEdit>(form, "txtGrid");
     ASSERT_TRUE(box->isVisible());
-    box->selectAll();
-    QTest::keyClicks(box, QStringLiteral("H1-FIXED"));
-    QTest::keyClick(box, Qt::Key_Return);
-    QApplication::processEvents();
+    box->selectAll(), QTest::keyClicks(box, QStringLiteral("H1-FIXED")), QTest::keyClick(box, Qt::Key_Return), QApplication::processEvents();
     EXPECT_EQ(std::tuple(cell(0, 5), box->isVisible(), box->text()), std::tuple(QStringLiteral("H1-FIXED"), true, QStringLiteral("P1")))
         << "the walk moved on to Part";
 
@@ -98,13 +90,10 @@ TEST(frmBarcode, ReadCorrectAndUpdate)
     ASSERT_EQ(form.lastUpdate().stored(), 2);
     EXPECT_EQ(DataOp(s, QStringLiteral("test")).scalar(QStringLiteral("SELECT COUNT(*) FROM \"Info\" WHERE \"Heat #\" = 'H1-FIXED' AND \"P/O #\" = 'PO-1'"))->toInt(), 1);
     // The same grid again: asked first, and No stores nothing.
-    site.prompter().clear();
-    form.cmdUpdate_Click();
-    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Update")).startsWith(QStringLiteral("These reports were stored already")));
-    EXPECT_EQ(form.lastUpdate().stored(), 2) << "no new run";
+    site.prompter().clear(), form.cmdUpdate_Click();
+    EXPECT_TRUE(site.prompter().textOf(QStringLiteral("Update")).startsWith(QStringLiteral("These reports were stored already")) && form.lastUpdate().stored() == 2) << "no new run";
 
-    child<QRadioButton>(form, "optLegal")->setChecked(true);
-    form.close();
+    child<QRadioButton>(form, "optLegal")->setChecked(true), form.close();
     EXPECT_EQ(std::tuple(key("BarcodeColWidth0"), key("BarcodePageSize"), key("BarcodeWindowState")),
               std::tuple(QStringLiteral("600"), QStringLiteral("G"), QStringLiteral("0")));
 }
@@ -117,8 +106,7 @@ TEST(frmBarcode, StacksThatCantBeStored)
     ASSERT_TRUE(site.start());
     frmBarcode form(site.session());
     for (auto [layout, rows, asked] : {std::tuple{"SSP", 2, ""}, {"PSP", 0, "No Barcodes"}}) {
-        site.prompter().clear();
-        Read(form, site, WriteStack(site, layout));
+        site.prompter().clear(), Read(form, site, WriteStack(site, layout));
         EXPECT_EQ(std::tuple(child<QTableWidget>(form, "grdMain")->rowCount(), child<QPushButton>(form, "cmdUpdate")->isEnabled(),
                              site.prompter().wasAsked(QLatin1String(asked))),
                   std::tuple(rows, false, *asked != 0))

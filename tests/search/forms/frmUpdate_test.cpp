@@ -45,33 +45,25 @@ TEST_F(UpdateFormTest, AddCheckAndUpdateAsThePersonWould)
     ASSERT_EQ(grid->rowCount(), 1);
 
     // The screen's own refusals, in the order a person meets them.
-    press(form, "cmdUpdate");
-    press(form, "cmdAdd");
-    type(form, "txtOldValue", S("acme"));
-    press(form, "cmdAdd");
+    press(form, "cmdUpdate"), press(form, "cmdAdd"), type(form, "txtOldValue", S("acme")), press(form, "cmdAdd");
     QStringList said;
     for (const auto& prompt : site.prompter().asked()) said << prompt.text;
     EXPECT_EQ(said, (QStringList{S("Select the Field to Change"), S("Set Old Value"), S("Set New Value")}));
 
     field->setCurrentIndex(4);
-    for (const auto& [from, to] : {std::pair{S("acme"), S("O'Neil")}, std::pair{S("O'Neil"), S("Carter")}}) {
-        type(form, "txtOldValue", from);
-        type(form, "txtNewValue", to);
-        press(form, "cmdAdd");
-    }
+    for (const auto& [from, to] : {std::pair{S("acme"), S("O'Neil")}, std::pair{S("O'Neil"), S("Carter")}})
+        type(form, "txtOldValue", from), type(form, "txtNewValue", to), press(form, "cmdAdd");
     ASSERT_EQ(grid->rowCount(), 2) << "the blank first row goes";
 
     // Update before a check asks; No goes on, the chain carries through.
-    site.prompter().answer(Answer::No);
-    press(form, "cmdUpdate");
+    site.prompter().answer(Answer::No), press(form, "cmdUpdate");
     EXPECT_EQ(std::tuple(site.prompter().wasAsked(S("Check First?")), scalarOf(site.session(), S("SELECT count(*) FROM \"Info\" WHERE \"Vend Name\" = 'Carter'"))),
               std::tuple(true, 1));
     press(form, "cmdCheck");
     EXPECT_EQ((QStringList{grid->item(0, 1)->text(), grid->item(1, 3)->text()}), (QStringList{S("0"), S("1")}));
 
     // Removing a row asks first.
-    site.prompter().answer(Answer::Ok);
-    form.grdInput_Click(0);
+    site.prompter().answer(Answer::Ok), form.grdInput_Click(0);
     EXPECT_EQ(std::tuple(site.prompter().textOf(S("Remove Item")), grid->rowCount()), std::tuple(S("Do you want to remove old value = \"acme\" and new value = \"O'Neil\"?"), 1));
 }
 
@@ -83,8 +75,7 @@ TEST_F(UpdateFormTest, ListingOpensOnTodayWithTheSiteWords)
     EXPECT_EQ(std::tuple(child<QRadioButton>(form, "optDate")->isChecked(), QStringList{child<QLineEdit>(form, "txtFromDate")->text(), child<QLineEdit>(form, "txtToDate")->text(),
                                                                                        child<QLabel>(form, "lblVend")->text(), child<QRadioButton>(form, "optVend")->text()}),
               std::tuple(true, QStringList{today, today, S("Supp:"), S("Supp:")}));
-    type(form, "txtFromHeat", S("a"));
-    child<QRadioButton>(form, "optVend")->setChecked(true);
+    type(form, "txtFromHeat", S("a")), child<QRadioButton>(form, "optVend")->setChecked(true);
     const ListingRequest r = form.request();
     EXPECT_EQ(std::tuple(r.sort, r.heat.from, r.fromDate), std::tuple(ListingSort::Vend, S("a"), today));
 }
