@@ -451,8 +451,7 @@ void frmPack::mailPack()
     const MailSendResult sent = SendWithStatus(EmailServerSettings(session_), message, ui_->txtStatus);
     running(false);
     QFile::remove(target);
-    if (!sent.ok())
-        status(kSendFailed + sent.error);
+    status(sent.ok() ? QStringLiteral("The pack was sent to %1.").arg(address) : kSendFailed + sent.error);
 }
 
 }  // namespace tarlox

@@ -1,12 +1,17 @@
 #include "output/forms/frmPack.h"
 
 #include "output/PackSite.h"
+#include "output/MailRead.h"
 #include "output/PdfTools.h"
 #include "data/ContactData.h"
+#include "data/Settings.h"
 #include "support/FormControls.h"
+#include "support/MailServers.h"
 #include "support/TestSite.h"
 
 #include <QComboBox>
+#include <QDir>
+#include <QJsonArray>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
@@ -54,8 +59,23 @@ TEST_P(PackForm, LinesArePickedDroppedAndMade)
     child<QComboBox>(form, "cboCustomer")->setCurrentText(u"acme steel"_s);
     EXPECT_EQ(child<QLineEdit>(form, "txtEmail")->text(), u"ann@acme.example"_s);
     const QString pdf = site.path(u"pack.pdf"_s);
-    ASSERT_TRUE(form.MakeFile(pdf));
+    prompter().answerFile(pdf);
+    form.cmdMake_Click();
     EXPECT_TRUE(Tool(u"pdfinfo"_s, {pdf}).contains(QRegularExpression(u"Pages:\\s+3\\n"_s))) << "the cover and line 2 only";
+
+    // By e-mail: the pack goes out as one PDF attachment and leaves nothing in TempDir.
+    SmtpTestServer server({});
+    ASSERT_TRUE(server.start());
+    for (auto [key, value] : {std::pair{u"EmailServer"_s, u"127.0.0.1"_s}, {u"ServerPort"_s, QString::number(server.port())}, {u"From Address"_s, u"qa@example.com"_s}})
+        PutLocal(s(), u"Email"_s, key, value);
+    child<QComboBox>(form, "cboMakeTo")->setCurrentIndex(2);
+    form.cmdMake_Click();
+    ASSERT_EQ(server.messages().size(), 1) << child<QPlainTextEdit>(form, "txtStatus")->toPlainText().toStdString();
+    const QJsonObject mail = ReadMail(server.messages().first());
+    EXPECT_EQ(std::tuple(mail[u"to"_s].toString().contains(u"ann@acme.example"_s), mail[u"files"_s].toArray().size(),
+                         mail[u"files"_s].toArray().first().toString().contains(u".pdf application/pdf"_s), QDir(s().tempDir).entryList(QDir::Files),
+                         child<QPlainTextEdit>(form, "txtStatus")->toPlainText().endsWith(u"The pack was sent to ann@acme.example."_s)),
+              std::tuple(true, 1, true, QStringList(), true));
 }
 
 TARLOX_ON_BOTH_ENGINES(PackForm);
