@@ -2,6 +2,7 @@
 // the same files in the same run; TIFF import of the 1,000 tagged files next
 // to `cp -r`; delete of 1,000 reports next to `rm -r` of their files.
 // Run as: tarlox_exchange_bench [reports] [rounds]
+#include "base/LocalTimeZone.h"
 #include "base/Prompter.h"
 #include "data/Database.h"
 #include "data/ImageData.h"
@@ -100,6 +101,7 @@ double runSynced(const QString& command)
 
 int main(int argc, char** argv)
 {
+    ReadLocalTimeZoneOnce();  // as the programs do
     QCoreApplication app(argc, argv);
     const int reports = argc > 1 ? std::max(1, atoi(argv[1])) : 1000;
     const int rounds = argc > 2 ? std::max(1, atoi(argv[2])) : 3;

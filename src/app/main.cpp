@@ -1,3 +1,4 @@
+#include "base/LocalTimeZone.h"
 #include "shell/forms/MessageBoxPrompter.h"
 #include "shell/ServerSetup.h"
 #include "shell/forms/frmSecure.h"
@@ -13,6 +14,7 @@ using namespace tarlox;
 
 int main(int argc, char** argv)
 {
+    ReadLocalTimeZoneOnce();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tarlox"));
     // Every window without an icon of its own, message boxes and child windows included.

@@ -1,5 +1,6 @@
 #include "cli/Command.h"
 
+#include "base/LocalTimeZone.h"
 #include "base/Prompter.h"
 #include "data/Session.h"
 #include "startup/Startup.h"
@@ -101,6 +102,7 @@ int unknownCommand(const QString& name)
 
 int main(int argc, char** argv)
 {
+    ReadLocalTimeZoneOnce();
     // Text is drawn on pages (the message block), which takes a graphics
     // application; the command line needs no screen for it.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

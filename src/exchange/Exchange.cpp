@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSet>
 
 #include <cmath>
@@ -34,15 +35,34 @@ const QString NewLine = QStringLiteral("\r\n");
 
 QString sixDigitName(const QString& prefix, qint64 number) { return prefix + ImageFileNameFor(number).mid(2); }
 
-// Whether two paths name the same file: the same text without case, or the
-// same file on disk.
-bool samePath(const QString& a, const QString& b)
-{
-    if (a.compare(b, Qt::CaseInsensitive) == 0)
-        return true;
-    const QString ca = QFileInfo(a).canonicalFilePath();
-    return !ca.isEmpty() && ca == QFileInfo(b).canonicalFilePath();
-}
+// Whether two paths name the same file: the same name without case in the
+// same directory, the directories the same text without case or the same
+// directory on disk. A run asks for every image, so each directory is
+// looked up on disk once.
+class SameFile {
+public:
+    bool operator()(const QString& a, const QString& b)
+    {
+        const QFileInfo fa(a), fb(b);
+        if (fa.fileName().compare(fb.fileName(), Qt::CaseInsensitive) != 0)
+            return false;
+        const QString da = fa.absolutePath(), db = fb.absolutePath();
+        if (da.compare(db, Qt::CaseInsensitive) == 0)
+            return true;
+        const QString ca = canonical(da);
+        return !ca.isEmpty() && ca == canonical(db);
+    }
+
+private:
+    QString canonical(const QString& directory)
+    {
+        auto found = directories_.constFind(directory);
+        if (found == directories_.constEnd())
+            found = directories_.insert(directory, QFileInfo(directory).canonicalFilePath());
+        return *found;
+    }
+    QHash<QString, QString> directories_;
+};
 
 IoStatus copyOffThread(const QString& source, const QString& target)
 {
@@ -447,6 +467,7 @@ QList<qint32> FoundImages(Session& s, const SqlCondition& where)
 
 ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const ExportOptions& options, const ExchangeProgressFn& progress)
 {
+    SameFile samePath;
     s.traceCall(QStringLiteral("ExportImages"));
     Run run(s, progress, options.missing, QStringLiteral("export"));
     run.summary.total = int(images.size());
@@ -499,6 +520,7 @@ ExchangeSummary ExportImages(Session& s, const QList<qint32>& images, const Expo
 
 ExchangeSummary ImportImages(Session& s, const ImportOptions& options, const ExchangeProgressFn& progress)
 {
+    SameFile samePath;
     s.traceCall(QStringLiteral("ImportImages"));
     Run run(s, progress, options.missing, QStringLiteral("import"));
     const QString importDir = WithoutTrailingSeparator(options.importDir);
@@ -589,6 +611,7 @@ QString PageSizeForLength(int tenths)
 
 ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, const ExchangeProgressFn& progress)
 {
+    SameFile samePath;
     s.traceCall(QStringLiteral("ImportTifImages"));
     Run run(s, progress, options.missing, QStringLiteral("import"));
     const QString importDir = WithoutTrailingSeparator(options.importDir);
@@ -665,6 +688,7 @@ ExchangeSummary ImportTifImages(Session& s, const TifImportOptions& options, con
 
 ExchangeSummary MoveImages(Session& s, const QList<qint32>& images, const MoveOptions& options, const ExchangeProgressFn& progress)
 {
+    SameFile samePath;
     s.traceCall(QStringLiteral("MoveImages"), {options.relink ? QStringLiteral("True") : QStringLiteral("False")});
     Run run(s, progress, options.missing, QStringLiteral("move"));
     run.summary.total = int(images.size());
