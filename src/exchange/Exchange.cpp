@@ -370,15 +370,19 @@ private:
     std::unique_ptr<Group> sent_;
 };
 
-// The file of an image row: in its stored directory, else (a stale path)
-// in the data directory.
+// Where an image row's file is: in its stored directory, else (a stale
+// path) in the data directory.
+struct ImageFilePlaces {
+    QString stored, inData;
+    QString existing() const { return QFileInfo::exists(stored) || inData.isEmpty() || !QFileInfo::exists(inData) ? stored : inData; }
+};
+ImageFilePlaces placesOf(Session& s, const QString& name)
+{
+    return {JoinPath(s.image.path, name), s.dataDir.isEmpty() ? QString() : JoinPath(s.dataDir, name)};
+}
 QString imageFileOf(Session& s, const QString& name)
 {
-    const QString stored = JoinPath(s.image.path, name);
-    if (QFileInfo::exists(stored) || s.dataDir.isEmpty())
-        return stored;
-    const QString inData = JoinPath(s.dataDir, name);
-    return QFileInfo::exists(inData) ? inData : stored;
+    return placesOf(s, name).existing();
 }
 
 QList<ExportedInfo> referencesOf(Session& s, qint32 number)
@@ -757,40 +761,54 @@ ExchangeSummary DeleteImages(Session& s, const QList<qint32>& images, const Exch
     Run run(s, progress, Missing::Report, QStringLiteral("delete"));
     run.summary.total = int(images.size());
     ConnectionScope connection(s.db());
-    // Images whose files are gone; their rows go a group at a time in one
-    // transaction (image by image when that fails).
-    QList<qint32> filesGone;
-    const auto deleteRows = [&] {
-        const bool together = filesGone.size() > 1 && DeleteImagesAll(s, filesGone);
-        for (const qint32 number : std::as_const(filesGone)) {
+    // A group at a time: the files removed off the calling thread, then the
+    // rows of the images whose files are gone in one transaction (image by
+    // image when that fails).
+    struct Doomed {
+        qint32 number = 0;
+        std::optional<ImageFilePlaces> file;  // none: the image has no row
+        bool removed = true;
+    };
+    QList<Doomed> group;
+    const auto deleteGroup = [&] {
+        RunOffThread([&group] {
+            for (Doomed& image : group) {
+                if (!image.file)
+                    continue;
+                const QString file = image.file->existing();
+                for (const QString& path : {file, OriginalPathOf(file)})
+                    if (QFileInfo::exists(path) && !QFile::remove(path))
+                        image.removed = false;
+            }
+        });
+        QList<qint32> gone;
+        for (const Doomed& image : std::as_const(group)) {
+            if (image.removed)
+                gone << image.number;
+            else
+                run.skip(ImageFileNameFor(image.number) + QStringLiteral(": its file could not be removed; its rows stay"));
+        }
+        const bool together = gone.size() > 1 && DeleteImagesAll(s, gone);
+        for (const qint32 number : std::as_const(gone)) {
             if (together || DeleteImageAll(s, number))
                 run.finished();
             else
                 run.skip(ImageFileNameFor(number) + QStringLiteral(": its rows could not be deleted"));
         }
-        filesGone.clear();
+        group.clear();
     };
     for (const qint32 number : images) {
         const QString name = ImageFileNameFor(number);
         if (!run.next(name))
             break;
-        if (ReadImage(s, number)) {
-            const QString file = imageFileOf(s, name);
-            const QString original = OriginalPathOf(file);
-            bool removed = true;
-            for (const QString& path : {file, original})
-                if (QFileInfo::exists(path) && !QFile::remove(path))
-                    removed = false;
-            if (!removed) {
-                run.skip(name + QStringLiteral(": its file could not be removed; its rows stay"));
-                continue;
-            }
-        }
-        filesGone << number;
-        if (filesGone.size() >= ImageGroup::MaxImages)
-            deleteRows();
+        Doomed image{number};
+        if (ReadImage(s, number))
+            image.file = placesOf(s, name);
+        group << image;
+        if (group.size() >= ImageGroup::MaxImages)
+            deleteGroup();
     }
-    deleteRows();
+    deleteGroup();
     return run.summary;
 }
 

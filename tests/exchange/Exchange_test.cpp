@@ -10,6 +10,7 @@
 #include "support/TestSite.h"
 
 #include <QDir>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -189,15 +190,26 @@ TEST_P(ExchangeTest, MoveAndBackRelinkAndAStalePath)
     EXPECT_EQ((std::pair{MoveImages(s, {1}, MoveOptions{other}).complete(), FileBytes(JoinPath(other, u"TR000001.TIF"_s))}), std::pair(true, QByteArray("one")));
 }
 
-TEST_P(ExchangeTest, DeleteTakesEveryReferenceOfTheImage)
+// Image 3's file can't be removed (its directory is immutable): its rows
+// stay; 1 and 4 go with every reference, together.
+TEST_P(ExchangeTest, DeleteTakesEveryReferenceOfTheImageAndKeepsTheRowsOfAFileThatStays)
 {
     seed(a, 1, u"H1 X1"_s, u"P1 P1"_s, u"V"_s, "one", true);
     seed(a, 2, u"H2"_s, u"P2"_s, u"V"_s, "two");
+    seed(a, 3, u"H1"_s, u"P3"_s, u"V"_s, "three");
+    seed(a, 4, u"H1"_s, u"P4"_s, u"V"_s, "four");
+    const QString locked = a.path(u"locked"_s), kept = JoinPath(locked, u"TR000003.TIF"_s);
+    ASSERT_TRUE(QDir().mkpath(locked) && QFile::rename(data(a, 3), kept));
+    ASSERT_TRUE(MoveImages(a.session(), {3}, MoveOptions{locked, true}).complete());
+    const bool lockable = QProcess::execute(u"chattr"_s, {u"+i"_s, locked}) == 0;
     const QList<qint32> found = FoundImages(a.session(), SqlCondition{u"\"Info\".\"Heat #\" = ?"_s, {u"H1"_s}});
-    ASSERT_EQ(found, QList<qint32>{1});
-    EXPECT_TRUE(DeleteImages(a.session(), found).complete());
-    // Image 2 and its reference stay.
-    EXPECT_EQ(std::tuple(rowsOf(a.session()).size(), QFile::exists(data(a, 1)), QFile::exists(data(a, 1, u"OR"_s))), std::tuple(2, false, false));
+    ASSERT_EQ(found, (QList<qint32>{1, 3, 4}));
+    const ExchangeSummary deleted = DeleteImages(a.session(), found);
+    QProcess::execute(u"chattr"_s, {u"-i"_s, locked});
+    EXPECT_EQ(std::tuple(deleted.done, deleted.skipped.size(), rowsOf(a.session()).size(), QFile::exists(data(a, 1)),
+                         QFile::exists(data(a, 1, u"OR"_s)), QFile::exists(data(a, 4)), QFile::exists(kept)),
+              std::tuple(lockable ? 2 : 3, lockable ? 1 : 0, lockable ? 4 : 2, false, false, false, lockable))
+        << (lockable ? "" : "chattr refused: the immutable directory was not tried");
 }
 
 // The disk fills (a file-size limit) at image 2 of export, import and move:
