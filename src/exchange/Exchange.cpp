@@ -64,12 +64,6 @@ private:
     QHash<QString, QString> directories_;
 };
 
-IoStatus copyOffThread(const QString& source, const QString& target)
-{
-    IoStatus status;
-    RunOffThread([&] { status = ReplaceWithCopy(source, target); });
-    return status;
-}
 
 // One run: the counts, the Cancel check, the missing-file box and its
 // ignore flag, and the one message of a copy that failed.
@@ -131,38 +125,14 @@ private:
     bool ignore_ = false;
 };
 
-// Files put in place for one image, removed again when the image fails.
-class PlacedFiles {
-public:
-    ~PlacedFiles()
-    {
-        if (!kept_)
-            for (const QString& path : std::as_const(paths_))
-                QFile::remove(path);
-    }
-    IoStatus copy(const QString& source, const QString& target)
-    {
-        const bool existed = QFileInfo::exists(target);
-        IoStatus status = copyOffThread(source, target);
-        if (status && !existed)
-            paths_ << target;
-        return status;
-    }
-    void keep() { kept_ = true; }
-
-private:
-    QStringList paths_;
-    bool kept_ = false;
-};
-
 // Images gathered into groups so that their files reach the disk together.
 // A full group is sent off the calling thread to be put in place: its files
 // copied under work names beside their targets, one flush of the file
 // system making all of them durable, renamed into place and their
 // directories flushed. Meanwhile the next group is gathered; when that one
-// is sent, the rows of the group before are added (for an import, all in
-// one transaction; when that fails, image by image) while its files are
-// copied. An image still goes in whole or not at all: one whose rows fail
+// is sent, the rows of the group before are added while its files are
+// copied (for an import or a move all in one transaction, image by image
+// when that fails). An image still goes in whole or not at all: one whose rows fail
 // loses its files again; a copy that fails (a full disk) ends the run after
 // the images before it, and when the flush fails the whole group is taken
 // away and each image reported.
@@ -174,9 +144,11 @@ public:
     // Adds an image's rows, within op's transaction when op is given; the
     // error, empty when they were added.
     using Rows = std::function<QString(DataOp* op)>;
+    // After an image's rows were added: what is left to report, empty when nothing.
+    using After = std::function<QString()>;
 
-    ImageGroup(Run& run, FileReplacement::Existing existing, bool oneTransaction)
-        : run_(run), existing_(existing), oneTransaction_(oneTransaction)
+    ImageGroup(Run& run, FileReplacement::Existing existing, bool oneTransaction, QString procedure = QStringLiteral("ImportImages"))
+        : run_(run), existing_(existing), oneTransaction_(oneTransaction), procedure_(std::move(procedure))
     {
     }
     ~ImageGroup()
@@ -195,10 +167,11 @@ public:
         gathering_.targets.insert(target.toCaseFolded());
     }
     // Closes the image being gathered; the group is sent when it is full.
-    void add(const QString& label, Rows rows)
+    void add(const QString& label, Rows rows, After after = {})
     {
         current_.label = label;
         current_.rows = std::move(rows);
+        current_.after = std::move(after);
         gathering_.bytes += current_.bytes;
         gathering_.images.push_back(std::move(current_));
         current_ = Image{};
@@ -225,6 +198,7 @@ private:
         QList<std::pair<QString, QString>> copies;  // source, target
         qint64 bytes = 0;
         Rows rows;
+        After after;
         bool copied = false;
         std::vector<FileReplacement> files;
         QStringList placed;  // new files under their names
@@ -284,7 +258,7 @@ private:
 
         bool together = false;
         if (oneTransaction_ && !images.empty()) {
-            DataOp op(run_.s, QStringLiteral("ImportImages"));
+            DataOp op(run_.s, procedure_);
             together = op.transaction([&] {
                 for (Image& image : images)
                     if (image.error.isEmpty() && !image.rows(&op).isEmpty())
@@ -298,7 +272,10 @@ private:
         const QString after = afterRows ? afterRows() : QString();
         for (Image& image : images) {
             if (image.error.isEmpty() && after.isEmpty()) {
-                run_.finished();
+                if (const QString left = image.after ? image.after() : QString(); !left.isEmpty())
+                    run_.skip(image.label + QStringLiteral(": ") + left);
+                else
+                    run_.finished();
                 continue;
             }
             for (const QString& path : std::as_const(image.placed))
@@ -365,6 +342,7 @@ private:
     Run& run_;
     FileReplacement::Existing existing_;
     bool oneTransaction_;
+    QString procedure_;
     Image current_;
     Group gathering_;
     std::unique_ptr<Group> sent_;
@@ -699,6 +677,8 @@ ExchangeSummary MoveImages(Session& s, const QList<qint32>& images, const MoveOp
     const QString targetDir = WithoutTrailingSeparator(options.target);
     const QString volume = GetVolumeName(targetDir);
     ConnectionScope connection(s.db());
+    // The old files go only once the rows name the new place.
+    ImageGroup group(run, FileReplacement::Existing::Replace, true, QStringLiteral("MoveImages"));
     for (const qint32 number : images) {
         const QString name = ImageFileNameFor(number);
         if (!run.next(name))
@@ -713,45 +693,41 @@ ExchangeSummary MoveImages(Session& s, const QList<qint32>& images, const MoveOp
             continue;
         }
         const QString source = imageFileOf(s, name);
-        PlacedFiles placed;
         if (options.relink) {
             if (!QFileInfo::exists(target)) {
                 run.skip(target + QStringLiteral(" does not exist"));
                 continue;
             }
-        } else {
-            if (!QFileInfo::exists(source)) {
-                if (!run.missing(source))
-                    break;
-                continue;
-            }
-            if (!samePath(source, target)) {
-                if (IoStatus copied = placed.copy(source, target); !copied) {
-                    run.copyFailed(copied.error());
-                    break;
-                }
-                if (QFileInfo::exists(OriginalPathOf(source)) && !placed.copy(OriginalPathOf(source), OriginalPathOf(target))) {
-                    run.copyFailed(QStringLiteral("Can't copy ") + OriginalPathOf(source));
-                    break;
-                }
-            }
-        }
-        s.image.path = targetDir;
-        s.image.volumeId = volume;
-        if (!UpdateImage(s, number)) {
-            run.skip(name + QStringLiteral(": ") + s.image.errorText);
+        } else if (!QFileInfo::exists(source)) {
+            if (!run.missing(source))
+                break;
             continue;
         }
-        placed.keep();
-        if (!options.relink && !samePath(source, target)) {
-            const QString original = OriginalPathOf(source);
-            if (!QFile::remove(source) || (QFileInfo::exists(original) && !QFile::remove(original))) {
-                run.skip(name + QStringLiteral(": moved, but the old file could not be removed: ") + source);
-                continue;
-            }
+        const bool copies = !options.relink && !samePath(source, target);
+        if (copies) {
+            group.copy(source, target);
+            if (QFileInfo::exists(OriginalPathOf(source)))
+                group.copy(OriginalPathOf(source), OriginalPathOf(target));
         }
-        run.finished();
+        ImageRecord record = s.image;
+        record.path = targetDir;
+        record.volumeId = volume;
+        group.add(
+            name,
+            [&s, record](DataOp*) {
+                s.image = record;
+                return UpdateImage(s, record.imageNumber) ? QString() : s.image.errorText;
+            },
+            [source, copies]() -> QString {
+                const QString original = OriginalPathOf(source);
+                if (copies && (!QFile::remove(source) || (QFileInfo::exists(original) && !QFile::remove(original))))
+                    return QStringLiteral("moved, but the old file could not be removed: ") + source;
+                return {};
+            });
+        if (!run.summary.stopped.isEmpty())
+            break;
     }
+    group.finish();
     return run.summary;
 }
 
