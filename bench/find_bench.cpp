@@ -9,7 +9,7 @@
 //              [--refs N] [--images N] [--runs N] [--keep]
 //
 // --pg names a server where the bench may create the database
-// "tarlox_find_bench" (bench/run_find_bench.sh starts a throw-away one).
+// "tarlox_find_bench" (bench/run_on_both_engines.sh starts a throw-away one).
 // --keep reuses the database of an earlier run with the same size.
 
 #include "BenchSite.h"
