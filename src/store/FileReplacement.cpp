@@ -36,11 +36,16 @@ IoStatus copyInto(const QString& source, int fd)
         ::fchmod(fd, info.st_mode & 07777);
     // The kernel copies without the data passing through here (and shares
     // blocks where the file system can); a file system it can't do that
-    // for gets the copy by reading and writing.
-    for (;;) {
+    // for gets the copy by reading and writing. Some report nothing to copy
+    // from the start, so an empty first answer is checked by reading too.
+    for (bool any = false;;) {
         const ssize_t copied = ::copy_file_range(in, nullptr, fd, nullptr, std::size_t(1) << 30, 0);
-        if (copied > 0)
+        if (copied > 0) {
+            any = true;
             continue;
+        }
+        if (copied == 0 && !any)
+            break;
         if (copied == 0) {
             ::close(in);
             return {};
