@@ -28,7 +28,48 @@ struct SiteOptions {
     qint64 refs = 1000000;
     qint64 images = 300000;
     bool keep = false;
+    QStringList engines{QStringLiteral("sqlite"), QStringLiteral("postgres")};
+
+    // PostgreSQL only with a server to run on.
+    QStringList enginesToRun() const
+    {
+        QStringList run = engines;
+        if (pg.isEmpty())
+            run.removeAll(QStringLiteral("postgres"));
+        return run;
+    }
 };
+
+inline const char* SiteUsage = "--dir DIR [--engine sqlite|postgres|both] [--pg CONNINFO] [--refs N] [--images N] [--keep]";
+
+// Takes one of the site's options off the front of args; false (args as
+// they were) when the first is not one of them.
+inline bool TakeSiteOption(QStringList& args, SiteOptions& o)
+{
+    const QString option = args.first();
+    if (option == QLatin1String("--keep")) {
+        args.removeFirst();
+        o.keep = true;
+        return true;
+    }
+    const QStringList valued{QStringLiteral("--dir"), QStringLiteral("--engine"), QStringLiteral("--pg"), QStringLiteral("--refs"),
+                             QStringLiteral("--images")};
+    if (!valued.contains(option))
+        return false;
+    args.removeFirst();
+    const QString value = args.isEmpty() ? QString() : args.takeFirst();
+    if (option == QLatin1String("--dir"))
+        o.dir = value;
+    else if (option == QLatin1String("--engine"))
+        o.engines = value == QLatin1String("both") ? SiteOptions{}.engines : QStringList{value};
+    else if (option == QLatin1String("--pg"))
+        o.pg = value;
+    else if (option == QLatin1String("--refs"))
+        o.refs = value.toLongLong();
+    else
+        o.images = value.toLongLong();
+    return true;
+}
 
 inline const QString BenchDatabase = QStringLiteral("tarlox_find_bench");
 

@@ -45,7 +45,6 @@ using namespace tarlox::bench;
 namespace {
 
 struct Options : SiteOptions {
-    QStringList engines{QStringLiteral("sqlite"), QStringLiteral("postgres")};
     int runs = 25;
     QString only;  // one search by the beginning of its name
 };
@@ -280,27 +279,16 @@ int main(int argc, char** argv)
     Options o;
     QStringList args = app.arguments().mid(1);
     while (!args.isEmpty()) {
+        if (TakeSiteOption(args, o))
+            continue;
         const QString a = args.takeFirst();
-        const QString v = args.isEmpty() ? QString() : args.first();
-        if (a == QLatin1String("--dir")) {
-            o.dir = args.takeFirst();
-        } else if (a == QLatin1String("--engine")) {
-            args.takeFirst();
-            o.engines = v == QLatin1String("both") ? o.engines : QStringList{v};
-        } else if (a == QLatin1String("--pg")) {
-            o.pg = args.takeFirst();
-        } else if (a == QLatin1String("--refs")) {
-            o.refs = args.takeFirst().toLongLong();
-        } else if (a == QLatin1String("--images")) {
-            o.images = args.takeFirst().toLongLong();
-        } else if (a == QLatin1String("--runs")) {
-            o.runs = args.takeFirst().toInt();
+        const QString v = args.isEmpty() ? QString() : args.takeFirst();
+        if (a == QLatin1String("--runs")) {
+            o.runs = v.toInt();
         } else if (a == QLatin1String("--only")) {
-            o.only = args.takeFirst();
-        } else if (a == QLatin1String("--keep")) {
-            o.keep = true;
+            o.only = v;
         } else {
-            std::fprintf(stderr, "usage: find_bench --dir DIR [--engine sqlite|postgres|both] [--pg CONNINFO] [--refs N] [--images N] [--runs N] [--keep] [--only SEARCH]\n");
+            std::fprintf(stderr, "usage: find_bench %s [--runs N] [--only SEARCH]\n", SiteUsage);
             return 2;
         }
     }
@@ -308,9 +296,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "find_bench: --dir is needed, and 1 <= images <= refs\n");
         return 2;
     }
-    if (o.pg.isEmpty())
-        o.engines.removeAll(QStringLiteral("postgres"));
-    for (const QString& engine : o.engines)
+    for (const QString& engine : o.enginesToRun())
         benchEngine(o, engine);
     return 0;
 }

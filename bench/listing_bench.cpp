@@ -145,35 +145,16 @@ int main(int argc, char** argv)
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     QApplication app(argc, argv);
     SiteOptions o;
-    QStringList engines{QStringLiteral("sqlite"), QStringLiteral("postgres")};
     QStringList args = app.arguments().mid(1);
     while (!args.isEmpty()) {
-        const QString a = args.takeFirst();
-        const QString v = args.isEmpty() ? QString() : args.takeFirst();
-        if (a == QLatin1String("--dir"))
-            o.dir = v;
-        else if (a == QLatin1String("--engine"))
-            engines = v == QLatin1String("both") ? engines : QStringList{v};
-        else if (a == QLatin1String("--pg"))
-            o.pg = v;
-        else if (a == QLatin1String("--refs"))
-            o.refs = v.toLongLong();
-        else if (a == QLatin1String("--images"))
-            o.images = v.toLongLong();
-        else if (a == QLatin1String("--keep")) {
-            o.keep = true;
-            if (!v.isEmpty())
-                args.prepend(v);
-        } else {
-            std::fprintf(stderr, "usage: listing_bench --dir DIR [--engine sqlite|postgres|both] [--pg CONNINFO] [--refs N] [--images N] [--keep]\n");
+        if (!TakeSiteOption(args, o)) {
+            std::fprintf(stderr, "usage: listing_bench %s\n", SiteUsage);
             return 2;
         }
     }
     if (o.dir.isEmpty())
         return 2;
-    if (o.pg.isEmpty())
-        engines.removeAll(QStringLiteral("postgres"));
-    for (const QString& engine : engines)
+    for (const QString& engine : o.enginesToRun())
         benchEngine(o, engine);
     return 0;
 }

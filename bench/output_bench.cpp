@@ -3,6 +3,7 @@
 // added. Also the PDF of the prepared pages against the TIFF, and printing
 // the report to Qt's PDF printer. Prints medians of the rounds.
 
+#include "BenchCheck.h"
 #include "BenchPages.h"
 
 #include "base/IniFile.h"
@@ -44,19 +45,11 @@ double MedianMs(int rounds, const std::function<void()>& run)
     return times[times.size() / 2];
 }
 
-void Check(bool ok, const char* what)
-{
-    if (!ok) {
-        std::fprintf(stderr, "output_bench: %s failed\n", what);
-        std::exit(1);
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
+    OffscreenUnlessSet();
     QApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(1, atoi(argv[1])) : 3;
     QTemporaryDir dir;

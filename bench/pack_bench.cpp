@@ -5,6 +5,7 @@
 // that e-mail and fax send, as SaveFile does). Prints medians of the rounds,
 // wall clock and the process's CPU time (the machine is shared).
 
+#include "BenchCheck.h"
 #include "BenchPages.h"
 
 #include "output/Pack.h"
@@ -51,19 +52,11 @@ Times Median(int rounds, const std::function<void()>& run)
     return {wall[wall.size() / 2], cpu[cpu.size() / 2]};
 }
 
-void Check(bool ok, const char* what)
-{
-    if (!ok) {
-        std::fprintf(stderr, "pack_bench: %s failed\n", what);
-        std::exit(1);
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
+    OffscreenUnlessSet();
     QGuiApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(1, atoi(argv[1])) : 3;
     QTemporaryDir dir;

@@ -177,37 +177,21 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     SiteOptions o;
     int runs = 15;
-    QStringList engines{QStringLiteral("sqlite"), QStringLiteral("postgres")};
     QStringList args = app.arguments().mid(1);
     while (!args.isEmpty()) {
+        if (TakeSiteOption(args, o))
+            continue;
         const QString a = args.takeFirst();
-        if (a == QLatin1String("--keep")) {
-            o.keep = true;
+        if (a == QLatin1String("--runs") && !args.isEmpty()) {
+            runs = std::max(1, args.takeFirst().toInt());
             continue;
         }
-        const QString v = args.isEmpty() ? QString() : args.takeFirst();
-        if (a == QLatin1String("--dir"))
-            o.dir = v;
-        else if (a == QLatin1String("--engine"))
-            engines = v == QLatin1String("both") ? engines : QStringList{v};
-        else if (a == QLatin1String("--pg"))
-            o.pg = v;
-        else if (a == QLatin1String("--runs"))
-            runs = std::max(1, v.toInt());
-        else if (a == QLatin1String("--refs"))
-            o.refs = v.toLongLong();
-        else if (a == QLatin1String("--images"))
-            o.images = v.toLongLong();
-        else {
-            std::fprintf(stderr, "usage: quickfind_bench --dir DIR [--engine sqlite|postgres|both] [--pg CONNINFO] [--runs N] [--keep]\n");
-            return 2;
-        }
+        std::fprintf(stderr, "usage: quickfind_bench %s [--runs N]\n", SiteUsage);
+        return 2;
     }
     if (o.dir.isEmpty())
         return 2;
-    if (o.pg.isEmpty())
-        engines.removeAll(QStringLiteral("postgres"));
-    for (const QString& engine : engines)
+    for (const QString& engine : o.enginesToRun())
         benchEngine(o, engine, runs);
     return 0;
 }
