@@ -3,7 +3,7 @@
 // added. Also the PDF of the prepared pages against the TIFF, and printing
 // the report to Qt's PDF printer. Prints medians of the rounds.
 
-#include "BenchCheck.h"
+#include "BenchOutput.h"
 #include "BenchPages.h"
 
 #include "base/IniFile.h"
@@ -60,19 +60,8 @@ int main(int argc, char** argv)
             pages << LetterTextPage(quint32(i + 1));
         Check(WriteTiff(report, pages).ok(), "writing the report");
     }
-    QImage stamp = NewMonoPage(600, 150);
-    MarkBlack(stamp, 0, 0, 600, 6);
-    MarkBlack(stamp, 0, 144, 600, 6);
-    SetDpi(stamp, Dpi{300, 300});
-    const QString stampPath = dir.filePath(QStringLiteral("stamp.tif"));
-    Check(WriteTiff(stampPath, {stamp}).ok(), "writing the stamp");
 
-    OutputSettings settings;
-    settings.tempDir = dir.path();
-    settings.authorization = QStringLiteral("S");
-    settings.stampPath = stampPath;
-    settings.addMessage = true;
-    settings.from = QStringLiteral("Hollowbrook Steel");
+    const OutputSettings settings = StampedOutputSettings(dir);
     MessageFields fields;
     fields.to = QStringLiteral("ACME Fabrication Inc.");
     fields.order = QStringLiteral("SO-100233");

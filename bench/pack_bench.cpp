@@ -5,7 +5,7 @@
 // that e-mail and fax send, as SaveFile does). Prints medians of the rounds,
 // wall clock and the process's CPU time (the machine is shared).
 
-#include "BenchCheck.h"
+#include "BenchOutput.h"
 #include "BenchPages.h"
 
 #include "output/Pack.h"
@@ -75,18 +75,7 @@ int main(int argc, char** argv)
             plan.entries << entry;
         }
     }
-    QImage stamp = NewMonoPage(600, 150);
-    MarkBlack(stamp, 0, 0, 600, 6);
-    MarkBlack(stamp, 0, 144, 600, 6);
-    SetDpi(stamp, Dpi{300, 300});
-    const QString stampPath = dir.filePath(QStringLiteral("stamp.tif"));
-    Check(WriteTiff(stampPath, {stamp}).ok(), "writing the stamp");
-    OutputSettings settings;
-    settings.tempDir = dir.path();
-    settings.authorization = QStringLiteral("S");
-    settings.stampPath = stampPath;
-    settings.addMessage = true;
-    settings.from = QStringLiteral("Hollowbrook Steel");
+    const OutputSettings settings = StampedOutputSettings(dir);
     const QDate today(2026, 1, 15);
 
     const QString one = dir.filePath(QStringLiteral("TM000001.pdf"));
